@@ -1,0 +1,17 @@
+// The wall clock in the test's hand: this program's own `gettimeofday` takes the place of the C library's, for the code
+// under test too. Until set() is called the real time is given.
+#ifndef ZELSENSORS_TESTS_FAKECLOCK_H
+#define ZELSENSORS_TESTS_FAKECLOCK_H
+
+#include <sys/time.h>
+
+namespace fakeclock {
+
+void set(timeval now);
+void advanceMilliseconds(long milliseconds);  // from the value set
+void failWith(int error);                     // every call answers -1 with this errno, until set() or useReal()
+void useReal();
+
+}  // namespace fakeclock
+
+#endif

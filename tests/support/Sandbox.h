@@ -1,0 +1,35 @@
+// A process's own /etc/tarn, /var/log/tarn and /dev, in a private mount namespace.
+//
+// The test programs of the project link `test_support`, whose main() enters the namespace before any test runs: an empty
+// tmpfs lies over each of the three folders then (in /dev only null, zero, full, urandom and random are there), so nothing
+// of the machine is read or changed. Where the system forbids it, the tests that need it are skipped with the reason.
+#ifndef ZELSENSORS_TESTS_SANDBOX_H
+#define ZELSENSORS_TESTS_SANDBOX_H
+
+#include <string>
+
+namespace sandbox {
+
+// Why there is no private namespace; empty when there is one.
+const std::string& whyUnavailable();
+
+// Empties the three folders (what setUp of every test does).
+void reset();
+
+// Each writes the whole file, replacing it. Throws std::runtime_error on failure.
+void writeLogConfiguration(const std::string& contents);     // /etc/tarn/log.conf
+void writeSensorConfiguration(const std::string& contents);  // /etc/tarn/sensor.conf
+
+// The default log file's contents; empty when there is none.
+std::string readLog();
+
+}  // namespace sandbox
+
+// At the start of a test, or in SetUp.
+#define REQUIRE_SANDBOX()                                                                  \
+    do {                                                                                   \
+        if (!sandbox::whyUnavailable().empty()) GTEST_SKIP() << sandbox::whyUnavailable(); \
+        sandbox::reset();                                                                  \
+    } while (false)
+
+#endif
