@@ -1,0 +1,81 @@
+// The one provider object: the terminal's sensors and event log, and the three read requests on them.
+//
+// Thread-safety: none of its own. The entry functions let one thread in at a time (drvLock); only isInitialised() and
+// drvProvider may be read without it.
+#ifndef ZELSENSORS_SENSORPROVIDER_H
+#define ZELSENSORS_SENSORPROVIDER_H
+
+#include <cmpidt.h>
+#include <cmpift.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "AdditionalInfo.h"
+#include "TQS_NumericSensor.h"
+#include "TQS_SystemEventLog.h"
+#include "chip.h"
+
+struct RequestTexts;
+
+class SensorProvider {
+  public:
+    SensorProvider();
+    // Deletes the chip object and clears drvProvider.
+    virtual ~SensorProvider();
+    SensorProvider(const SensorProvider&) = delete;
+    SensorProvider& operator=(const SensorProvider&) = delete;
+
+    // To be called before the first request. The broker is kept, not owned: it must outlive the provider.
+    void setBroker(const CMPIBroker* usedBroker) { broker = usedBroker; }
+
+    // Opens the chip service and builds the inventory. On a failure, which is logged, isInitialised() stays false for good;
+    // what building the inventory raises passes to the caller.
+    void initialise(const CMPIContext* ctx);
+    bool isInitialised() const { return initialised.load(std::memory_order_acquire); }
+
+    // Each calls CMReturnDone exactly once and raises nothing. Only to be called once isInitialised().
+    CMPIStatus enumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                 const CMPIObjectPath* ref);
+    CMPIStatus enumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                             const CMPIObjectPath* ref, const char** properties);
+    CMPIStatus getInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                           const CMPIObjectPath* ref, const char** properties);
+
+    // 0 for "TQS_NumericSensor", 1 for "TQS_SystemEventLog" (exact), -1 for anything else.
+    static int getTqsInstanceClass(const char* className);
+    // Whether it is "root/cimv2" in any case.
+    static bool isCimV2Namespace(const char* ns);
+    // Replaces `out` with the word for a CIM SensorType code.
+    static void getSensorTypeString(unsigned short sensorType, std::string& out);
+
+  protected:
+    std::atomic<bool> initialised{false};
+    const CMPIBroker* broker = nullptr;
+    CChip* chip = nullptr;  // owned
+    std::vector<TQS_NumericSensor> sensors;
+    TQS_SystemEventLog eventLog;
+    AdditionalInfo additional;
+
+    // 0, or the status of the chip call that failed; the sensors added until then stay.
+    sscode initSensorProvider();
+    // Both raise a pointer to a CMPIStatus when the chip fails.
+    void updateReading(TQS_NumericSensor& sensor);
+    void updateLog();
+
+  private:
+    sscode addChipSensor(unsigned int handle);
+
+    template <typename Work>
+    CMPIStatus answer(const RequestTexts& texts, const CMPIResult* rslt, const CMPIObjectPath* ref, Work work);
+    bool returnNames(int tqsClass, const CMPIResult* rslt, unsigned& returned);
+    bool returnInstances(int tqsClass, const CMPIResult* rslt, unsigned& returned);
+    bool returnNamedInstance(int tqsClass, const CMPIResult* rslt, const CMPIObjectPath* ref);
+    void returnEventLog(const CMPIResult* rslt);
+};
+
+// The provider object, or null. Set by the factory, cleared by the provider's destructor.
+extern std::atomic<SensorProvider*> drvProvider;
+
+#endif

@@ -1,0 +1,68 @@
+# shellcheck shell=sh
+# Sourced by ./run, ./check and the tools: what they share. The caller has changed to the project's folder and set -eu.
+
+say() { printf '==> %s\n' "$*"; }
+
+fail() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# packages_of SECTION: the packages that packages.txt lists there.
+packages_of() {
+    awk -v wanted="# == $1" '/^# ==/ { inside = ($0 == wanted); next } inside && NF && !/^#/ { print $1 }' packages.txt
+}
+
+missing_of() {
+    packages_of "$1" | while read -r package; do
+        state=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+        [ "$state" = installed ] || printf '%s ' "$package"
+    done
+}
+
+# install SECTION: brings what is missing, and does nothing, without root, where nothing is.
+install() {
+    command -v dpkg-query >/dev/null || fail "no dpkg-query here; this is made for Debian 12"
+    missing=$(missing_of "$1")
+    if [ -z "$missing" ]; then
+        say "Packages for '$1': all installed"
+        return
+    fi
+    [ "$(id -u)" = 0 ] || fail "these Debian packages are missing, and installing them needs root: $missing"
+    say "Packages for '$1': installing $missing"
+    export DEBIAN_FRONTEND=noninteractive
+    apt-get -qq update || fail "apt-get update failed; see above"
+    # shellcheck disable=SC2086 # a list of names
+    apt-get -qq install -y --no-install-recommends $missing >/dev/null || fail "apt-get could not install: $missing"
+}
+
+# build PRESET
+build() {
+    say "Building, preset '$1' (build/$1)"
+    # The second time nothing is to be configured; Ninja does it itself where a CMake file has changed.
+    if [ ! -f "build/$1/build.ninja" ]; then
+        cmake --preset "$1" >"build-$1.log" 2>&1 || {
+            cat "build-$1.log" >&2
+            rm -f "build-$1.log"
+            fail "configuring preset '$1' failed; see above"
+        }
+        rm -f "build-$1.log"
+    fi
+    cmake --build --preset "$1" -- --quiet || fail "building preset '$1' failed; see above"
+}
+
+# run_tests PRESET [ctest's options]: runs them and says how many passed, failed and were skipped.
+run_tests() {
+    preset=$1
+    shift
+    say "Testing, preset '$preset'"
+    results=build/$preset/test-results.log
+    status=0
+    ctest --preset "$preset" -j "$(nproc)" "$@" >"$results" 2>&1 || status=$?
+    awk -f tools/sum-up-tests.awk "$results"
+    [ "$status" = 0 ] || fail "tests of preset '$preset' failed; the whole output is in $results"
+    # Here every test can run, so one that was skipped has not been run.
+    if [ -n "${CI:-}" ] && grep -q '\*\*\*Skipped' "$results"; then
+        fail "tests of preset '$preset' were skipped; in CI none may be"
+    fi
+}
