@@ -1,8 +1,8 @@
-// NVMe drives played by the test: this program's own `ioctl` takes the place of the C library's, for the code under test
-// too, also in a library that was loaded with dlopen. The device nodes are plain files in the sandbox's /dev.
+// NVMe drives played by the test: this program's own `ioctl` takes the place of the C library's, for the code under
+// test too, also in a library that was loaded with dlopen. The device nodes are plain files in the sandbox's /dev.
 //
-// Commands are scripted: each expected command is compared field by field, in order, and one that comes unexpected or is
-// left over fails the test.
+// Commands are scripted: each expected command is compared field by field, in order, and one that comes unexpected or
+// is left over fails the test.
 #ifndef ZELSENSORS_TESTS_FAKEDRIVES_H
 #define ZELSENSORS_TESTS_FAKEDRIVES_H
 
@@ -17,10 +17,10 @@ namespace drives {
 
 // What a scripted command is answered.
 struct Answer {
-    int returned = 0;                   // the ioctl's return; below 0 sets errno
-    int error = 0;                      // errno when `returned` is below 0
-    std::uint32_t result = 0;           // completion dword 0
-    std::vector<std::uint8_t> data;     // copied to the start of the caller's buffer when not empty
+    int returned = 0;                // the ioctl's return; below 0 sets errno
+    int error = 0;                   // errno when `returned` is below 0
+    std::uint32_t result = 0;        // completion dword 0
+    std::vector<std::uint8_t> data;  // copied to the start of the caller's buffer when not empty
 };
 
 // One expected call of ioctl on a node such as "/dev/nvme0".
@@ -34,11 +34,11 @@ struct Expectation {
 
 // A drive's identity and thresholds, for the usual sequence.
 struct Drive {
-    std::string serial = "SN0001";              // padded with blanks to 20
-    std::string model = "ZEL SSD";              // to 40
-    std::string firmware = "1.0";               // to 8
+    std::string serial = "SN0001";  // padded with blanks to 20
+    std::string model = "ZEL SSD";  // to 40
+    std::string firmware = "1.0";   // to 8
     std::uint32_t numberOfNamespaces = 1;
-    int namespaceId = -1;                       // what NVME_IOCTL_ID answers
+    int namespaceId = -1;  // what NVME_IOCTL_ID answers
     std::uint32_t underThresholdKelvin = 273;
     std::uint32_t overThresholdKelvin = 343;
 };

@@ -12,8 +12,8 @@ struct ProcessOutcome {
     int exitCode = -1;  // 128 + the signal's number when a signal ended it
 };
 
-// Forks, runs the body in the child with its output captured, and ends the child by exit() (so leaks are checked under the
-// address sanitizer). A GoogleTest failure in the child makes its exit code non-zero and is part of the output.
+// Forks, runs the body in the child with its output captured, and ends the child by exit() (so leaks are checked under
+// the address sanitizer). A GoogleTest failure in the child makes its exit code non-zero and is part of the output.
 ProcessOutcome runInFreshProcess(const std::function<void()>& body);
 
 #endif

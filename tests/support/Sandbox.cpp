@@ -1,0 +1,166 @@
+#include "Sandbox.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+
+#include "SandboxEntry.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Everything that the machine's own folders are still needed for lies below the private /var/log.
+const fs::path machineEtc = "/var/log/.machine-etc";
+const fs::path devStage = "/var/log/.dev";
+
+std::string reason = "the program did not enter its sandbox";
+std::set<std::string> ownDeviceNames;
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+void mountOver(const char* source, const fs::path& target, const char* type, unsigned long flags, const char* options) {
+    if (mount(source, target.c_str(), type, flags, options) != 0) fail("mount on " + target.string());
+}
+
+void mountMemory(const fs::path& target) {
+    mountOver("tmpfs", target, "tmpfs", MS_NOSUID, "mode=755");
+}
+
+void writeProcFile(const char* path, const std::string& text) {
+    const int file = open(path, O_WRONLY | O_CLOEXEC);
+    if (file < 0) fail(path);
+    const ssize_t written = write(file, text.data(), text.size());
+    const int error = errno;
+    close(file);
+    errno = error;
+    if (written != static_cast<ssize_t>(text.size())) fail(path);
+}
+
+std::string identityMap(unsigned id) {
+    return std::to_string(id) + " " + std::to_string(id) + " 1";
+}
+
+void unshareMounts() {
+    const uid_t user = geteuid();
+    const gid_t group = getegid();
+    if (unshare(CLONE_NEWNS) == 0) return;
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) fail("unshare");
+    writeProcFile("/proc/self/setgroups", "deny");
+    writeProcFile("/proc/self/uid_map", identityMap(user));
+    writeProcFile("/proc/self/gid_map", identityMap(group));
+}
+
+// The machine's entries, but for /etc/tarn, seen through symbolic links.
+void replaceEtc() {
+    fs::create_directory(machineEtc);
+    mountOver("/etc", machineEtc, nullptr, MS_BIND | MS_REC, nullptr);
+    mountMemory("/etc");
+    for (const fs::directory_entry& entry : fs::directory_iterator(machineEtc)) {
+        const fs::path own = "/etc" / entry.path().filename();
+        if (own.filename() == "tarn") continue;
+        fs::create_symlink(entry.is_symlink() ? fs::read_symlink(entry.path()) : entry.path(), own);
+    }
+    fs::create_directory("/etc/tarn");
+}
+
+void bindDevice(const std::string& name) {
+    const fs::path machines = fs::path("/dev") / name;
+    if (!fs::exists(machines)) return;
+    const fs::path own = devStage / name;
+    if (fs::is_directory(machines))
+        fs::create_directory(own);
+    else
+        std::ofstream(own).flush();
+    mountOver(machines.c_str(), own, nullptr, MS_BIND | MS_REC, nullptr);
+}
+
+void replaceDev() {
+    fs::create_directory(devStage);
+    mountMemory(devStage);
+    for (const char* name : {"null", "zero", "full", "random", "urandom", "tty", "ptmx", "pts"}) bindDevice(name);
+    fs::create_directory(devStage / "shm");
+    fs::permissions(devStage / "shm", fs::perms::all | fs::perms::sticky_bit);
+    fs::create_symlink("/proc/self/fd", devStage / "fd");
+    fs::create_symlink("/proc/self/fd/0", devStage / "stdin");
+    fs::create_symlink("/proc/self/fd/1", devStage / "stdout");
+    fs::create_symlink("/proc/self/fd/2", devStage / "stderr");
+    mountOver(devStage.c_str(), "/dev", nullptr, MS_MOVE, nullptr);
+    for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
+        ownDeviceNames.insert(entry.path().filename());
+}
+
+void makeNamespace() {
+    unshareMounts();
+    mountOver("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+    mountMemory("/var/log");
+    fs::create_directory("/var/log/tarn");
+    replaceEtc();
+    replaceDev();
+}
+
+void emptyFolder(const fs::path& folder) {
+    fs::create_directories(folder);
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
+}
+
+void writeFile(const fs::path& path, const std::string& contents) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << contents;
+    file.close();
+    if (!file) throw std::runtime_error("cannot write " + path.string());
+}
+
+}  // namespace
+
+namespace sandbox {
+
+void enter() {
+    try {
+        makeNamespace();
+        reason.clear();
+    } catch (const std::exception& error) {
+        reason = std::string("no private mount namespace: ") + error.what();
+    }
+}
+
+const std::string& whyUnavailable() {
+    return reason;
+}
+
+void reset() {
+    if (!reason.empty()) throw std::runtime_error(reason);  // these would be the machine's folders
+    emptyFolder("/etc/tarn");
+    emptyFolder("/var/log/tarn");
+    for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
+        if (ownDeviceNames.count(entry.path().filename()) == 0) fs::remove_all(entry.path());
+}
+
+void writeLogConfiguration(const std::string& contents) {
+    writeFile("/etc/tarn/log.conf", contents);
+}
+
+void writeSensorConfiguration(const std::string& contents) {
+    writeFile("/etc/tarn/sensor.conf", contents);
+}
+
+std::string readLog() {
+    std::ifstream file("/var/log/tarn/tarn.log", std::ios::binary);
+    std::ostringstream contents;
+    if (file) contents << file.rdbuf();
+    return contents.str();
+}
+
+}  // namespace sandbox
