@@ -48,7 +48,11 @@ build() {
         }
         rm -f "build-$1.log"
     fi
-    cmake --build --preset "$1" -- --quiet || fail "building preset '$1' failed; see above"
+    # On a terminal Ninja keeps to one line; elsewhere it is told to.
+    quiet=--quiet
+    [ ! -t 1 ] || quiet=
+    # shellcheck disable=SC2086 # an option or nothing
+    cmake --build --preset "$1" -- $quiet || fail "building preset '$1' failed; see above"
 }
 
 # run_tests PRESET [ctest's options]: runs them and says how many passed, failed and were skipped.
