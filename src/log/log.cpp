@@ -1,0 +1,124 @@
+#include "log.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+
+#include "FileLogHandler.h"
+#include "LogRecord.h"
+
+namespace {
+
+constexpr std::size_t textSize = 4096;  // of a formatted text, with its end mark: bytes, or wide characters
+
+// The one sink, null until the first call. It stays to the end of the process, since the host's other threads and its
+// exit handlers may log to the last. Only when the library is unloaded before that is it deleted.
+std::atomic<LogHandler*> s_logHandler{nullptr};
+std::mutex s_creation;
+
+LogHandler& createLogHandler() {
+    const std::lock_guard<std::mutex> lock(s_creation);
+    LogHandler* handler = s_logHandler.load(std::memory_order_relaxed);
+    if (handler == nullptr) {
+        std::puts("Logger created");
+        handler = new FileLogHandler;
+        s_logHandler.store(handler, std::memory_order_release);
+    }
+    return *handler;
+}
+
+LogHandler& logHandler() {
+    LogHandler* handler = s_logHandler.load(std::memory_order_acquire);
+    return handler != nullptr ? *handler : createLogHandler();
+}
+
+// Unloading and the end of the process are told apart by the order in which the library's clean-up is run. dlclose runs
+// its termination functions first and the destructors of its static objects after them; exit runs the destructors
+// first, as it does with all exit handlers, and the termination functions when it finalises the libraries.
+bool s_unloading = false;
+
+[[gnu::destructor]] void noticeTermination() {
+    s_unloading = true;
+}
+
+class SinkOwner {
+  public:
+    ~SinkOwner() {
+        if (s_unloading) delete s_logHandler.exchange(nullptr);
+    }
+};
+
+const SinkOwner s_sinkOwner;
+
+void hand(LogHandler& handler, LOG_LEVEL level, std::string& text) {
+    LogRecord record(level, text);
+    handler.Log(record);
+}
+
+// Zero-filled, so that what formatting leaves there is terminated in any case. Null when there is no memory.
+template <class Character>
+std::unique_ptr<Character[]> takeBuffer() {
+    return std::unique_ptr<Character[]>(new (std::nothrow) Character[textSize]());
+}
+
+// Whether a failed vswprintf gave up for want of room: it has then filled the buffer up to its end mark.
+bool isFull(const wchar_t* buffer) {
+    return std::wmemchr(buffer, L'\0', textSize - 1) == nullptr;
+}
+
+// Converts as much as fits, with room left for an end mark; false when the locale lacks a character.
+bool narrow(const wchar_t* wide, char* buffer) {
+    std::size_t length = std::wcstombs(buffer, wide, textSize);
+    if (length == textSize) length = std::wcstombs(buffer, wide, textSize - 1);
+    if (length == static_cast<std::size_t>(-1)) return false;
+    buffer[length] = '\0';
+    return true;
+}
+
+}  // namespace
+
+void Log(LOG_LEVEL level, const char* format, ...) {
+    LogHandler& handler = logHandler();
+    if (level > handler.GetLevel() || format == nullptr) return;
+    std::unique_ptr<char[]> buffer = takeBuffer<char>();
+    if (buffer == nullptr) return;
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(buffer.get(), textSize, format, arguments);
+    va_end(arguments);
+    std::string text(buffer.get());
+    buffer.reset();
+    hand(handler, level, text);
+}
+
+void WLog(LOG_LEVEL level, const wchar_t* format, ...) {
+    LogHandler& handler = logHandler();
+    if (level > handler.GetLevel() || format == nullptr) return;
+    std::unique_ptr<wchar_t[]> wide = takeBuffer<wchar_t>();
+    std::unique_ptr<char[]> buffer = takeBuffer<char>();
+    if (wide == nullptr || buffer == nullptr) return;
+    va_list arguments;
+    va_start(arguments, format);
+    const int formatted = std::vswprintf(wide.get(), textSize, format, arguments);
+    va_end(arguments);
+    if (formatted < 0 && !isFull(wide.get())) return;
+    wide[textSize - 1] = L'\0';
+    if (!narrow(wide.get(), buffer.get())) return;
+    std::string text(buffer.get());
+    wide.reset();
+    buffer.reset();
+    hand(handler, level, text);
+}
+
+void LogQuick(LOG_LEVEL level, const char* message) {
+    LogHandler& handler = logHandler();
+    if (level > handler.GetLevel() || message == nullptr) return;
+    std::string text(message);
+    hand(handler, level, text);
+}

@@ -1,0 +1,24 @@
+// The front end of the log: what the rest of the library reports through.
+//
+// A message is written when its level is at most the sink's. The sink, a FileLogHandler, is made by the first call in
+// the process, whatever that call's level. Texts carry no newline at their end; the line brings its own.
+//
+// All three may be called from any thread. A message that cannot be formatted or converted, or has no text (null), is
+// dropped. What leaves a call is only what was raised inside it: an allocation's std::bad_alloc, or an exception of the
+// sink. Where nothing may leave, wrap the call in quietly() (Quietly.h).
+#ifndef ZELSENSORS_LOG_LOG_H
+#define ZELSENSORS_LOG_LOG_H
+
+#include "LogLevel.h"
+
+// Formats as printf does. The text is cut to 4095 bytes.
+void Log(LOG_LEVEL level, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+// Formats as wprintf does and converts to the multibyte form of the current locale. The text is cut to 4095 wide
+// characters and to 4095 bytes, never inside a character. A character that the locale does not have drops the message.
+void WLog(LOG_LEVEL level, const wchar_t* format, ...);
+
+// Writes the message as it stands, of any length.
+void LogQuick(LOG_LEVEL level, const char* message);
+
+#endif
