@@ -1,0 +1,80 @@
+#include "Terminal.h"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace {
+
+bool matches(const SimulatedFault& fault, Operation operation, std::optional<unsigned> handle) {
+    return fault.operation == operation && (!fault.handle || fault.handle == handle);
+}
+
+bool hits(const SimulatedFault& fault, std::uint64_t call) {
+    return call >= fault.fromCall && (!fault.calls || call - fault.fromCall < *fault.calls);
+}
+
+}  // namespace
+
+Terminal::Terminal(Scenario scenario) : m_scenario(std::move(scenario)), m_faultCalls(m_scenario.faults.size()) {
+    for (const SimulatedSensor& sensor : m_scenario.sensors) m_sensors.emplace(sensor.handle, Sensor{&sensor});
+}
+
+sscode Terminal::initialise() {
+    const sscode status = sufferFaults(Operation::Initialise);
+    if (status == 0) m_initialised = true;
+    return status;
+}
+
+sscode Terminal::enumerate(CSensorHandleList& handles) {
+    if (!m_initialised) return STATUS_NOT_INITIALISED;
+    if (const sscode status = sufferFaults(Operation::Enumerate)) return status;
+    handles.reserve(handles.size() + m_scenario.sensors.size());
+    for (const SimulatedSensor& sensor : m_scenario.sensors) handles.push_back(sensor.handle);
+    return 0;
+}
+
+sscode Terminal::information(unsigned handle, CSensorInformation& information) {
+    if (!m_initialised) return STATUS_NOT_INITIALISED;
+    if (const sscode status = sufferFaults(Operation::Information, handle)) return status;
+    const Sensor* sensor = find(handle);
+    if (sensor == nullptr) return STATUS_UNKNOWN_HANDLE;
+    information = sensor->description->information;
+    return 0;
+}
+
+sscode Terminal::read(unsigned handle, CSensorReading& reading) {
+    if (!m_initialised) return STATUS_NOT_INITIALISED;
+    if (reading.preset != READING_PRESET) return STATUS_WRONG_PRESET;
+    Sensor* sensor = find(handle);
+    const std::uint64_t call = sensor == nullptr ? 0 : sensor->calls++;
+    if (const sscode status = sufferFaults(Operation::Read, handle)) return status;
+    if (sensor == nullptr) return STATUS_UNKNOWN_HANDLE;
+    reading.value = sensor->description->movement.valueAt(call);
+    return 0;
+}
+
+sscode Terminal::eventLog(CSystemEventLog& log) {
+    if (!m_initialised) return STATUS_NOT_INITIALISED;
+    if (const sscode status = sufferFaults(Operation::EventLog)) return status;
+    log = m_scenario.eventLog;
+    return 0;
+}
+
+sscode Terminal::sufferFaults(Operation operation, std::optional<unsigned> handle) {
+    sscode status = 0;
+    std::chrono::milliseconds delay{0};
+    for (std::size_t i = 0; i < m_scenario.faults.size(); ++i) {
+        const SimulatedFault& fault = m_scenario.faults[i];
+        if (!matches(fault, operation, handle) || !hits(fault, ++m_faultCalls[i])) continue;
+        delay += std::chrono::milliseconds(fault.delayMilliseconds);
+        if (status == 0) status = fault.status;
+    }
+    if (delay.count() > 0) std::this_thread::sleep_for(delay);
+    return status;
+}
+
+Terminal::Sensor* Terminal::find(unsigned handle) {
+    const auto found = m_sensors.find(handle);
+    return found == m_sensors.end() ? nullptr : &found->second;
+}
