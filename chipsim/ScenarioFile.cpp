@@ -14,9 +14,12 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <sstream>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Words.h"
 
@@ -541,11 +544,12 @@ Scenario parseScenario(std::string_view text, const std::string& name) {
 }
 
 std::string readFile(const std::string& path) {
-    errno = 0;
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
-    if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
-    if (errno != 0) {
+    // Reading ahead tells a folder, which opens like a file, and an empty file, which must not be copied.
+    file.peek();
+    if (file.good()) text << file.rdbuf();
+    if (file.fail() || text.fail()) {
         throw ScenarioError(path + ": cannot be read (" + std::strerror(errno) + "), expected a scenario file");
     }
     return text.str();
