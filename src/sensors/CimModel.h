@@ -2,8 +2,9 @@
 // instance's properties, and the raising of what a broker refuses.
 //
 // All CMPI objects made here belong to the broker, which frees them after the request; nobody releases them. A failure
-// is raised as a `CMPIStatus*` and nothing is logged. The pointer leads to storage of the raising thread: it needs no
-// free and stays valid until that thread raises again.
+// is raised as a `CMPIStatus*` and nothing is logged. The pointer needs no free and stays valid until the next raise.
+//
+// Not thread-safe: the provider's lock lets one request in at a time.
 #ifndef ZELSENSORS_CIMMODEL_H
 #define ZELSENSORS_CIMMODEL_H
 

@@ -30,8 +30,8 @@ class SensorProvider {
     // To be called before the first request. The broker is kept, not owned: it must outlive the provider.
     void setBroker(const CMPIBroker* usedBroker) { broker = usedBroker; }
 
-    // Opens the chip service and builds the inventory. On a failure, which is logged, isInitialised() stays false for good;
-    // what building the inventory raises passes to the caller.
+    // Opens the chip service and builds the inventory. On a failure, which is logged, isInitialised() stays false for
+    // good; what building the inventory raises passes to the caller.
     void initialise(const CMPIContext* ctx);
     bool isInitialised() const { return initialised.load(std::memory_order_acquire); }
 

@@ -1,5 +1,5 @@
-// What the object manager meets: the load and unload hooks, the factory, and the table of entry functions. Nothing raised
-// leaves any of them.
+// What the object manager meets: the load and unload hooks, the factory, and the table of entry functions. Nothing
+// raised leaves any of them.
 #include <cmpidt.h>
 #include <cmpift.h>
 #include <cmpimacs.h>
@@ -23,8 +23,12 @@ pthread_mutex_t drvLock;  // serialises the factory and the read requests; not r
 extern "C" {
 
 // These two names, reserved or not, are the ones that the driver's lock has always gone by.
-static void __drv_synch() { pthread_mutex_lock(&drvLock); }      // NOLINT(bugprone-reserved-identifier)
-static void __drv_unsynch() { pthread_mutex_unlock(&drvLock); }  // NOLINT(bugprone-reserved-identifier)
+static void __drv_synch() {
+    pthread_mutex_lock(&drvLock);
+}  // NOLINT(bugprone-reserved-identifier)
+static void __drv_unsynch() {
+    pthread_mutex_unlock(&drvLock);
+}  // NOLINT(bugprone-reserved-identifier)
 
 __attribute__((constructor)) static void CONSTRUCTOR() {
     std::fputs("CONSTRUCTOR\n", stderr);
@@ -50,7 +54,9 @@ class DrvLockHolder {
 };
 
 // The object manager passes it back to every entry; the provider object is found through drvProvider all the same.
-void* currentProvider() { return drvProvider.load(std::memory_order_acquire); }
+void* currentProvider() {
+    return drvProvider.load(std::memory_order_acquire);
+}
 
 // Runs a read request under the lock, or refuses it while there is no provider that works.
 template <typename Request>
@@ -93,8 +99,8 @@ CMPIStatus drvEnumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CM
                  [=](SensorProvider& provider) { return provider.enumInstances(mi, ctx, rslt, ref, properties); });
 }
 
-CMPIStatus drvGetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                          const CMPIObjectPath* ref, const char** properties) {
+CMPIStatus drvGetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* ref,
+                          const char** properties) {
     quietly([] { Log(LOG_DEBUG, "drvGetInstance - provider=%p", currentProvider()); });
     // The text names the other entry; whoever searches logs for it finds it here too.
     return serve("drvEnumInstanceNames - provider not initialised - is the kernel driver loaded?",
@@ -168,8 +174,9 @@ void makeProvider(const CMPIBroker* broker, const CMPIContext* ctx) {
 
 }  // namespace
 
-// One object manager calls it once for every registered class, from different threads: the first call makes the provider,
-// each gives the same record. It succeeds even when the provider could not be initialised; the requests then say so.
+// One object manager calls it once for every registered class, from different threads: the first call makes the
+// provider, each gives the same record. It succeeds even when the provider could not be initialised; the requests then
+// say so.
 extern "C" __attribute__((visibility("default"))) CMPIInstanceMI* SensorProvider_Create_InstanceMI(
     const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus* rc) {
     {

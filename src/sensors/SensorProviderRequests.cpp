@@ -10,8 +10,8 @@
 
 // What one kind of request logs.
 struct RequestTexts {
-    const char* opening;  // a format: class, then namespace
-    const char* status;   // a format: code and message of a CMPIStatus
+    void (*logOpening)(const char* className, const char* ns);
+    void (*logStatus)(int code, const char* message);
     const char* unknownException;
     const char* noneFound;
     bool keepsPartialList;  // an enumeration: what was returned before a failure stands
@@ -24,22 +24,36 @@ constexpr int SYSTEM_EVENT_LOG = 1;
 constexpr int NO_CLASS = -1;
 
 const RequestTexts NAMES_TEXTS = {
-    "SensorProvider::enumInstanceNames - Reference object path: class = %s, namespace = %s\n",
-    "SensorProvider::enumerateInstanceNames - CMPIStatus %i, %s",
+    [](const char* className, const char* ns) {
+        Log(LOG_DEBUG, "SensorProvider::enumInstanceNames - Reference object path: class = %s, namespace = %s\n",
+            className, ns);
+    },
+    [](int code, const char* message) {
+        Log(LOG_ERROR, "SensorProvider::enumerateInstanceNames - CMPIStatus %i, %s", code, message);
+    },
     "SensorProvider::enumerateInstanceNames -  Unknown Exception",
     "SensorProvider::enumerateInstanceNames - No instances found",
     true,
 };
 const RequestTexts INSTANCES_TEXTS = {
-    "SensorProvider::enumInstances - Reference object path: class = %s, namespace = %s\n",
-    "SensorProvider::enumerateInstances - CMPIStatus %i, %s",
+    [](const char* className, const char* ns) {
+        Log(LOG_DEBUG, "SensorProvider::enumInstances - Reference object path: class = %s, namespace = %s\n", className,
+            ns);
+    },
+    [](int code, const char* message) {
+        Log(LOG_ERROR, "SensorProvider::enumerateInstances - CMPIStatus %i, %s", code, message);
+    },
     "SensorProvider::enumerateInstances -  Unknown Exception",
     "SensorProvider::enumerateInstances - No instances found",
     true,
 };
 const RequestTexts INSTANCE_TEXTS = {
-    "SensorProvider::getInstance - Object path: class = %s, namespace = %s",
-    "SensorProvider::getInstance - CMPIStatus %i, %s",
+    [](const char* className, const char* ns) {
+        Log(LOG_DEBUG, "SensorProvider::getInstance - Object path: class = %s, namespace = %s", className, ns);
+    },
+    [](int code, const char* message) {
+        Log(LOG_ERROR, "SensorProvider::getInstance - CMPIStatus %i, %s", code, message);
+    },
     "SensorProvider::getInstance -  Unknown Exception",
     "SensorProvider::getInstance - No instance found",
     false,
@@ -74,7 +88,7 @@ const char* nameKeyOf(const CMPIObjectPath* ref) {
 int openRequest(const RequestTexts& texts, const CMPIObjectPath* ref, CMPIStatus& status) {
     const char* ns = textOf(CMGetNameSpace(ref, nullptr));
     const char* className = textOf(CMGetClassName(ref, nullptr));
-    Log(LOG_DEBUG, texts.opening, className, ns);
+    texts.logOpening(className, ns);
     if (!SensorProvider::isCimV2Namespace(ns)) {
         status.rc = CMPI_RC_ERR_INVALID_NAMESPACE;
         return NO_CLASS;
@@ -112,7 +126,7 @@ CMPIStatus SensorProvider::answer(const RequestTexts& texts, const CMPIResult* r
         const int tqsClass = openRequest(texts, ref, status);
         found = status.rc != CMPI_RC_OK || work(tqsClass, returned);
     } catch (const CMPIStatus& raised) {
-        quietly([&] { Log(LOG_ERROR, texts.status, static_cast<int>(raised.rc), messageOf(raised)); });
+        quietly([&] { texts.logStatus(static_cast<int>(raised.rc), messageOf(raised)); });
         status.rc = CMPI_RC_ERR_FAILED;
         found = texts.keepsPartialList && returned > 0;
     } catch (...) {
@@ -127,18 +141,16 @@ CMPIStatus SensorProvider::answer(const RequestTexts& texts, const CMPIResult* r
     return finish(texts, rslt, status);
 }
 
-CMPIStatus SensorProvider::enumInstanceNames(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/,
-                                             const CMPIResult* rslt, const CMPIObjectPath* ref) {
-    return answer(NAMES_TEXTS, rslt, ref, [this, rslt](int tqsClass, unsigned& returned) {
-        return returnNames(tqsClass, rslt, returned);
-    });
+CMPIStatus SensorProvider::enumInstanceNames(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, const CMPIResult* rslt,
+                                             const CMPIObjectPath* ref) {
+    return answer(NAMES_TEXTS, rslt, ref,
+                  [this, rslt](int tqsClass, unsigned& returned) { return returnNames(tqsClass, rslt, returned); });
 }
 
 CMPIStatus SensorProvider::enumInstances(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, const CMPIResult* rslt,
                                          const CMPIObjectPath* ref, const char** /*properties*/) {
-    return answer(INSTANCES_TEXTS, rslt, ref, [this, rslt](int tqsClass, unsigned& returned) {
-        return returnInstances(tqsClass, rslt, returned);
-    });
+    return answer(INSTANCES_TEXTS, rslt, ref,
+                  [this, rslt](int tqsClass, unsigned& returned) { return returnInstances(tqsClass, rslt, returned); });
 }
 
 CMPIStatus SensorProvider::getInstance(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, const CMPIResult* rslt,
