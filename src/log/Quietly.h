@@ -7,7 +7,7 @@ template <class Action>
 void quietly(Action&& action) noexcept {
     try {
         action();
-    } catch (...) {  // NOLINT(bugprone-empty-catch): losing it is the purpose
+    } catch (...) {  // losing it is the purpose
     }
 }
 

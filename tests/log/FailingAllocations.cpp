@@ -1,0 +1,69 @@
+#include "FailingAllocations.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local unsigned allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
+thread_local bool failed = false;
+
+void* allocate(std::size_t size) noexcept {
+    if (allocationsLeft > 0 && --allocationsLeft == 0) {
+        failed = true;
+        return nullptr;
+    }
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* allocateOrThrow(std::size_t size) {
+    void* memory = allocate(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+}  // namespace
+
+FailingAllocation::FailingAllocation(unsigned n) {
+    failed = false;
+    allocationsLeft = n;
+}
+
+FailingAllocation::~FailingAllocation() {
+    allocationsLeft = 0;
+}
+
+bool FailingAllocation::hasFailed() {
+    return failed;
+}
+
+void* operator new(std::size_t size) {
+    return allocateOrThrow(size);
+}
+void* operator new[](std::size_t size) {
+    return allocateOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}

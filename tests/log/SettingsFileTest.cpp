@@ -1,0 +1,163 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "SettingsFile.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+namespace {
+
+using Settings = std::vector<std::pair<std::string, std::string>>;
+
+std::ptrdiff_t openDescriptors() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return std::distance(begin(descriptors), end(descriptors));
+}
+
+class SettingsFileTest : public testing::Test {
+  protected:
+    ~SettingsFileTest() override { std::filesystem::remove(m_path); }
+
+    void write(const std::string& contents) const { std::ofstream(m_path, std::ios::binary) << contents; }
+
+    Settings read() const {
+        Settings settings;
+        readSettings(m_path.c_str(),
+                     [&](const std::string& key, const std::string& value) { settings.emplace_back(key, value); });
+        return settings;
+    }
+
+    Settings settingsIn(const std::string& contents) const {
+        write(contents);
+        return read();
+    }
+
+    const std::string m_path = testing::TempDir() + "settings" + std::to_string(getpid());
+};
+
+TEST_F(SettingsFileTest, SettingsComeInTheFilesOrder) {
+    EXPECT_THAT(settingsIn("b=1\na=2\nb=3\n"), ElementsAre(Pair("b", "1"), Pair("a", "2"), Pair("b", "3")));
+}
+
+TEST_F(SettingsFileTest, LinesThatAreNoSettingsAreSkipped) {
+    EXPECT_THAT(settingsIn("\nword\n=1\n=\na=1\n"), ElementsAre(Pair("a", "1")));
+}
+
+TEST_F(SettingsFileTest, NothingIsTrimmedAndNothingIsAComment) {
+    EXPECT_THAT(settingsIn("a =1\n\tb= 2 \n#c=3 # three\n"),
+                ElementsAre(Pair("a ", "1"), Pair("\tb", " 2 "), Pair("#c", "3 # three")));
+}
+
+TEST_F(SettingsFileTest, FirstEqualsSignSeparates) {
+    EXPECT_THAT(settingsIn("a=b=c\na==\n"), ElementsAre(Pair("a", "b=c"), Pair("a", "=")));
+}
+
+TEST_F(SettingsFileTest, ValueMayBeEmpty) {
+    EXPECT_THAT(settingsIn("a=\nb="), ElementsAre(Pair("a", ""), Pair("b", "")));
+}
+
+TEST_F(SettingsFileTest, LastLineWithoutNewlineLosesItsLastCharacter) {
+    EXPECT_THAT(settingsIn("a=1"), ElementsAre(Pair("a", "")));
+    EXPECT_THAT(settingsIn("a=10"), ElementsAre(Pair("a", "1")));
+}
+
+TEST_F(SettingsFileTest, CarriageReturnStaysInTheValue) {
+    EXPECT_THAT(settingsIn("a=1\r\n"), ElementsAre(Pair("a", "1\r")));
+}
+
+TEST_F(SettingsFileTest, LineIsCutAtItsFirstNulByte) {
+    using namespace std::string_literals;
+    EXPECT_THAT(settingsIn("a=12\0 34\nb\0=5\nc=6\n"s), ElementsAre(Pair("a", "1"), Pair("c", "6")));
+}
+
+TEST_F(SettingsFileTest, LinesMayBeOfAnyLength) {
+    const std::string key(200'000, 'k');
+    const std::string value(1'000'000, 'v');
+    EXPECT_THAT(settingsIn(key + "=" + value + "\na=1\n"), ElementsAre(Pair(key, value), Pair("a", "1")));
+}
+
+TEST_F(SettingsFileTest, EmptyFileHasNoSettings) {
+    EXPECT_THAT(settingsIn(""), IsEmpty());
+}
+
+TEST_F(SettingsFileTest, MissingFileHasNoSettings) {
+    EXPECT_THAT(read(), IsEmpty());
+}
+
+TEST_F(SettingsFileTest, FileThatCannotBeReadHasNoSettings) {
+    std::filesystem::create_directory(m_path);
+    EXPECT_THAT(read(), IsEmpty());
+}
+
+TEST_F(SettingsFileTest, FileIsClosedAtItsEnd) {
+    const std::ptrdiff_t before = openDescriptors();
+    settingsIn("a=1\n");
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(SettingsFileTest, FileIsClosedWhenTheReceiverThrows) {
+    write("a=1\nb=2\n");
+    const std::ptrdiff_t before = openDescriptors();
+    const auto refuse = [](const std::string& key, const std::string&) { throw std::runtime_error(key); };
+    EXPECT_THROW(readSettings(m_path.c_str(), refuse), std::runtime_error);
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(ScanUnsignedTest, NumbersAreReadAsScanfDoes) {
+    for (const char* value : {"0",
+                              "1",
+                              "4294967296",
+                              "18446744073709551615",
+                              "18446744073709551616",
+                              "99999999999999999999999999",
+                              "-1",
+                              "-0",
+                              "-18446744073709551616",
+                              "+7",
+                              " \t\n\v\f\r7",
+                              "7 # seven",
+                              "7\r",
+                              "7.9",
+                              "0x1f",
+                              "010",
+                              "1e3",
+                              "1,000",
+                              "",
+                              " ",
+                              "x",
+                              "x1",
+                              "-",
+                              "+",
+                              "+-1",
+                              "--1",
+                              "- 1",
+                              ".5",
+                              "\xa0"
+                              "1"}) {
+        unsigned long expected = 99;
+        const bool isNumber = std::sscanf(value, "%lu", &expected) == 1;
+        unsigned long number = 99;
+        EXPECT_EQ(scanUnsigned(value, number), isNumber) << "'" << value << "'";
+        EXPECT_EQ(number, expected) << "'" << value << "'";
+    }
+}
+
+TEST(ScanUnsignedTest, NegativeNumberWrapsAround) {
+    unsigned long number = 0;
+    EXPECT_TRUE(scanUnsigned("-1", number));
+    EXPECT_EQ(number, ULONG_MAX);
+}
+
+}  // namespace

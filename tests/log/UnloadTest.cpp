@@ -1,0 +1,71 @@
+// The sink in a library that is loaded and unloaded, and at the end of its process.
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "LogLines.h"
+#include "RunAnew.h"
+#include "Sandbox.h"
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+
+namespace {
+
+void (*logFromModule)(const char* message) = nullptr;
+
+void* load() {
+    void* const module = dlopen(LOADED_MODULE, RTLD_NOW | RTLD_GLOBAL);
+    if (module == nullptr) throw std::runtime_error(dlerror());
+    logFromModule = reinterpret_cast<void (*)(const char*)>(dlsym(module, "logFromModule"));
+    return module;
+}
+
+bool hasLogOpen() {
+    for (const fs::directory_entry& descriptor : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        if (fs::read_symlink(descriptor, gone) == "/var/log/tarn/tarn.log") return true;
+    }
+    return false;
+}
+
+class UnloadTest : public testing::Test {
+  protected:
+    void SetUp() override { REQUIRE_SANDBOX(); }
+};
+
+TEST_F(UnloadTest, UnloadingDeletesTheSinkAndLoadingMakesAnother) {
+    const std::string output = runAnew([] {
+        for (const char* message : {"first", "second"}) {
+            void* const module = load();
+            logFromModule(message);
+            EXPECT_TRUE(hasLogOpen());
+            dlclose(module);
+            EXPECT_EQ(dlopen(LOADED_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+            EXPECT_FALSE(hasLogOpen());
+        }
+    });
+    EXPECT_EQ(output, "Logger created\nLogger created\n");
+    EXPECT_THAT(loggedMessages(), ElementsAre("first", "second"));
+}
+
+TEST_F(UnloadTest, UnloadingWithoutASinkDoesNothing) {
+    EXPECT_EQ(runAnew([] { dlclose(load()); }), "");
+}
+
+TEST_F(UnloadTest, SinkOutlivesTheExitHandlers) {
+    const std::string output = runAnew([] {
+        std::atexit([] { logFromModule("last"); });  // before the library's own, so it runs after them
+        load();
+        logFromModule("first");
+    });
+    EXPECT_EQ(output, "Logger created\nlink count=1\n");
+    EXPECT_THAT(loggedMessages(), ElementsAre("first", "last"));
+}
+
+}  // namespace
