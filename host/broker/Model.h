@@ -1,4 +1,5 @@
-// Plain C++ values for what travels through a broker: copies, owned by whoever holds them, safe to keep after the request.
+// Plain C++ values for what travels through a broker: copies, owned by whoever holds them, safe to keep after the
+// request.
 #ifndef ZELSENSORS_BROKER_MODEL_H
 #define ZELSENSORS_BROKER_MODEL_H
 
@@ -16,18 +17,18 @@ namespace broker {
 struct ObjectPath;
 struct Instance;
 
-// One CIM value. `type` is the code that was handed to the broker (CMPI_chars stays CMPI_chars; arrays carry CMPI_ARRAY).
-// Of the members below it, the one that belongs to the type is meaningful, and none when `isNull`.
+// One CIM value. `type` is the code that was handed to the broker (CMPI_chars stays CMPI_chars; arrays carry
+// CMPI_ARRAY). Of the members below it, the one that belongs to the type is meaningful, and none when `isNull`.
 struct Value {
     CMPIType type = CMPI_null;
     bool isNull = true;
-    std::uint64_t unsignedNumber = 0;            // boolean (0 or 1), char16, uint8 to uint64
-    std::int64_t signedNumber = 0;               // sint8 to sint64
-    double real = 0;                             // real32, real64
-    std::string text;                            // string, chars, and dateTime in its 25-character CIM form
-    std::vector<Value> elements;                 // arrays; each element carries the element's type
-    std::shared_ptr<const ObjectPath> path;      // ref
-    std::shared_ptr<const Instance> instance;    // instance
+    std::uint64_t unsignedNumber = 0;          // boolean (0 or 1), char16, uint8 to uint64
+    std::int64_t signedNumber = 0;             // sint8 to sint64
+    double real = 0;                           // real32, real64
+    std::string text;                          // string, chars, and dateTime in its 25-character CIM form
+    std::vector<Value> elements;               // arrays; each element carries the element's type
+    std::shared_ptr<const ObjectPath> path;    // ref
+    std::shared_ptr<const Instance> instance;  // instance
 
     static Value null(CMPIType type);
     static Value ofText(std::string text, CMPIType type = CMPI_string);
@@ -51,6 +52,9 @@ struct NamedValue {
     Value value;
 };
 bool operator==(const NamedValue& left, const NamedValue& right);
+
+// Whether two names are the same to CIM, which does not regard the case of ASCII letters.
+bool sameName(std::string_view left, std::string_view right);
 
 // Names of classes, keys, properties and namespaces compare without regard to case in CIM; these structures keep the
 // spelling that they were given, and == compares exactly, in order.
@@ -88,7 +92,8 @@ struct Reply {
 
 // "CMPI_RC_ERR_FAILED" for 1; "CMPI_RC_<number>" for a number that CMPI does not name.
 std::string nameOfStatus(int rc);
-// CIM's word for a type as MOF writes it: "sint32", "string", "uint8[]"; chars counts as string.
+// CIM's word for a type as MOF writes it: "sint32", "string", "uint8[]"; chars counts as string. "type<number>" for a
+// code that has no word there.
 std::string nameOfType(CMPIType type);
 
 }  // namespace broker

@@ -28,19 +28,21 @@ class ProviderLibrary {
     using Factory = CMPIInstanceMI* (*)(const CMPIBroker*, const CMPIContext*, CMPIStatus*);
     // <providerName>_Create_InstanceMI. Throws LoadError where the library has none.
     Factory factory(const std::string& providerName) const;
+    const std::string& path() const { return m_path; }
 
   private:
     std::string m_path;
     void* m_handle;
 };
 
-// An instance provider made by its factory, which is called in the constructor. Each operation is one request of its own:
-// the objects made in it are freed before the operation returns. The library and the broker must outlive this object.
+// An instance provider made by its factory, which is called in the constructor. Each operation is one request of its
+// own: the objects made in it are freed before the operation returns. The library and the broker must outlive this
+// object.
 class InstanceProvider {
   public:
     // Throws LoadError when there is no factory, or when it answers null or a status other than 0.
     InstanceProvider(const ProviderLibrary& library, const std::string& providerName, Broker& broker);
-    // Calls cleanup (terminating true) unless cleanUp has been called.
+    // Calls cleanup (terminating true) unless cleanUp has been called and was not put off (codes 50 and 51).
     ~InstanceProvider();
     InstanceProvider(const InstanceProvider&) = delete;
     InstanceProvider& operator=(const InstanceProvider&) = delete;

@@ -1,0 +1,96 @@
+#include "Dates.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+namespace broker {
+namespace {
+
+constexpr std::size_t kLength = 25;
+constexpr std::size_t kPointAt = 14;
+constexpr std::size_t kSignAt = 21;
+constexpr std::int64_t kMicrosecondsPerSecond = 1000000;
+constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr std::int64_t kMaxDays = 99999999;
+constexpr int kMaxYear = 9999;
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool hasDateForm(std::string_view text) {
+    if (text.size() != kLength || text[kPointAt] != '.') return false;
+    if (text[kSignAt] != '+' && text[kSignAt] != '-' && text[kSignAt] != ':') return false;
+    for (std::size_t at = 0; at < kLength; ++at) {
+        if (at != kPointAt && at != kSignAt && !isDigit(text[at])) return false;
+    }
+    return true;
+}
+
+int number(std::string_view text, std::size_t at, std::size_t length) {
+    int value = 0;
+    for (const char c : text.substr(at, length)) value = value * 10 + (c - '0');
+    return value;
+}
+
+// The seconds of the civil date in UTC; without a value when there is no such date.
+std::optional<std::int64_t> secondsOfDate(std::string_view text) {
+    std::tm date{};
+    date.tm_year = number(text, 0, 4) - 1900;
+    date.tm_mon = number(text, 4, 2) - 1;
+    date.tm_mday = number(text, 6, 2);
+    const std::tm asked = date;
+    const std::time_t seconds = timegm(&date);  // carries days that the month lacks into the next
+    if (date.tm_year != asked.tm_year || date.tm_mon != asked.tm_mon || date.tm_mday != asked.tm_mday) {
+        return std::nullopt;
+    }
+    return seconds;
+}
+
+}  // namespace
+
+std::optional<Date> parseDate(std::string_view text) {
+    if (!hasDateForm(text)) return std::nullopt;
+    const int hours = number(text, 8, 2);
+    const int minutes = number(text, 10, 2);
+    const int seconds = number(text, 12, 2);
+    if (hours > 23 || minutes > 59 || seconds > 59) return std::nullopt;
+    Date date;
+    date.isInterval = text[kSignAt] == ':';
+    const int offset = number(text, kSignAt + 1, 3);
+    std::int64_t total = hours * 3600LL + minutes * 60LL + seconds;
+    if (date.isInterval) {
+        if (offset != 0) return std::nullopt;
+        total += number(text, 0, 8) * kSecondsPerDay;
+    } else {
+        const auto day = secondsOfDate(text);
+        if (!day) return std::nullopt;
+        total += *day - (text[kSignAt] == '-' ? -offset : offset) * 60LL;
+    }
+    date.microseconds = total * kMicrosecondsPerSecond + number(text, kPointAt + 1, 6);
+    return date;
+}
+
+std::optional<std::string> formatDate(std::uint64_t microseconds, bool isInterval) {
+    const auto fraction = static_cast<int>(microseconds % kMicrosecondsPerSecond);
+    const auto seconds = static_cast<std::int64_t>(microseconds / kMicrosecondsPerSecond);
+    std::array<char, 64> text{};
+    if (isInterval) {
+        const std::int64_t days = seconds / kSecondsPerDay;
+        if (days > kMaxDays) return std::nullopt;
+        const auto rest = static_cast<int>(seconds % kSecondsPerDay);
+        std::snprintf(text.data(), text.size(), "%08d%02d%02d%02d.%06d:000", static_cast<int>(days), rest / 3600,
+                      rest / 60 % 60, rest % 60, fraction);
+        return text.data();
+    }
+    std::tm date{};
+    const std::time_t time = seconds;
+    if (gmtime_r(&time, &date) == nullptr || date.tm_year + 1900 > kMaxYear) return std::nullopt;
+    std::snprintf(text.data(), text.size(), "%04d%02d%02d%02d%02d%02d.%06d+000", date.tm_year + 1900, date.tm_mon + 1,
+                  date.tm_mday, date.tm_hour, date.tm_min, date.tm_sec, fraction);
+    return text.data();
+}
+
+}  // namespace broker
