@@ -132,7 +132,8 @@ struct _CMPIBrokerEncFT {
     CMPIBoolean (*isOfType)(const CMPIBroker* mb, const void* object, const char* typeName, CMPIStatus* rc);
     CMPIString* (*getType)(const CMPIBroker* mb, const void* object, CMPIStatus* rc);
 
-    // A translated message. count pairs follow, at most ten: the CMPIType, then the value as the CMFmt macros pass it.
+    // A translated message with its $0 to $9 filled in. count pairs follow, at most ten: the CMPIType, then the value
+    // as the CMFmt macros pass it.
     CMPIString* (*getMessage)(const CMPIBroker* mb, const char* id, const char* defText, CMPIStatus* rc,
                               CMPICount count, ...);
 
@@ -165,7 +166,7 @@ struct _CMPIBrokerExtFT {
 
     char* (*resolveFileName)(const char* libName);
 
-    // Threads. The int results are 0 or an errno value.
+    // Threads.
     void* (*newThread)(void* (*start)(void*), void* arg, int detached);
     int (*joinThread)(void* thread, void** result);
     int (*exitThread)(void* result);
@@ -179,7 +180,7 @@ struct _CMPIBrokerExtFT {
     void* (*getThreadSpecific)(unsigned int key);
     int (*setThreadSpecific)(unsigned int key, void* value);
 
-    // Mutexes and conditions; timedCondWait waits until the given time of day.
+    // Mutexes and conditions.
     void* (*newMutex)(int opt);
     void (*destroyMutex)(void* mutex);
     void (*lockMutex)(void* mutex);
@@ -207,7 +208,7 @@ struct _CMPIBrokerMemFT {
     CMPIGcStat* (*mark)(const CMPIBroker* mb, CMPIStatus* rc);
     CMPIStatus (*release)(const CMPIBroker* mb, const CMPIGcStat* gc);
 
-    // Memory that the broker frees after the request, if the provider has not.
+    // Plain memory.
     void* (*cmpiMalloc)(const CMPIBroker* mb, size_t size);
     void* (*cmpiCalloc)(const CMPIBroker* mb, size_t count, size_t size);
     void* (*cmpiRealloc)(const CMPIBroker* mb, void* ptr, size_t size);
@@ -297,7 +298,8 @@ struct _CMPIInstanceFT {
     // A new path, made from the instance.
     CMPIObjectPath* (*getObjectPath)(const CMPIInstance* inst, CMPIStatus* rc);
 
-    // Properties outside the list (keys excepted) are dropped when set from now on. NULL list: all stay.
+    // Leaves it to the broker to drop properties outside the list. To be called before any setProperty; keys names the
+    // keys, which some brokers need to know.
     CMPIStatus (*setPropertyFilter)(const CMPIInstance* inst, const char** props, const char** keys);
 
     // The path must name namespace, class and all keys.
@@ -363,7 +365,7 @@ struct _CMPIStringFT {
     // UTF-8, owned by the string object and valid as long as that.
     const char* (*getCharPtr)(const CMPIString* str, CMPIStatus* rc);
 #ifdef CMPI_VER_210
-    // A copy in another code page, which the caller frees.
+    // A new copy in another code page; see freeChars of CMPIBrokerMemFT.
     char* (*newCharsCP)(const CMPIString* str, CMPICodepageID cp, CMPIStatus* rc);
 #endif
 };
