@@ -1,0 +1,86 @@
+// What the library shows to the dynamic linker.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <array>
+#include <cstdio>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "chip.h"
+
+namespace {
+
+std::string outputOf(const std::string& command) {
+    std::string output;
+    std::FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return output;
+    std::array<char, 4096> buffer;
+    while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), pipe))
+        output.append(buffer.data(), size);
+    EXPECT_EQ(pclose(pipe), 0) << command;
+    return output;
+}
+
+// The texts in brackets of the dynamic section's entries of one kind.
+std::set<std::string> dynamicEntries(const std::string& kind) {
+    std::set<std::string> entries;
+    std::istringstream lines(outputOf("readelf --dynamic --wide " CHIP_LIBRARY));
+    for (std::string line; std::getline(lines, line);)
+        if (line.find('(' + kind + ')') != std::string::npos)
+            entries.insert(line.substr(line.find('[') + 1, line.find(']') - line.find('[') - 1));
+    return entries;
+}
+
+TEST(LibraryTest, ExportsTheInterfaceAlone) {
+    std::set<std::string> symbols;
+    std::istringstream lines(outputOf("nm --dynamic --defined-only --format=posix " CHIP_LIBRARY));
+    for (std::string line; std::getline(lines, line);) symbols.insert(line.substr(0, line.find(' ')));
+    EXPECT_EQ(symbols, (std::set<std::string>{"_ZN10CPOSSystem10s_instanceE", "_ZN10CPOSSystem5IsZanEv",
+                                              "_ZN10CPOSSystem8IsGrebelEv", "_ZN5CChip10InitialiseEv",
+                                              "_ZN5CChip10ReadSensorEjR14CSensorReading",
+                                              "_ZN5CChip17GetSystemEventLogER15CSystemEventLog",
+                                              "_ZN5CChip20GetSensorInformationEjR18CSensorInformation",
+                                              "_ZN5CChip22EnumerateSensorHandlesER17CSensorHandleList", "_ZN5CChipC1Ev",
+                                              "_ZN5CChipC2Ev", "_ZN5CChipD1Ev", "_ZN5CChipD2Ev"}));
+}
+
+TEST(LibraryTest, SonameIsTheTerminalLibrarys) {
+    EXPECT_EQ(dynamicEntries("SONAME"), std::set<std::string>{"libzelchip.so.0"});
+}
+
+TEST(LibraryTest, NeedsTheLanguagesLibrariesAlone) {
+    const std::set<std::string> languages = {"libstdc++.so.6", "libm.so.6", "libgcc_s.so.1", "libc.so.6",
+                                             "ld-linux-x86-64.so.2"};
+    for (const std::string& library : dynamicEntries("NEEDED")) {
+        const bool isSanitizer = library.rfind("libasan.", 0) == 0 || library.rfind("libubsan.", 0) == 0 ||
+                                 library.rfind("libtsan.", 0) == 0;
+        EXPECT_TRUE(isSanitizer || languages.count(library) == 1) << library;
+    }
+}
+
+template <class Function>
+Function symbol(void* library, const char* name) {
+    return reinterpret_cast<Function>(dlsym(library, name));
+}
+
+TEST(LibraryTest, CanBeUnloadedAfterUse) {
+    unsetenv("ZELCHIP_SCENARIO");
+    for (int round = 0; round < 2; ++round) {
+        void* library = dlopen(CHIP_LIBRARY, RTLD_NOW | RTLD_GLOBAL);
+        ASSERT_NE(library, nullptr) << dlerror();
+        // A member function takes its object as the first argument.
+        alignas(CChip) unsigned char chip[sizeof(CChip)];
+        symbol<void (*)(void*)>(library, "_ZN5CChipC1Ev")(chip);
+        EXPECT_EQ(symbol<sscode (*)(void*)>(library, "_ZN5CChip10InitialiseEv")(chip), 0U);
+        symbol<void (*)(void*)>(library, "_ZN5CChipD1Ev")(chip);
+        void* system = dlsym(library, "_ZN10CPOSSystem10s_instanceE");
+        EXPECT_FALSE(symbol<bool (*)(void*)>(library, "_ZN10CPOSSystem8IsGrebelEv")(system));
+        EXPECT_EQ(dlclose(library), 0);
+        EXPECT_EQ(dlopen(CHIP_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+    }
+}
+
+}  // namespace
