@@ -1,0 +1,256 @@
+#include "Provider.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char EVERYTHING[] =
+    "sensor-type = 2\nbase-units = 4\nrate-units = 3\nunit-modifier = -1\nis-linear = true\naccuracy = -2\n"
+    "hysteresis = 3\nlower-threshold-critical = -4\nlower-threshold-fatal = -5\nlower-threshold-non-critical = -6\n"
+    "max-readable = 107\nmin-readable = -8\nnominal-reading = 9\nother-sensor-type-description = \"of a kind\"\n"
+    "resolution = 10\nunread = 77\nupper-threshold-critical = 11\nupper-threshold-fatal = 12\n"
+    "upper-threshold-non-critical = 13";
+
+const Strings everyProperty = {
+    "Accuracy=sint32:-2",
+    "BaseUnits=uint16:4",
+    "Caption=chars:Temperature(0000001a)",
+    "CreationClassName=chars:TQS_NumericSensor",
+    "CurrentReading=sint32:50",
+    "Description=chars:CPU(0000001a): Temperature sensor",
+    "DeviceID=chars:0000001a",
+    "Hysteresis=uint32:3",
+    "IsLinear=boolean:1",
+    "LowerThresholdCritical=sint32:-4",
+    "LowerThresholdFatal=sint32:-5",
+    "LowerThresholdNonCritical=sint32:-6",
+    "MaxReadable=sint32:107",
+    "MinReadable=sint32:-8",
+    "Name=chars:CPU(0000001a)",
+    "NominalReading=sint32:9",
+    "OtherSensorTypeDescription=chars:of a kind",
+    "RateUnits=uint16:3",
+    "Resolution=uint32:10",
+    "SensorType=uint16:2",
+    "SystemCreationClassName=chars:Computer System",
+    "SystemName=chars:Quorvel POS Sensor Drivers and System Event Log",
+    "UnitModifier=sint32:-1",
+    "UpperThresholdCritical=sint32:11",
+    "UpperThresholdFatal=sint32:12",
+    "UpperThresholdNonCritical=sint32:13",
+};
+
+constexpr char OPENING[] =
+    "Debug SensorProvider::enumInstances - Reference object path: class = TQS_NumericSensor, namespace = root/cimv2\n";
+constexpr char UPDATE[] = "Debug SensorProvider::UpdateReading (Sensor)";
+
+class EnumerateInstancesTest : public ProviderTest {};
+
+TEST_F(EnumerateInstancesTest, SensorHasItsTwentySixPropertiesInOrder) {
+    inFreshProcess([] {
+        useScenario(chipSensor(0x1a, "CPU", {50}, EVERYTHING));
+        LoadedProvider loaded;
+        loaded.broker.startRecording();
+        // The list of wanted properties is not looked at.
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS), {"Name"});
+        EXPECT_EQ(reply.status.rc, CMPI_RC_OK);
+        EXPECT_FALSE(reply.status.message.has_value());
+        EXPECT_EQ(reply.doneCalls, 1U);
+        ASSERT_EQ(reply.instances.size(), 1U);
+        EXPECT_EQ(describe(reply.instances[0].properties), everyProperty);
+        EXPECT_EQ(reply.instances[0].path.nameSpace, "root/cimv2");
+        EXPECT_EQ(reply.instances[0].path.className, SENSOR_CLASS);
+        EXPECT_THAT(describe(reply.instances[0].path.keys), ElementsAre("Name=chars:CPU(0000001a)"));
+
+        Strings calls = {"getNameSpace", "getClassName", "newObjectPath TQS_NumericSensor",
+                         "addKey Name chars:CPU(0000001a)", "newInstance"};
+        for (std::string property : everyProperty)
+            calls.push_back("setProperty " + property.replace(property.find('='), 1, " "));
+        calls.insert(calls.end(), {"returnInstance", "returnDone"});
+        EXPECT_EQ(describe(loaded.broker.recordedCalls()), calls);
+        EXPECT_EQ(loaded.broker.liveObjects(), 0U);
+        EXPECT_EQ(loaded.broker.liveClones(), 0U);
+    });
+}
+
+TEST_F(EnumerateInstancesTest, ValuesThatTheChipLacksAreLeftOut) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {-2147483647 - 1}));
+        LoadedProvider loaded;
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
+        ASSERT_EQ(reply.instances.size(), 1U);
+        EXPECT_THAT(
+            describe(reply.instances[0].properties),
+            ElementsAre("BaseUnits=uint16:0", "Caption=chars:Unknown(00000001)",
+                        "CreationClassName=chars:TQS_NumericSensor", "CurrentReading=sint32:-2147483648",
+                        "Description=chars:CPU(00000001): Unknown sensor", "DeviceID=chars:00000001",
+                        "IsLinear=boolean:1", "Name=chars:CPU(00000001)", "OtherSensorTypeDescription=chars:",
+                        "RateUnits=uint16:0", "SensorType=uint16:0", "SystemCreationClassName=chars:Computer System",
+                        "SystemName=chars:Quorvel POS Sensor Drivers and System Event Log", "UnitModifier=sint32:0"));
+    });
+}
+
+TEST_F(EnumerateInstancesTest, ReadsWhatIsDueAndServesTheRestAsItIs) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "A", {10, 11, 12}) + chipSensor(2, "B", {20, 21, 22}));
+        LoadedProvider loaded;
+        const void* provider = loaded.provider.mi()->hdl;
+        fakeclock::advanceMilliseconds(999);
+        takeLog();
+        OutputCapture error(STDERR_FILENO);
+        EXPECT_THAT(propertyOf(loaded.provider.enumerateInstances(classPath(SENSOR_CLASS)), "CurrentReading"),
+                    ElementsAre("10", "20"));
+        const std::string notDue =
+            "now=1000:999000us, prev=1000:0us\nno need to read - diff is 999, update interval is 1000\n";
+        EXPECT_EQ(error.take(), notDue + notDue);
+        EXPECT_THAT(takeLog(),
+                    ElementsAre(format("Debug drvEnumInstances - provider=%p", provider), OPENING, UPDATE,
+                                "Trace SensorProvider::UpdateReading - No need to update sensor 0x00000001 yet", UPDATE,
+                                "Trace SensorProvider::UpdateReading - No need to update sensor 0x00000002 yet"));
+
+        fakeclock::advanceMilliseconds(1);
+        EXPECT_THAT(propertyOf(loaded.provider.enumerateInstances(classPath(SENSOR_CLASS)), "CurrentReading"),
+                    ElementsAre("11", "21"));
+        const std::string due = "now=1001:0us, prev=1000:0us\nread sensor - diff was 1000, update interval is 1000\n";
+        EXPECT_EQ(error.take(), due + due);
+        EXPECT_THAT(takeLog(),
+                    ElementsAre(format("Debug drvEnumInstances - provider=%p", provider), OPENING, UPDATE, UPDATE));
+    });
+}
+
+TEST_F(EnumerateInstancesTest, WithoutSensorsFails) {
+    inFreshProcess([] {
+        useScenario("");
+        LoadedProvider loaded;
+        takeLog();
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
+        EXPECT_EQ(reply.status.rc, CMPI_RC_ERR_FAILED);
+        EXPECT_EQ(reply.doneCalls, 1U);
+        EXPECT_THAT(reply.instances, IsEmpty());
+        EXPECT_EQ(takeLog().back(), "Debug SensorProvider::enumerateInstances - No instances found");
+    });
+}
+
+TEST_F(EnumerateInstancesTest, FailedReadingOfTheThirdSensorKeepsTheFirstTwo) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "A", {10, 11}) + chipSensor(2, "B", {20, 21}) + chipSensor(0xcc, "C", {30, 31, 32}) +
+                    chipFault("read", "handle = 0xcc\nfrom-call = 2\ncalls = 1\nstatus = 0x0badcafe"));
+        LoadedProvider loaded;
+        const void* provider = loaded.provider.mi()->hdl;
+        fakeclock::advanceMilliseconds(1000);
+        takeLog();
+        const broker::Reply partial = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
+        EXPECT_EQ(partial.status.rc, CMPI_RC_ERR_FAILED);
+        EXPECT_EQ(partial.doneCalls, 1U);
+        EXPECT_THAT(propertyOf(partial, "CurrentReading"), ElementsAre("11", "21"));
+        EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstances - provider=%p", provider), OPENING, UPDATE,
+                                           UPDATE, UPDATE,
+                                           "Error SensorProvider::UpdateReading - failed to read sensor 0x000000cc, "
+                                           "sscode=0x0badcafe",
+                                           "Error SensorProvider::enumerateInstances -  Unknown Exception"));
+
+        // The failed reading counts as one: the next is due an interval later, and the inventory is whole.
+        EXPECT_THAT(propertyOf(loaded.provider.enumerateInstances(classPath(SENSOR_CLASS)), "CurrentReading"),
+                    ElementsAre("11", "21", "30"));
+    });
+}
+
+TEST_F(EnumerateInstancesTest, FailedReadingOfTheFirstSensorFindsNothing) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "A", {10}) + chipFault("read", "from-call = 2\nstatus = 5"));
+        LoadedProvider loaded;
+        const void* provider = loaded.provider.mi()->hdl;
+        fakeclock::advanceMilliseconds(1000);
+        takeLog();
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
+        EXPECT_EQ(reply.status.rc, CMPI_RC_ERR_FAILED);
+        EXPECT_EQ(reply.doneCalls, 1U);
+        EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstances - provider=%p", provider), OPENING, UPDATE,
+                                           "Error SensorProvider::UpdateReading - failed to read sensor 0x00000001, "
+                                           "sscode=0x00000005",
+                                           "Error SensorProvider::enumerateInstances -  Unknown Exception",
+                                           "Debug SensorProvider::enumerateInstances - No instances found"));
+    });
+}
+
+TEST_F(EnumerateInstancesTest, EventLogHasItsTwelvePropertiesInOrder) {
+    inFreshProcess([] {
+        useScenario(
+            "[event-log]\nvalid = true\nfull = false\nmultiple-event-count-increment = 255\n"
+            "multiple-event-time-window = 60\nlines = [\"first\", \"\", \"third\"]\n");
+        LoadedProvider loaded;
+        const void* provider = loaded.provider.mi()->hdl;
+        takeLog();
+        loaded.broker.startRecording();
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(LOG_CLASS));
+        EXPECT_EQ(reply.status.rc, CMPI_RC_OK);
+        EXPECT_EQ(reply.doneCalls, 1U);
+        ASSERT_EQ(reply.instances.size(), 1U);
+        EXPECT_EQ(reply.instances[0].path.className, LOG_CLASS);
+        EXPECT_THAT(describe(reply.instances[0].path.keys), ElementsAre("Name=chars:Quorvel POS System Event Log"));
+        EXPECT_THAT(
+            describe(loaded.broker.recordedCalls()),
+            ElementsAre("getNameSpace", "getClassName", "newObjectPath TQS_SystemEventLog",
+                        "addKey Name chars:Quorvel POS System Event Log", "newInstance",
+                        "setProperty Caption chars:Quorvel POS System Event Log",
+                        "setProperty CreationClassName chars:TQS_SystemEventLog",
+                        "setProperty Description chars:The Quorvel POS System Event Log is a motherboard level storage "
+                        "device that contains a record of critical system events such as POST errors, disk check "
+                        "errors, etc.",
+                        "setProperty DeviceID chars:Quorvel POS System Event Log", "setProperty LogFull boolean:0",
+                        "newArray", "setElementAt chars:first", "setElementAt chars:", "setElementAt chars:third",
+                        "setProperty LogLines chars[]:{first,,third}",
+                        "setProperty LogMultipleEventCountIncrement uint8:255",
+                        "setProperty LogMultipleEventTimeWindow uint8:60", "setProperty LogValid boolean:1",
+                        "setProperty Name chars:Quorvel POS System Event Log",
+                        "setProperty SystemCreationClassName chars:Computer System",
+                        "setProperty SystemName chars:Quorvel POS Sensor Drivers and System Event Log",
+                        "returnInstance", "returnDone"));
+        EXPECT_EQ(reply.instances[0].properties.size(), 12U);
+        EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstances - provider=%p", provider),
+                                           "Debug SensorProvider::enumInstances - Reference object path: class = "
+                                           "TQS_SystemEventLog, namespace = root/cimv2\n",
+                                           "Debug SensorProvider::GetSystemEventLog"));
+        EXPECT_EQ(loaded.broker.liveObjects(), 0U);
+    });
+}
+
+TEST_F(EnumerateInstancesTest, EventLogWithoutLinesHasNoLogLines) {
+    inFreshProcess([] {
+        useScenario("[event-log]\nvalid = false\nfull = true\n");
+        LoadedProvider loaded;
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(LOG_CLASS));
+        ASSERT_EQ(reply.instances.size(), 1U);
+        EXPECT_EQ(reply.instances[0].properties.size(), 11U);
+        EXPECT_THAT(propertyOf(reply, "LogLines"), ElementsAre("absent"));
+        EXPECT_THAT(propertyOf(reply, "LogFull"), ElementsAre("1"));
+        EXPECT_THAT(propertyOf(reply, "LogValid"), ElementsAre("0"));
+    });
+}
+
+TEST_F(EnumerateInstancesTest, FailedReadingOfTheEventLogFindsNothing) {
+    inFreshProcess([] {
+        useScenario("[event-log]\nlines = [\"one\"]\n" + chipFault("event-log", "calls = 1\nstatus = 0xdead"));
+        LoadedProvider loaded;
+        const void* provider = loaded.provider.mi()->hdl;
+        takeLog();
+        const broker::Reply reply = loaded.provider.enumerateInstances(classPath(LOG_CLASS));
+        EXPECT_EQ(reply.status.rc, CMPI_RC_ERR_FAILED);
+        EXPECT_FALSE(reply.status.message.has_value());
+        EXPECT_EQ(reply.doneCalls, 1U);
+        EXPECT_THAT(reply.instances, IsEmpty());
+        EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstances - provider=%p", provider),
+                                           "Debug SensorProvider::enumInstances - Reference object path: class = "
+                                           "TQS_SystemEventLog, namespace = root/cimv2\n",
+                                           "Debug SensorProvider::GetSystemEventLog",
+                                           "Error SensorProvider::GetSystemEventLog - failed to get log information, "
+                                           "sscode=0x0000dead",
+                                           "Error SensorProvider::enumerateInstances -  Unknown Exception",
+                                           "Debug SensorProvider::enumerateInstances - No instances found"));
+        EXPECT_THAT(propertyOf(loaded.provider.enumerateInstances(classPath(LOG_CLASS)), "LogLines"),
+                    ElementsAre("{one}"));
+    });
+}
+
+}  // namespace

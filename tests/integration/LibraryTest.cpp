@@ -1,0 +1,95 @@
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "Provider.h"
+
+namespace {
+
+using testing::AnyOf;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+Strings outputLines(const std::string& command) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    Strings lines;
+    char line[512];
+    while (std::fgets(line, sizeof line, pipe.get()) != nullptr) {
+        lines.emplace_back(line);
+        lines.back().pop_back();
+    }
+    return lines;
+}
+
+Strings dynamicEntries(const std::string& tag) {
+    return outputLines("LC_ALL=C readelf -dW " PROVIDER_LIBRARY " | sed -n 's/.*(" + tag + ").*\\[\\(.*\\)\\]/\\1/p'");
+}
+
+// Those of this function's own reading of the folder included.
+std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+class LibraryTest : public ProviderTest {};
+
+TEST_F(LibraryTest, LoadingAndUnloadingAnnounceThemselves) {
+    inFreshProcess([] {
+        OutputCapture output(STDOUT_FILENO);
+        OutputCapture error(STDERR_FILENO);
+        {
+            const broker::ProviderLibrary library(PROVIDER_LIBRARY);
+            EXPECT_EQ(error.take(), "CONSTRUCTOR\n");
+        }
+        EXPECT_EQ(error.take(), "DESTRUCTOR\n");
+        EXPECT_EQ(output.take(), "");
+    });
+}
+
+TEST_F(LibraryTest, UnloadedLibraryLeavesNothingBehind) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        const std::size_t descriptors = openDescriptors();
+        {
+            LoadedProvider loaded;
+            EXPECT_EQ(loaded.provider.enumerateInstances(classPath(SENSOR_CLASS)).status.rc, CMPI_RC_OK);
+            EXPECT_NE(openDescriptors(), descriptors);  // the log is open
+        }
+        EXPECT_EQ(dlopen(PROVIDER_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+        EXPECT_EQ(openDescriptors(), descriptors);
+    });
+}
+
+TEST_F(LibraryTest, LoadedAgainItStartsAnew) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        { const LoadedProvider loaded; }
+        takeLog();
+        sandbox::writeLogConfiguration("Level=2\n");
+        OutputCapture output(STDOUT_FILENO);
+        LoadedProvider loaded;
+        EXPECT_EQ(output.take().substr(0, 15), "Logger created\n");
+        EXPECT_EQ(loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS)).paths.size(), 1U);
+        EXPECT_THAT(takeLog(), ElementsAre(StartsWith("Info Quorvel POS Sensor Drivers"),
+                                           "Info SensorProvider created and initialised"));
+    });
+}
+
+TEST_F(LibraryTest, ExportsTheFactoryAlone) {
+    EXPECT_THAT(outputLines("nm -D --defined-only " PROVIDER_LIBRARY " | cut -d' ' -f3"),
+                ElementsAre("SensorProvider_Create_InstanceMI"));
+}
+
+TEST_F(LibraryTest, HasItsSonameAndNeedsOnlyTheChipLibraryAndTheSystem) {
+    EXPECT_THAT(dynamicEntries("SONAME"), ElementsAre("libzelsensors.so.0"));
+    const Strings needed = dynamicEntries("NEEDED");
+    EXPECT_THAT(needed, Contains("libzelchip.so.0"));
+    EXPECT_THAT(needed, Each(AnyOf("libzelchip.so.0", "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "libc.so.6",
+                                   "ld-linux-x86-64.so.2", StartsWith("libasan.so"), StartsWith("libubsan.so"))));
+}
+
+}  // namespace
