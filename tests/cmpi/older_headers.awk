@@ -69,7 +69,8 @@ function asMacro(text, head, name, list, body, i, count, parts) {
 
 BEGIN {
     oldForm["CMSetStatus"] = "#define CMSetStatus(st, code) { (st)->rc = (code); (st)->msg = NULL; }"
-    oldForm["CMSetStatusWithString"] = "#define CMSetStatusWithString(st, code, str) { (st)->rc = (code); (st)->msg = (str); }"
+    oldForm["CMSetStatusWithString"] = "#define CMSetStatusWithString(st, code, str) " \
+        "{ (st)->rc = (code); (st)->msg = (str); }"
     oldForm["CMSetStatusWithChars"] = "#define CMSetStatusWithChars(mb, st, code, chars) " \
         "{ (st)->rc = (code); (st)->msg = (mb)->eft->newString((mb), (chars), NULL); }"
     oldForm["CMIsNullObject"] = "#define CMIsNullObject(obj) ((obj) == NULL || *(void**)(obj) == NULL)"
