@@ -19,8 +19,8 @@ find_package_handle_standard_args(CMPI REQUIRED_VARS CMPI_HEADERS REASON_FAILURE
 
 if(CMPI_FOUND AND NOT TARGET CMPI::CMPI)
     add_library(CMPI::CMPI INTERFACE IMPORTED)
-    # The folder itself, since the newer of the published headers include each other without its name. As system headers,
-    # since a system's own are not ours to keep free of warnings.
+    # The folder itself, since the newer of the published headers include each other without its name. As system
+    # headers, since a system's own are not ours to keep free of warnings.
     target_include_directories(CMPI::CMPI SYSTEM INTERFACE ${CMPI_HEADERS}/cmpi)
     target_compile_definitions(CMPI::CMPI INTERFACE CMPI_PLATFORM_LINUX_GENERIC_GNU)
 endif()

@@ -14,7 +14,8 @@ function(write_layout_figures level output)
     string(REGEX REPLACE "const\t(${word})\t-\t-\t-\t(${n})\t(${held})\n" "CONST(\\1, \\2)\n" table "${table}")
     string(REGEX REPLACE "member\t(${word})\t(${word})\t(${n})\t(${n})\t-\t(${held})\n" "MEMBER(\\1, \\2, \\3, \\4)\n"
         table "${table}")
-    string(REGEX REPLACE "sizeof\t(${word})\t${level}\t-\t(${n})\t(${n})\t-\n" "SIZEOF(\\1, \\2, \\3)\n" table "${table}")
+    string(REGEX REPLACE "sizeof\t(${word})\t${level}\t-\t(${n})\t(${n})\t-\n" "SIZEOF(\\1, \\2, \\3)\n"
+        table "${table}")
     string(REGEX REPLACE "type\t(${word})\t-\t-\t(${n})\t([a-z]+)\t-\n" "SCALAR(\\1, \\2, \\3)\n" table "${table}")
     string(REGEX REPLACE "string\t(${word})\t-\t-\t-\t(${word})\t100\n" "STRING(\\1, \"\\2\")\n" table "${table}")
 
