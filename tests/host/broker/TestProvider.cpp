@@ -1,0 +1,125 @@
+// Providers for the broker to drive.
+//   Echo     answers each operation with what it was given; cleanup is put off unless the broker terminates
+//   Null     its factory answers null with status 0
+//   Failing  its factory answers a status with text
+#include <cmpidt.h>
+#include <cmpift.h>
+#include <cmpimacs.h>
+
+#include <string>
+
+// How often Echo was cleaned up, by the value of `terminating`.
+CMPI_EXTERN_C int echoCleanups[2];
+int echoCleanups[2];
+
+namespace {
+
+const CMPIBroker* echoBroker = nullptr;
+CMPIObjectPath* kept = nullptr;
+
+CMPIStatus answer(CMPIrc rc, const std::string& text) {
+    return {rc, echoBroker->eft->newString(echoBroker, text.c_str(), nullptr)};
+}
+
+const CMPIValue* chars(const char* text) {
+    return reinterpret_cast<const CMPIValue*>(text);
+}
+
+CMPIStatus cleanup(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean terminating) {
+    ++echoCleanups[terminating];
+    if (terminating == 0) return {CMPI_RC_DO_NOT_UNLOAD, nullptr};
+    if (kept != nullptr) kept->ft->release(kept);
+    kept = nullptr;
+    return {CMPI_RC_OK, nullptr};
+}
+
+// The given class path with a key, twice.
+CMPIStatus enumerateInstanceNames(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result,
+                                  const CMPIObjectPath* classPath) {
+    const CMPIString* className = classPath->ft->getClassName(classPath, nullptr);
+    CMPIObjectPath* path =
+        echoBroker->eft->newObjectPath(echoBroker, "root/echo", className->ft->getCharPtr(className, nullptr), nullptr);
+    path->ft->addKey(path, "Id", chars("1"), CMPI_chars);
+    result->ft->returnObjectPath(result, path);
+    path->ft->addKey(path, "Id", chars("2"), CMPI_chars);
+    result->ft->returnObjectPath(result, path);
+    return result->ft->returnDone(result);
+}
+
+// An instance with the context's namespace, and either a property for each that was asked for or the property All.
+CMPIStatus enumerateInstances(CMPIInstanceMI*, const CMPIContext* context, const CMPIResult* result,
+                              const CMPIObjectPath* classPath, const char** properties) {
+    CMPIInstance* instance = echoBroker->eft->newInstance(echoBroker, classPath, nullptr);
+    const CMPIData nameSpace = context->ft->getEntry(context, CMPIInitNameSpace, nullptr);
+    instance->ft->setProperty(instance, "NameSpace", &nameSpace.value, nameSpace.type);
+    if (properties == nullptr) instance->ft->setProperty(instance, "All", nullptr, CMPI_string);
+    for (; properties != nullptr && *properties != nullptr; ++properties) {
+        instance->ft->setProperty(instance, *properties, nullptr, CMPI_string);
+    }
+    result->ft->returnInstance(result, instance);
+    return result->ft->returnDone(result);
+}
+
+CMPIStatus getInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath* path,
+                       const char** properties) {
+    const CMPIData key = path->ft->getKey(path, "Id", nullptr);
+    return answer(CMPI_RC_ERR_NOT_FOUND, std::string("no ") +
+                                             key.value.string->ft->getCharPtr(key.value.string, nullptr) +
+                                             (properties == nullptr ? "" : properties[0]));
+}
+
+CMPIStatus createInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result, const CMPIObjectPath* path,
+                          const CMPIInstance* instance) {
+    result->ft->returnObjectPath(result, path);
+    result->ft->returnInstance(result, instance);
+    return result->ft->returnDone(result);
+}
+
+CMPIStatus modifyInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result, const CMPIObjectPath* path,
+                          const CMPIInstance* instance, const char** properties) {
+    result->ft->returnObjectPath(result, path);
+    result->ft->returnInstance(result, instance);
+    return answer(CMPI_RC_OK, properties == nullptr ? "all" : properties[0]);
+}
+
+// Keeps a clone of the path until cleanup.
+CMPIStatus deleteInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath* path) {
+    kept = path->ft->clone(path, nullptr);
+    return {CMPI_RC_OK, nullptr};
+}
+
+CMPIStatus execQuery(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char* query,
+                     const char* language) {
+    return answer(CMPI_RC_ERR_INVALID_QUERY, std::string(language) + ": " + query);
+}
+
+CMPIInstanceMIFT echoFunctions = {100,
+                                  100,
+                                  "Echo",
+                                  cleanup,
+                                  enumerateInstanceNames,
+                                  enumerateInstances,
+                                  getInstance,
+                                  createInstance,
+                                  modifyInstance,
+                                  deleteInstance,
+                                  execQuery};
+CMPIInstanceMI echo = {nullptr, &echoFunctions};
+
+}  // namespace
+
+CMPI_EXTERN_C CMPIInstanceMI* Echo_Create_InstanceMI(const CMPIBroker* mb, const CMPIContext* context, CMPIStatus* rc) {
+    echoBroker = mb;
+    echoCleanups[0] = echoCleanups[1] = 0;
+    context->ft->getEntry(context, CMPIInitNameSpace, rc);
+    return &echo;
+}
+
+CMPI_EXTERN_C CMPIInstanceMI* Null_Create_InstanceMI(const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+    return nullptr;
+}
+
+CMPI_EXTERN_C CMPIInstanceMI* Failing_Create_InstanceMI(const CMPIBroker* mb, const CMPIContext*, CMPIStatus* rc) {
+    *rc = {CMPI_RC_ERR_ACCESS_DENIED, mb->eft->newString(mb, "out of order", nullptr)};
+    return &echo;
+}
