@@ -9,6 +9,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "FileLogHandler.h"
 #include "LogRecord.h"
@@ -22,7 +23,8 @@ constexpr std::size_t textSize = 4096;  // of a formatted text, with its end mar
 std::atomic<LogHandler*> s_logHandler{nullptr};
 std::mutex s_creation;
 
-LogHandler& createLogHandler() {
+// Apart from the calls' own code, as is all that a filtered message does not need: that leaves those calls short.
+[[gnu::noinline]] LogHandler& createLogHandler() {
     const std::lock_guard<std::mutex> lock(s_creation);
     LogHandler* handler = s_logHandler.load(std::memory_order_relaxed);
     if (handler == nullptr) {
@@ -56,14 +58,28 @@ class SinkOwner {
 
 const SinkOwner s_sinkOwner;
 
-void hand(LogHandler& handler, LOG_LEVEL level, std::string& text) {
+using Buffer = std::unique_ptr<char[]>;
+
+void hand(LogHandler& handler, LOG_LEVEL level, std::string text) {
     LogRecord record(level, text);
     handler.Log(record);
 }
 
+[[gnu::noinline]] void hand(LogHandler& handler, LOG_LEVEL level, const char* text) {
+    hand(handler, level, std::string(text));
+}
+
+// Null, for a text that could not be made, is dropped.
+[[gnu::noinline]] void hand(LogHandler& handler, LOG_LEVEL level, Buffer buffer) {
+    if (buffer == nullptr) return;
+    std::string text(buffer.get());
+    buffer.reset();
+    hand(handler, level, std::move(text));
+}
+
 // Zero-filled, so that what formatting leaves there is terminated in any case. Null when there is no memory.
 template <class Character>
-std::unique_ptr<Character[]> takeBuffer() {
+std::unique_ptr<Character[]> takeBuffer() noexcept {
     return std::unique_ptr<Character[]>(new (std::nothrow) Character[textSize]());
 }
 
@@ -81,44 +97,46 @@ bool narrow(const wchar_t* wide, char* buffer) {
     return true;
 }
 
+[[gnu::format(printf, 1, 0)]] Buffer formatted(const char* format, va_list arguments) noexcept {
+    Buffer buffer = takeBuffer<char>();
+    if (buffer != nullptr) std::vsnprintf(buffer.get(), textSize, format, arguments);
+    return buffer;
+}
+
+Buffer formatted(const wchar_t* format, va_list arguments) noexcept {
+    const std::unique_ptr<wchar_t[]> wide = takeBuffer<wchar_t>();
+    Buffer buffer = takeBuffer<char>();
+    if (wide == nullptr || buffer == nullptr) return nullptr;
+    if (std::vswprintf(wide.get(), textSize, format, arguments) < 0 && !isFull(wide.get())) return nullptr;
+    wide[textSize - 1] = L'\0';
+    if (!narrow(wide.get(), buffer.get())) return nullptr;
+    return buffer;
+}
+
 }  // namespace
 
 void Log(LOG_LEVEL level, const char* format, ...) {
     LogHandler& handler = logHandler();
     if (level > handler.GetLevel() || format == nullptr) return;
-    std::unique_ptr<char[]> buffer = takeBuffer<char>();
-    if (buffer == nullptr) return;
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(buffer.get(), textSize, format, arguments);
+    Buffer text = formatted(format, arguments);
     va_end(arguments);
-    std::string text(buffer.get());
-    buffer.reset();
-    hand(handler, level, text);
+    hand(handler, level, std::move(text));
 }
 
 void WLog(LOG_LEVEL level, const wchar_t* format, ...) {
     LogHandler& handler = logHandler();
     if (level > handler.GetLevel() || format == nullptr) return;
-    std::unique_ptr<wchar_t[]> wide = takeBuffer<wchar_t>();
-    std::unique_ptr<char[]> buffer = takeBuffer<char>();
-    if (wide == nullptr || buffer == nullptr) return;
     va_list arguments;
     va_start(arguments, format);
-    const int formatted = std::vswprintf(wide.get(), textSize, format, arguments);
+    Buffer text = formatted(format, arguments);
     va_end(arguments);
-    if (formatted < 0 && !isFull(wide.get())) return;
-    wide[textSize - 1] = L'\0';
-    if (!narrow(wide.get(), buffer.get())) return;
-    std::string text(buffer.get());
-    wide.reset();
-    buffer.reset();
-    hand(handler, level, text);
+    hand(handler, level, std::move(text));
 }
 
 void LogQuick(LOG_LEVEL level, const char* message) {
     LogHandler& handler = logHandler();
     if (level > handler.GetLevel() || message == nullptr) return;
-    std::string text(message);
-    hand(handler, level, text);
+    hand(handler, level, message);
 }
