@@ -93,6 +93,7 @@ std::string joined(const std::vector<std::string_view>& words) {
 template <class Words>
 std::string wordList(const Words& words) {
     std::vector<std::string_view> list;
+    list.reserve(std::size(words));
     for (const Word& word : words) list.push_back(word.word);
     return joined(list);
 }
