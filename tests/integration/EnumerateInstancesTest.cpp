@@ -67,7 +67,7 @@ TEST_F(EnumerateInstancesTest, SensorHasItsTwentySixPropertiesInOrder) {
                          "addKey Name chars:CPU(0000001a)", "newInstance"};
         for (std::string property : everyProperty)
             calls.push_back("setProperty " + property.replace(property.find('='), 1, " "));
-        calls.insert(calls.end(), {"returnInstance", "returnDone"});
+        calls.insert(calls.end(), {"returnInstance instance:CPU(0000001a)", "returnDone"});
         EXPECT_EQ(describe(loaded.broker.recordedCalls()), calls);
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
         EXPECT_EQ(loaded.broker.liveClones(), 0U);
@@ -206,7 +206,7 @@ TEST_F(EnumerateInstancesTest, EventLogHasItsTwelvePropertiesInOrder) {
                         "setProperty Name chars:Quorvel POS System Event Log",
                         "setProperty SystemCreationClassName chars:Computer System",
                         "setProperty SystemName chars:Quorvel POS Sensor Drivers and System Event Log",
-                        "returnInstance", "returnDone"));
+                        "returnInstance instance:Quorvel POS System Event Log", "returnDone"));
         EXPECT_EQ(reply.instances[0].properties.size(), 12U);
         EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstances - provider=%p", provider),
                                            "Debug SensorProvider::enumInstances - Reference object path: class = "

@@ -59,7 +59,8 @@ TEST_F(GetInstanceTest, GivesTheSensorOfThatNameAsAnEnumerationDoes) {
             Strings(calls.begin(), calls.begin() + 9),
             ElementsAre("getNameSpace", "getClassName", "getKey Name", "getCharPtr", "getKey Name", "getCharPtr",
                         "newObjectPath TQS_NumericSensor", "addKey Name chars:Fan(00000002)", "newInstance"));
-        EXPECT_THAT(Strings(calls.end() - 2, calls.end()), ElementsAre("returnInstance", "returnDone"));
+        EXPECT_THAT(Strings(calls.end() - 2, calls.end()),
+                    ElementsAre("returnInstance instance:Fan(00000002)", "returnDone"));
         EXPECT_THAT(takeLog(),
                     ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), nameLine("Fan(00000002)"),
                                 nameLine("Fan(00000002)"), "Debug SensorProvider::UpdateReading (Sensor)",

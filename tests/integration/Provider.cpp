@@ -60,6 +60,8 @@ std::string contentOf(const broker::Value& value) {
         return "{" + all + "}";
     }
     if (value.isText()) return value.text;
+    if (value.path != nullptr) return namesOf({*value.path}).front();
+    if (value.instance != nullptr) return namesOf({value.instance->path}).front();
     return value.isSigned() ? std::to_string(value.signedNumber) : std::to_string(value.unsignedNumber);
 }
 

@@ -38,7 +38,7 @@ broker::ObjectPath classPath(const std::string& className, const std::string& na
 broker::ObjectPath namedPath(const std::string& className, const broker::Value& name);
 broker::ObjectPath namedPath(const std::string& className, const std::string& name);
 
-// "sint32:5", "chars:text", "boolean:1", "chars[]:{a,b}"
+// "sint32:5", "chars:text", "boolean:1", "chars[]:{a,b}"; a path or an instance by its name: "ref:CPU(00000001)"
 std::string describe(const broker::Value& value);
 // "Accuracy=sint32:1"
 Strings describe(const std::vector<broker::NamedValue>& values);
