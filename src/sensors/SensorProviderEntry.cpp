@@ -147,7 +147,7 @@ CMPIInstanceMI drvInstanceMI = {nullptr, &drvInstanceMIFT};
 
 void announce(const CMPIBroker* broker) {
     const void* address = broker;
-    const int version = static_cast<int>(broker->eft->ftVersion);
+    const int version = broker->eft->ftVersion;
     quietly([] {
         Log(LOG_INFO, "Quorvel POS Sensor Drivers for Linux %s, %s", "TARNL Version 3.10.15",
             "Built Tue Sep  5 22:35:48 2023");
