@@ -83,6 +83,31 @@ TEST_F(GetInstanceTest, NameAsCharactersWorksLikeAString) {
     });
 }
 
+TEST_F(GetInstanceTest, WorksWithEveryHabitOfBrokers) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}) + "[event-log]\nlines = [\"one\", \"\"]\n");
+        broker::BrokerOptions strict;
+        strict.strictElementTypes = true;
+        strict.refusesNullElements = true;
+        broker::BrokerOptions plain;
+        plain.charsStayChars = true;
+        plain.integerKeysAsSint64 = true;
+        for (const broker::BrokerOptions& options : {strict, plain}) {
+            LoadedProvider loaded(options);
+            // Paths go back to the provider as it gave them.
+            for (const char* className : {SENSOR_CLASS, LOG_CLASS}) {
+                const broker::Reply names = loaded.provider.enumerateInstanceNames(classPath(className));
+                ASSERT_EQ(names.paths.size(), 1U);
+                const broker::Reply reply = loaded.provider.getInstance(names.paths[0]);
+                EXPECT_EQ(reply.status.rc, CMPI_RC_OK);
+                EXPECT_EQ(reply.instances.size(), 1U);
+                EXPECT_THAT(propertyOf(reply, "LogLines"),
+                            ElementsAre(std::string(className) == LOG_CLASS ? "{one,}" : "absent"));
+            }
+        }
+    });
+}
+
 TEST_F(GetInstanceTest, SecondRequestWithinTheIntervalReadsNothing) {
     inFreshProcess([] {
         LoadedProvider loaded;

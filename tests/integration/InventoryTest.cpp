@@ -11,6 +11,7 @@ using testing::Not;
 
 class InventoryTest : public ProviderTest {
   protected:
+    // No failed call is made again: the faults hit one call each.
     // The log of a start that fails, from the building of the inventory on. The terminal would have drive sensors.
     static Strings failedStart(const std::string& scenario) {
         sandbox::writeSensorConfiguration("NvmeReadings=1\n");
@@ -76,7 +77,7 @@ TEST_F(InventoryTest, WithoutHandlesTheAdditionalSensorsAreStillSetUp) {
 
 TEST_F(InventoryTest, FailedEnumerationOfHandlesEndsTheStart) {
     inFreshProcess([] {
-        EXPECT_THAT(failedStart(chipSensor(1, "CPU", {0}) + chipFault("enumerate", "status = 0xa1")),
+        EXPECT_THAT(failedStart(chipSensor(1, "CPU", {0}) + chipFault("enumerate", "calls = 1\nstatus = 0xa1")),
                     ElementsAre("Debug SensorProvider::InitSensorProvider",
                                 "Error SensorProvider::InitSensorProvider - EnumerateSensorHandles failed, "
                                 "sscode=0x000000a1",
@@ -87,7 +88,7 @@ TEST_F(InventoryTest, FailedEnumerationOfHandlesEndsTheStart) {
 TEST_F(InventoryTest, FailedSensorInformationEndsTheStart) {
     inFreshProcess([] {
         EXPECT_THAT(failedStart(chipSensor(1, "A", {0}) + chipSensor(2, "B", {0}) +
-                                chipFault("information", "handle = 1\nstatus = 0x80000001") +
+                                chipFault("information", "handle = 1\ncalls = 1\nstatus = 0x80000001") +
                                 chipFault("information", "handle = 2\nstatus = 2")),
                     ElementsAre("Debug SensorProvider::InitSensorProvider",
                                 "Error SensorProvider::initSensorProvider - GetSensorInformation failed, "
@@ -99,7 +100,7 @@ TEST_F(InventoryTest, FailedSensorInformationEndsTheStart) {
 TEST_F(InventoryTest, FailedFirstReadingOfTheThirdSensorEndsTheStart) {
     inFreshProcess([] {
         EXPECT_THAT(failedStart(chipSensor(1, "A", {0}) + chipSensor(2, "B", {0}) + chipSensor(3, "C", {0}) +
-                                chipSensor(4, "D", {0}) + chipFault("read", "handle = 3\nstatus = 0x33") +
+                                chipSensor(4, "D", {0}) + chipFault("read", "handle = 3\ncalls = 1\nstatus = 0x33") +
                                 chipFault("information", "handle = 4\nstatus = 0x44")),
                     ElementsAre("Debug SensorProvider::InitSensorProvider",
                                 "Error SensorProvider::initSensorProvider - ReadSensor failed, sscode=0x00000033",

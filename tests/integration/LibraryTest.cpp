@@ -79,6 +79,16 @@ TEST_F(LibraryTest, LoadedAgainItStartsAnew) {
     });
 }
 
+TEST_F(LibraryTest, HostMayExitWithoutCleaningUp) {
+    const ProcessOutcome outcome = inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        static const auto* loaded = new LoadedProvider;
+        EXPECT_NE(loaded->provider.mi()->hdl, nullptr);
+    });
+    EXPECT_THAT(outcome.standardError, testing::EndsWith("\nDESTRUCTOR\n"));
+    EXPECT_THAT(outcome.standardError, testing::Not(testing::HasSubstr("drvInstanceCleanup")));
+}
+
 TEST_F(LibraryTest, ExportsTheFactoryAlone) {
     EXPECT_THAT(outputLines("nm -D --defined-only " PROVIDER_LIBRARY " | cut -d' ' -f3"),
                 ElementsAre("SensorProvider_Create_InstanceMI"));

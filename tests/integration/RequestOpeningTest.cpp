@@ -7,7 +7,8 @@ using testing::ElementsAre;
 
 struct RequestKind {
     const char* entry;
-    const char* opening;  // a format: class, then namespace
+    const char* opening;       // a format: class, then namespace
+    const char* raisedStatus;  // the beginning
     const char* unknownException;
     const char* noneFound;
     broker::Reply (*send)(broker::InstanceProvider& provider, const broker::ObjectPath& path);
@@ -17,6 +18,7 @@ struct RequestKind {
 const RequestKind kinds[] = {
     {"drvEnumInstanceNames",
      "Debug SensorProvider::enumInstanceNames - Reference object path: class = %s, namespace = %s\n",
+     "Error SensorProvider::enumerateInstanceNames - CMPIStatus ",
      "Error SensorProvider::enumerateInstanceNames -  Unknown Exception",
      "Debug SensorProvider::enumerateInstanceNames - No instances found",
      [](broker::InstanceProvider& provider, const broker::ObjectPath& path) {
@@ -26,6 +28,7 @@ const RequestKind kinds[] = {
          return mi->ft->enumerateInstanceNames(mi, request.context(), request.result(), path);
      }},
     {"drvEnumInstances", "Debug SensorProvider::enumInstances - Reference object path: class = %s, namespace = %s\n",
+     "Error SensorProvider::enumerateInstances - CMPIStatus ",
      "Error SensorProvider::enumerateInstances -  Unknown Exception",
      "Debug SensorProvider::enumerateInstances - No instances found",
      [](broker::InstanceProvider& provider, const broker::ObjectPath& path) {
@@ -35,7 +38,8 @@ const RequestKind kinds[] = {
          return mi->ft->enumerateInstances(mi, request.context(), request.result(), path, nullptr);
      }},
     {"drvGetInstance", "Debug SensorProvider::getInstance - Object path: class = %s, namespace = %s",
-     "Error SensorProvider::getInstance -  Unknown Exception", "Debug SensorProvider::getInstance - No instance found",
+     "Error SensorProvider::getInstance - CMPIStatus ", "Error SensorProvider::getInstance -  Unknown Exception",
+     "Debug SensorProvider::getInstance - No instance found",
      [](broker::InstanceProvider& provider, const broker::ObjectPath& path) { return provider.getInstance(path); },
      [](CMPIInstanceMI* mi, const broker::Request& request, const CMPIObjectPath* path) {
          return mi->ft->getInstance(mi, request.context(), request.result(), path, nullptr);
@@ -130,6 +134,38 @@ TEST_F(RequestOpeningTest, MissingNamespaceOrClassTextIsAFailure) {
                     EXPECT_THAT(takeLog(), ElementsAre(format("Debug %s - provider=%p", kind.entry, provider),
                                                        kind.unknownException, kind.noneFound));
                 }
+            }
+        }
+    });
+}
+
+CMPIString* raisedMessage = nullptr;
+
+CMPIString* raiseStatusObject(const CMPIObjectPath*, CMPIStatus*) {
+    throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, raisedMessage};
+}
+
+TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedIsLoggedWithCodeAndText) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        LoadedProvider loaded;
+        for (const RequestKind& kind : kinds) {
+            for (const bool hasText : {true, false}) {
+                takeLog();
+                broker::Request request(loaded.broker);
+                raisedMessage = hasText ? CMNewString(loaded.broker.handle(), "keep out", nullptr) : nullptr;
+                CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
+                CMPIObjectPathFT table = *path->ft;
+                table.getClassName = raiseStatusObject;
+                path->ft = &table;
+                const CMPIStatus status = kind.call(loaded.provider.mi(), request, path);
+                EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
+                EXPECT_EQ(request.reply().doneCalls, 1U);
+                const Strings log = takeLog();
+                ASSERT_GE(log.size(), 2U);
+                EXPECT_THAT(
+                    Strings(log.end() - 2, log.end()),
+                    ElementsAre(std::string(kind.raisedStatus) + (hasText ? "2, keep out" : "2, "), kind.noneFound));
             }
         }
     });
