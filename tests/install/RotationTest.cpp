@@ -1,0 +1,222 @@
+// logrotate, with the rule that is delivered, on the log of a provider that never stops writing.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Broker.h"
+#include "ProviderLibrary.h"
+#include "Sandbox.h"
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr off_t MEGABYTE = 1024 * 1024;
+constexpr off_t LIMIT = 10 * MEGABYTE;  // the provider's default MaxLength
+constexpr off_t ROTATED_SIZE = 4 * MEGABYTE;
+constexpr off_t FULL_SPEED_SIZE = 7 * MEGABYTE;
+const std::string LOG_FILE = "/var/log/tarn/tarn.log";
+const std::string RULE = "/var/log/rotation-rule";  // logrotate wants its rule's owner and mode to be right
+const std::string STATE = "/var/log/rotation-state";
+
+off_t sizeOf(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_size : 0;
+}
+
+bool waitUntil(const std::function<bool()>& condition) {
+    for (int i = 0; i < 60000; ++i) {
+        if (condition()) return true;
+        std::this_thread::sleep_for(1ms);
+    }
+    return false;
+}
+
+// Each request logs its name. At full speed while the file is small, then slowly, so that it reaches the provider's
+// limit on no machine before the rotation is through.
+void sendRequests(int stopPipe, int countPipe) {
+    if (std::freopen("/dev/null", "w", stdout) == nullptr || std::freopen("/dev/null", "w", stderr) == nullptr) return;
+    broker::Broker broker;
+    const broker::ProviderLibrary library(PROVIDER_LIBRARY);
+    broker::InstanceProvider provider(library, "SensorProvider", broker);
+    broker::ObjectPath path;
+    path.nameSpace = "root/cimv2";
+    path.className = "TQS_SystemEventLog";
+    path.keys = {{"Name", {}}};
+    unsigned requests = 0;
+    char byte = 0;
+    while (read(stopPipe, &byte, 1) < 0 && errno == EAGAIN) {
+        path.keys[0].value = broker::Value::ofText("request " + std::to_string(requests++));
+        provider.getInstance(path);
+        if (sizeOf(LOG_FILE) > FULL_SPEED_SIZE) std::this_thread::sleep_for(20ms);
+    }
+    if (write(countPipe, &requests, sizeof requests) != sizeof requests) std::abort();
+}
+
+// The provider at work in a process of its own.
+class WorkingProvider {
+  public:
+    WorkingProvider() {
+        if (pipe(m_stop) != 0 || pipe(m_count) != 0) throw std::runtime_error("no pipe");
+        fcntl(m_stop[0], F_SETFL, O_NONBLOCK);
+        m_process = fork();
+        if (m_process == 0) {
+            close(m_stop[1]);
+            sendRequests(m_stop[0], m_count[1]);
+            _exit(0);
+        }
+        close(m_stop[0]);
+        close(m_count[1]);
+    }
+
+    ~WorkingProvider() {
+        if (m_stop[1] >= 0) stop();
+        close(m_count[0]);
+    }
+
+    WorkingProvider(const WorkingProvider&) = delete;
+    WorkingProvider& operator=(const WorkingProvider&) = delete;
+
+    // Gives how many requests it has sent; 0 when it did not get to the end.
+    unsigned stop() {
+        close(m_stop[1]);
+        m_stop[1] = -1;
+        unsigned requests = 0;
+        if (read(m_count[0], &requests, sizeof requests) != sizeof requests) requests = 0;
+        waitpid(m_process, nullptr, 0);
+        return requests;
+    }
+
+  private:
+    int m_stop[2] = {-1, -1};
+    int m_count[2] = {-1, -1};
+    pid_t m_process = -1;
+};
+
+std::string outputOf(const std::string& command, int& status) {
+    std::string output;
+    std::FILE* stream = popen((command + " 2>&1").c_str(), "r");
+    if (stream == nullptr) throw std::runtime_error("cannot run " + command);
+    char buffer[65536];
+    for (std::size_t n = 0; (n = std::fread(buffer, 1, sizeof buffer, stream)) > 0;) output.append(buffer, n);
+    status = pclose(stream);
+    return output;
+}
+
+bool isInstalled(const std::string& program) {
+    int status = 0;
+    outputOf("PATH=$PATH:/usr/sbin:/sbin command -v " + program, status);
+    return status == 0;
+}
+
+void installRule() {
+    std::ofstream(RULE) << std::ifstream(ROTATION_RULE).rdbuf();
+    fs::permissions(RULE, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    fs::remove(STATE);
+}
+
+void rotate() {
+    int status = 0;
+    const std::string output = outputOf("PATH=$PATH:/usr/sbin:/sbin logrotate -s " + STATE + " " + RULE, status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(output, "");
+}
+
+// The numbers of the requests, in their order.
+std::vector<unsigned> requestsIn(const std::string& contents) {
+    static const std::string mark = "instance name = 'request ";
+    std::vector<unsigned> numbers;
+    for (std::size_t at = 0; (at = contents.find(mark, at)) != std::string::npos;) {
+        at += mark.size();
+        numbers.push_back(static_cast<unsigned>(std::stoul(contents.substr(at, contents.find('\'', at) - at))));
+    }
+    return numbers;
+}
+
+unsigned occurrences(const std::string& contents, const std::string& text) {
+    unsigned count = 0;
+    for (std::size_t at = 0; (at = contents.find(text, at)) != std::string::npos; at += text.size()) ++count;
+    return count;
+}
+
+// File after file, oldest first.
+std::string wholeLog(int rotations) {
+    std::string whole;
+    int status = 0;
+    for (int i = rotations; i > 1; --i) {
+        whole += outputOf("zcat " + LOG_FILE + "." + std::to_string(i) + ".gz", status);
+        EXPECT_EQ(status, 0) << i;
+    }
+    std::ostringstream newest;
+    newest << std::ifstream(LOG_FILE + ".1").rdbuf() << std::ifstream(LOG_FILE).rdbuf();
+    return whole + newest.str();
+}
+
+class RotationTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        REQUIRE_SANDBOX();
+        if (!isInstalled("logrotate")) GTEST_SKIP() << "logrotate is not installed";
+        sandbox::writeLogConfiguration("Level=3\n");
+        installRule();
+    }
+};
+
+TEST_F(RotationTest, LosesNoLineOfAProviderAtWorkAndNeverStopsIt) {
+    constexpr int rotations = 3;
+    WorkingProvider provider;
+    for (int i = 0; i < rotations; ++i) {
+        ASSERT_TRUE(waitUntil([] { return sizeOf(LOG_FILE) > ROTATED_SIZE; })) << "after rotation " << i;
+        rotate();
+    }
+    ASSERT_TRUE(waitUntil([] { return sizeOf(LOG_FILE) > 0; }));
+    const unsigned requests = provider.stop();
+
+    const std::string log = wholeLog(rotations);
+    EXPECT_GT(log.size(), static_cast<std::size_t>(LIMIT)) << "too little to have reached the limit without rotation";
+    const std::vector<unsigned> found = requestsIn(log);
+    ASSERT_EQ(found.size(), requests);
+    for (unsigned i = 0; i < requests; ++i) ASSERT_EQ(found[i], i);
+    for (const char* otherLine : {"drvGetInstance - provider=", "Object path: class = ", "No instance found"})
+        EXPECT_EQ(occurrences(log, otherLine), requests) << otherLine;
+}
+
+TEST_F(RotationTest, LeavesASmallLogAlone) {
+    std::ofstream(LOG_FILE) << "a line\n";
+    rotate();
+    EXPECT_EQ(sandbox::readLog(), "a line\n");
+    EXPECT_FALSE(fs::exists(LOG_FILE + ".1"));
+}
+
+TEST_F(RotationTest, IsContentWithoutALog) {
+    rotate();
+    EXPECT_TRUE(fs::is_empty("/var/log/tarn"));
+}
+
+// Where the copy cannot be made, the log is not deleted: the next run tries again.
+TEST_F(RotationTest, KeepsTheLogWhenItCannotBeCopied) {
+    std::ofstream(LOG_FILE) << std::string(2 * MEGABYTE, 'x');
+    fs::create_directories(LOG_FILE + ".1/occupied");
+    int status = 0;
+    outputOf("PATH=$PATH:/usr/sbin:/sbin logrotate -s " + STATE + " " + RULE, status);
+    EXPECT_EQ(sizeOf(LOG_FILE), 2 * MEGABYTE);
+}
+
+}  // namespace

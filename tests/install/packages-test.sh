@@ -1,0 +1,170 @@
+#!/bin/sh
+# Makes the Debian packages, checks them with lintian, installs them into a scratch root, uses what they installed there,
+# and looks at what their removal leaves behind.
+#
+# usage: packages-test.sh SOURCE-FOLDER WORK-FOLDER CMAKE
+set -eu
+source=$1
+work=$2
+cmake=$3
+PATH=$PATH:/usr/sbin:/sbin
+
+skip() {
+    echo "SKIPPED: $*"
+    exit 77
+}
+
+fail() {
+    echo "FAILED: $*"
+    exit 1
+}
+
+step() { echo "==> $*"; }
+
+for tool in chroot cpack dpkg dpkg-deb dpkg-shlibdeps file lintian ninja readelf unshare; do
+    command -v "$tool" >/dev/null || skip "$tool is not installed"
+done
+# What is mounted into the scratch root goes with the namespace; without root, a user namespace brings it.
+if [ -z "${PACKAGES_TEST_NAMESPACE:-}" ]; then
+    set -- --mount sh "$0" "$@"
+    [ "$(id -u)" = 0 ] || set -- --map-root-user "$@"
+    unshare --mount true 2>/dev/null || unshare --map-root-user --mount true 2>/dev/null ||
+        skip "the system gives no private mount namespace"
+    PACKAGES_TEST_NAMESPACE=yes exec unshare "$@"
+fi
+
+mkdir -p "$work"
+root=$work/root
+rm -rf "$root" "$work/packages" "$work/install"
+mkdir -p "$root" "$work/packages"
+
+step "Building"
+if command -v ccache >/dev/null; then export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
+"$cmake" -S "$source" --preset package -B "$work/build" >"$work/configure.log" 2>&1 ||
+    { cat "$work/configure.log"; fail "the preset does not configure"; }
+"$cmake" --build "$work/build" >"$work/build.log" 2>&1 || { cat "$work/build.log"; fail "the preset does not build"; }
+
+step "Packing"
+(cd "$work/packages" && cpack --config "$work/build/CPackConfig.cmake" -B "$work/packages") >"$work/cpack.log" 2>&1 ||
+    { cat "$work/cpack.log"; fail "cpack failed"; }
+provider=$(ls "$work"/packages/zelsensors_*.deb)
+simulator=$(ls "$work"/packages/zelsensors-simulator_*.deb)
+host=$(ls "$work"/packages/zelhost_*.deb)
+
+step "lintian"
+lintian --allow-root --display-info --show-overrides --fail-on error,warning,info "$provider" "$simulator" "$host" ||
+    fail "lintian has found something"
+
+step "What the packages hold"
+dpkg-deb -c "$provider" >"$work/provider.list"
+if grep -E 'zelchip|scenarios|zelhost' "$work/provider.list"; then fail "the provider's package ships the above"; fi
+libraries=$(sed -n 's|.* \./\(usr/lib/.*\)/libzelsensors\.so\.0$|\1|p' "$work/provider.list")
+[ -n "$libraries" ] || fail "no libzelsensors.so.0"
+dpkg-deb -f "$provider" Depends >"$work/depends"
+for library in libc6 libgcc-s1 libstdc++6; do
+    grep -qF "$library" "$work/depends" || fail "it does not depend on $library: $(cat "$work/depends")"
+done
+if grep -q 'zel' "$work/depends"; then fail "it depends on one of ours: $(cat "$work/depends")"; fi
+dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
+
+step "A scratch root"
+# Enough to run maintainer scripts and our programs: a shell and the few tools that they use, with their libraries.
+mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers" "$root/usr/bin" \
+    "$root/usr/sbin" "$root/usr/lib" "$root/usr/lib64" "$root/proc" "$root/dev" "$root/tmp" "$root/etc" "$root/var/log"
+for folder in bin sbin lib lib64; do ln -s "usr/$folder" "$root/$folder"; done
+copy_program() {
+    program=$(command -v "$1")
+    cp -L "$program" "$root/usr/bin/"
+    ldd "$program" 2>/dev/null | grep -o '/[^ ]*' | while read -r library; do
+        mkdir -p "$root${library%/*}"
+        cp -L "$library" "$root$library"
+    done
+}
+for program in sh rm rmdir cat readlink awk; do copy_program "$program"; done
+cp -L /sbin/ldconfig "$root/usr/sbin/"
+# The packages' own dependencies, as this machine has them.
+needed="libc6 libgcc-s1 libstdc++6"
+: >"$root/var/lib/dpkg/status"
+for package in $needed; do
+    dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
+    echo >>"$root/var/lib/dpkg/status"
+    dpkg-query -L "$package" >"$root/var/lib/dpkg/info/$package:$(dpkg --print-architecture).list"
+    for library in $(dpkg-query -L "$package" | grep -E '\.so[.0-9]*$'); do
+        [ -f "$library" ] || continue
+        mkdir -p "$root${library%/*}"
+        cp -L "$library" "$root$library"
+    done
+done
+mount --rbind /proc "$root/proc"
+mount --rbind /dev "$root/dev"
+inside() { PATH=/usr/sbin:/usr/bin:/sbin:/bin TZ='' LC_ALL=C chroot "$root" "$@"; }
+# What is there but the package manager's own files and what is mounted.
+contents() { find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/proc" -prune -o -path "$root/dev" -prune -o \
+    -path "$root/etc/ld.so.cache" -prune -o -path "$root/var/cache" -prune -o -print | sed "s|^$root||" | sort; }
+contents >"$work/before"
+
+step "Installing"
+dpkg --root="$root" --log=/dev/null -i "$provider" "$simulator" "$host" >"$work/install.log" 2>&1 ||
+    { cat "$work/install.log"; fail "the packages do not install"; }
+[ "$(readlink "$root/$libraries/cmpi/libzelsensors.so")" = ../libzelsensors.so.0 ] ||
+    fail "no link in the object managers' folder"
+[ -d "$root/var/log/tarn" ] || fail "no /var/log/tarn"
+[ -f "$root/etc/logrotate.d/zelsensors" ] || fail "no rule for logrotate"
+for example in log.conf sensor.conf; do
+    file=$root/usr/share/doc/zelsensors/examples/$example
+    [ -z "$(tail -c 1 "$file")" ] || fail "$example ends without a newline"
+    if grep -vE '^(FileName|Level|MaxLength|NvmeReadings)=[^ ]+$' "$file"; then fail "$example has the above"; fi
+done
+
+step "Using what is installed"
+mkdir -p "$root/etc/tarn"
+cp "$root"/usr/share/doc/zelsensors/examples/*.conf "$root/etc/tarn/"
+inside zelhost instances >"$work/instances" || fail "zelhost instances failed"
+grep -q 'CPU Temperature(00000010)' "$work/instances" || { cat "$work/instances"; fail "no CPU temperature"; }
+inside zelhost log >"$work/log" || fail "zelhost log failed"
+inside zelhost --provider "/$libraries/cmpi/libzelsensors.so" names >"$work/names" ||
+    fail "the provider does not load by its link"
+[ -s "$root/var/log/tarn/tarn.log" ] || fail "the provider has not logged"
+# The simulated chip library stays out of the loader's sight.
+status=0
+inside zelhost --chip system names >"$work/names" 2>&1 || status=$?
+[ "$status" = 3 ] || fail "the provider without a chip library: status $status instead of 3"
+status=0
+inside zelsensors-register add >"$work/register" 2>&1 || status=$?
+[ "$status" = 1 ] || fail "zelsensors-register without a manager: status $status instead of 1"
+grep -q 'no object manager found' "$work/register" || fail "zelsensors-register: $(cat "$work/register")"
+# Stand-ins for an object manager's tools, which fail where a file that they are given cannot be read.
+for tool in sfcbstage sfcbrepos; do
+    cat >"$root/usr/bin/$tool" <<'TEXT'
+#!/bin/sh
+for file; do
+    case "$file" in /*) cat "$file" >/dev/null || exit 1 ;; esac
+done
+TEXT
+    chmod +x "$root/usr/bin/$tool"
+done
+inside zelsensors-register add --qualifiers >"$work/register" 2>&1 || { cat "$work/register"; fail "it did not register"; }
+rm "$root/usr/bin/sfcbstage" "$root/usr/bin/sfcbrepos"
+
+# left_after WHAT EXPECTED...: compares what is there more than before.
+left_after() {
+    what=$1
+    shift
+    printf '%s\n' "$@" | sort >"$work/expected"
+    contents | comm -13 "$work/before" - >"$work/left"
+    diff -u "$work/expected" "$work/left" || fail "other files than expected are left after $what"
+}
+
+step "Removing"
+dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-simulator zelhost >"$work/remove.log" 2>&1 ||
+    { cat "$work/remove.log"; fail "the packages cannot be removed"; }
+left_after removal /etc/logrotate.d /etc/logrotate.d/zelsensors /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf \
+    /var/log/tarn /var/log/tarn/tarn.log
+
+step "Purging"
+: >"$root/var/log/tarn/tarn.log.1"
+: >"$root/var/log/tarn/somebodys"
+dpkg --root="$root" --log=/dev/null -P zelsensors zelsensors-simulator zelhost >"$work/purge.log" 2>&1 ||
+    { cat "$work/purge.log"; fail "the packages cannot be purged"; }
+left_after purging /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf /var/log/tarn /var/log/tarn/somebodys
+echo "The packages: all steps passed"
