@@ -1,6 +1,9 @@
-// What the chip library raises ends where it concerns the provider. This program is its own chip library: the loaded
-// provider takes the program's symbols before those of the simulated one.
+// What no scenario can show: a chip library that raises exceptions, and how the provider enters it. This program is its
+// own chip library: the loaded provider takes the program's symbols before those of the simulated one.
+#include <atomic>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "Provider.h"
 #include "chip.h"
@@ -9,7 +12,24 @@ namespace {
 
 std::string throwing;  // the operation that throws
 
+int chips = 0;
+std::atomic<int> callsInside{0};
+std::atomic<bool> hadTwoInside{false};
+
+// Stays a moment in the library, so that another caller would be met.
+class Visit {
+  public:
+    Visit() {
+        if (callsInside.fetch_add(1) != 0) hadTwoInside = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    ~Visit() { callsInside.fetch_sub(1); }
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+};
+
 void perform(const std::string& operation) {
+    const Visit visit;
     if (operation == throwing) throw std::runtime_error(operation + " raised");
     if (operation + " number" == throwing) throw 42;
 }
@@ -18,10 +38,12 @@ void perform(const std::string& operation) {
 
 CChip::CChip() : m_state(nullptr) {
     perform("constructor");
+    ++chips;
 }
 
 CChip::~CChip() {
     m_state = nullptr;
+    --chips;
 }
 
 sscode CChip::Initialise() {
@@ -71,9 +93,9 @@ using testing::ElementsAre;
 using testing::Not;
 using testing::StartsWith;
 
-class ThrowingChipTest : public ProviderTest {};
+class OwnChipTest : public ProviderTest {};
 
-TEST_F(ThrowingChipTest, ExceptionWhileStartingStaysInTheFactory) {
+TEST_F(OwnChipTest, ExceptionWhileStartingStaysInTheFactory) {
     for (const char* operation : {"constructor", "Initialise", "Initialise number", "EnumerateSensorHandles",
                                   "GetSensorInformation", "ReadSensor", "IsGrebel"}) {
         SCOPED_TRACE(operation);
@@ -94,7 +116,7 @@ TEST_F(ThrowingChipTest, ExceptionWhileStartingStaysInTheFactory) {
     }
 }
 
-TEST_F(ThrowingChipTest, ExceptionInARequestIsThatRequestsFailure) {
+TEST_F(OwnChipTest, ExceptionInARequestIsThatRequestsFailure) {
     inFreshProcess([] {
         LoadedProvider loaded;
         const broker::ObjectPath cpu = namedPath(SENSOR_CLASS, "CPU(00000001)");
@@ -109,6 +131,32 @@ TEST_F(ThrowingChipTest, ExceptionInARequestIsThatRequestsFailure) {
         throwing.clear();
         EXPECT_EQ(loaded.provider.getInstance(cpu).status.rc, CMPI_RC_OK);
         EXPECT_EQ(loaded.provider.enumerateInstances(classPath(LOG_CLASS)).status.rc, CMPI_RC_OK);
+    });
+}
+
+TEST_F(OwnChipTest, OneThreadAtATimeIsInTheChipLibrary) {
+    inFreshProcess([] {
+        LoadedProvider loaded;
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 8; ++i)
+            threads.emplace_back([&loaded, i] {
+                const char* className = i % 2 == 0 ? SENSOR_CLASS : LOG_CLASS;
+                for (int request = 0; request < 5; ++request) {
+                    fakeclock::advanceMilliseconds(1000);
+                    EXPECT_EQ(loaded.provider.enumerateInstances(classPath(className)).status.rc, CMPI_RC_OK);
+                }
+            });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_FALSE(hadTwoInside);
+    });
+}
+
+TEST_F(OwnChipTest, CleanupDeletesTheChipObject) {
+    inFreshProcess([] {
+        LoadedProvider loaded;
+        EXPECT_EQ(chips, 1);
+        loaded.provider.cleanUp(true);
+        EXPECT_EQ(chips, 0);
     });
 }
 
