@@ -1,0 +1,30 @@
+// How the program ends, and the failures that decide it.
+#ifndef ZELSENSORS_HOST_FAILURE_H
+#define ZELSENSORS_HOST_FAILURE_H
+
+#include <stdexcept>
+
+namespace host {
+
+enum ExitCode : int {
+    kFine = 0,
+    kAnsweredError = 1,  // the provider's answer was an error, or our own output could not be written
+    kWrongUsage = 2,
+    kNotLoaded = 3,  // the provider or the chip library could not be loaded (broker::LoadError)
+};
+
+// The command line asks for something that cannot be.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Our own output could not be written.
+class OutputError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,38 @@
+// The provider's own lines, kept apart from ours.
+#ifndef ZELSENSORS_HOST_PROVIDEROUTPUT_H
+#define ZELSENSORS_HOST_PROVIDEROUTPUT_H
+
+#include <string>
+
+namespace host {
+
+// While it lives, what is written to the process's standard output and standard error (descriptors 1 and 2, which is
+// where the provider and the chip library write) goes elsewhere, and the real ones are reached through descriptors of
+// ours, which no child inherits. One at a time.
+class ProviderOutput {
+  public:
+    // An empty destination: discarded. "-": collected, in the order written. Otherwise a file, replaced. Throws
+    // UsageError when the file cannot be written, having changed nothing.
+    explicit ProviderOutput(const std::string& destination);
+    // Gives the descriptors back.
+    ~ProviderOutput();
+    ProviderOutput(const ProviderOutput&) = delete;
+    ProviderOutput& operator=(const ProviderOutput&) = delete;
+
+    // The real ones; -1 where the process was started without.
+    int standardOutput() const { return m_output; }
+    int standardError() const { return m_error; }
+
+    // What has been written so far; always empty unless the destination is "-".
+    std::string collected() const;
+
+  private:
+    int m_sink;
+    int m_output;
+    int m_error;
+    bool m_isCollecting;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,17 @@
+// Answers as people read them.
+#ifndef ZELSENSORS_HOST_TABLEFORMAT_H
+#define ZELSENSORS_HOST_TABLEFORMAT_H
+
+#include <string>
+
+#include "Answer.h"
+
+namespace host {
+
+// The whole answer as text, in lines. An answer with an error and without data gives an empty text; a partial list ends
+// with a line that says so.
+std::string tableText(const Answer& answer);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,310 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "MemoryFile.h"
+#include "ProgramRun.h"
+#include "Sandbox.h"
+#include "Scenarios.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+// Runs the program with a scenario of known readings.
+class ProgramTest : public testing::Test {
+  protected:
+    void SetUp() override { REQUIRE_SANDBOX(); }
+
+    ProgramEnd run(Arguments arguments, const std::string& scenario = kTwoSensors) const {
+        const Arguments chosen{"--scenario", m_folder.write("scenario.toml", scenario)};
+        arguments.insert(arguments.begin(), chosen.begin(), chosen.end());
+        return runProgram(arguments);
+    }
+
+    TestFolder m_folder;
+};
+
+json jsonIn(const ProgramEnd& end) {
+    return json::parse(end.output, nullptr, false);
+}
+
+TEST_F(ProgramTest, WithoutOptionsTheOwnTreeIsUsed) {
+    const ProgramEnd end = runProgram({"instances"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, HasSubstr("CPU Temperature(00000010)"));
+    EXPECT_THAT(end.output,
+                HasSubstr("\nChip library: simulated, " + std::filesystem::path(CHIP).lexically_normal().string()));
+    EXPECT_EQ(end.errors, "");
+}
+
+TEST_F(ProgramTest, NamesTable) {
+    const ProgramEnd end = run({"names"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_EQ(end.output, "Name\nCPU(00000001)\nBad\\x1b[2J(0000001a)\n");
+    EXPECT_EQ(end.errors, "");
+}
+
+TEST_F(ProgramTest, InstancesTable) {
+    const ProgramEnd end = run({"instances"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output,
+                StartsWith("Sensor                 Reading  State         Lower limits (n/c/f)  Upper limits (n/c/f)\n"
+                           "CPU(00000001)         42.00 °C  ok            -                     80.00 / - / -\n"
+                           "Bad\\x1b[2J(0000001a)   2.999 V  critical low  - / 3.000 / -         -\n"));
+    EXPECT_EQ(end.errors, "");
+}
+
+TEST_F(ProgramTest, InstancesAsJson) {
+    const ProgramEnd end = run({"instances", "--format", "json"});
+    EXPECT_EQ(end.exitCode, 0);
+    const json document = jsonIn(end);
+    ASSERT_TRUE(document.is_object()) << end.output;
+    EXPECT_EQ(document["status"], json::parse(R"({"rc": 0, "name": "CMPI_RC_OK"})"));
+    ASSERT_EQ(document["instances"].size(), 2U);
+    const json& properties = document["instances"][0]["properties"];
+    EXPECT_EQ(properties["CurrentReading"], 4200);
+    EXPECT_EQ(properties["UnitModifier"], -2);
+    EXPECT_EQ(properties["Name"], "CPU(00000001)");
+    EXPECT_EQ(properties["UpperThresholdNonCritical"], 8000);
+    EXPECT_FALSE(properties.contains("UpperThresholdCritical"));
+    EXPECT_EQ(document["instances"][1]["path"]["keys"]["Name"], "Bad\x1b[2J(0000001a)");
+}
+
+TEST_F(ProgramTest, InstanceAsMof) {
+    const ProgramEnd end = run({"get", "Bad\x1b[2J(0000001a)", "--format", "mof"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, StartsWith("instance of TQS_NumericSensor {\n"));
+    EXPECT_THAT(end.output, HasSubstr("    CurrentReading = 2999;\n"));
+    EXPECT_THAT(end.output, HasSubstr("    Name = \"Bad\\x001B[2J(0000001a)\";\n"));
+    EXPECT_THAT(end.output, testing::EndsWith("};\n"));
+}
+
+TEST_F(ProgramTest, OneInstanceAsTable) {
+    const ProgramEnd end = run({"get", "CPU(00000001)"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, StartsWith("root/cimv2:TQS_NumericSensor.Name=\"CPU(00000001)\"\n"));
+    EXPECT_THAT(end.output, ContainsRegex("\nCurrentReading +sint32 +4200 \\(42\\.00 °C\\)\n"));
+    EXPECT_THAT(end.output, HasSubstr("\nBetween its limits: [-"));
+}
+
+TEST_F(ProgramTest, UnknownNameIsAnError) {
+    const ProgramEnd end = run({"get", "cpu(00000001)"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors, "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n");
+}
+
+TEST_F(ProgramTest, EventLog) {
+    const ProgramEnd end = run({"log"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, StartsWith("No.  Line\n  1  first \\x07line\n  2\n\nLogValid: "));
+    EXPECT_EQ(jsonIn(run({"log", "--format", "json"}))["instances"][0]["properties"]["LogLines"],
+              json::parse(R"(["first \u0007line", ""])"));
+}
+
+TEST_F(ProgramTest, ShippedScenarioByName) {
+    const ProgramEnd end = runProgram({"names", "--scenario", "dying-sensor"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, HasSubstr("Chassis Fan(00000041)"));
+}
+
+TEST_F(ProgramTest, UnknownScenarioListsThoseThatThereAre) {
+    const ProgramEnd end = runProgram({"names", "--scenario", "nonesuch"});
+    EXPECT_EQ(end.exitCode, 2);
+    EXPECT_EQ(end.output, "");
+    EXPECT_THAT(end.errors, HasSubstr("dying-sensor, "));
+    EXPECT_THAT(end.errors, HasSubstr("healthy, "));
+}
+
+TEST_F(ProgramTest, ScenarioOfTheEnvironmentIsKept) {
+    const std::string file = m_folder.write("mine.toml", kTwoSensors);
+    EXPECT_THAT(runProgram({"names"}, {"ZELCHIP_SCENARIO=" + file}).output, HasSubstr("\nCPU(00000001)\n"));
+}
+
+TEST_F(ProgramTest, MissingDriverIsSixteen) {
+    const ProgramEnd end = runProgram({"instances", "--scenario", "no-driver"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors,
+              "zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+              "zelhost: it may have said why; --provider-output - shows its own lines\n");
+}
+
+TEST_F(ProgramTest, WrongClassAndNamespaceAreTheProvidersErrors) {
+    EXPECT_EQ(run({"names", "Nonesuch"}).errors, "zelhost: the provider answered 5 CMPI_RC_ERR_INVALID_CLASS\n");
+    const ProgramEnd end = run({"names", "--namespace", "root/other"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.errors, "zelhost: the provider answered 3 CMPI_RC_ERR_INVALID_NAMESPACE\n");
+}
+
+TEST_F(ProgramTest, PartialListComesWithItsError) {
+    const ProgramEnd end = run({"instances", "--format", "json"}, kFailingSensor);
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.errors, "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n");
+    const json document = jsonIn(end);
+    ASSERT_TRUE(document.is_object()) << end.output;
+    EXPECT_EQ(document["status"], json::parse(R"({"rc": 1, "name": "CMPI_RC_ERR_FAILED"})"));
+    ASSERT_EQ(document["instances"].size(), 1U);
+    EXPECT_EQ(document["instances"][0]["properties"]["CurrentReading"], 7);
+}
+
+class RefusedCommand : public ProgramTest, public testing::WithParamInterface<Arguments> {};
+
+TEST_P(RefusedCommand, ShowsTheRefusal) {
+    const ProgramEnd end = run(GetParam());
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors, "zelhost: the provider answered 7 CMPI_RC_ERR_NOT_SUPPORTED\n");
+}
+
+TEST_P(RefusedCommand, HasTheOneJsonShape) {
+    Arguments arguments = GetParam();
+    arguments.insert(arguments.end(), {"--format", "json"});
+    const json document = jsonIn(run(arguments));
+    ASSERT_TRUE(document.is_object());
+    EXPECT_EQ(document["command"], GetParam().front());
+    EXPECT_EQ(document["status"]["rc"], 7);
+    EXPECT_THAT(document["instances"], IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RefusedCommand,
+                         testing::Values(Arguments{"create"}, Arguments{"modify", "CPU(00000001)"},
+                                         Arguments{"delete", "CPU(00000001)"},
+                                         Arguments{"query", "SELECT * FROM TQS_NumericSensor"}),
+                         [](const auto& each) { return each.param.front(); });
+
+TEST_F(ProgramTest, BrokenProviderPathIsThree) {
+    const ProgramEnd end = runProgram({"names", "--provider", "/dev/nowhere/libother.so"});
+    EXPECT_EQ(end.exitCode, 3);
+    EXPECT_EQ(end.output, "");
+    EXPECT_THAT(end.errors, StartsWith("zelhost: "));
+    EXPECT_THAT(end.errors, HasSubstr("/dev/nowhere/libother.so"));
+}
+
+TEST_F(ProgramTest, LibraryWithoutTheFactoryIsThree) {
+    const ProgramEnd end = runProgram({"names", "--provider-name", "OtherProvider"});
+    EXPECT_EQ(end.exitCode, 3);
+    EXPECT_THAT(end.errors, HasSubstr("OtherProvider_Create_InstanceMI"));
+}
+
+TEST_F(ProgramTest, BrokenChipPathIsThree) {
+    const ProgramEnd end = runProgram({"names", "--chip", "/dev/nowhere"});
+    EXPECT_EQ(end.exitCode, 3);
+    EXPECT_THAT(end.errors, HasSubstr("the chip library cannot be loaded: /dev/nowhere"));
+}
+
+TEST_F(ProgramTest, LibrariesByTheirPaths) {
+    const ProgramEnd end = run({"instances", "--provider", PROVIDER, "--chip", CHIP});
+    EXPECT_EQ(end.exitCode, 0) << end.errors;
+    EXPECT_THAT(end.output, HasSubstr("\nChip library: " CHIP "\n"));
+}
+
+TEST_F(ProgramTest, WorksFromAnInstalledTree) {
+    const std::filesystem::path prefix = m_folder.path("prefix");
+    const auto place = [&prefix](const std::filesystem::path& file, const std::filesystem::path& folderFromProgram) {
+        const std::filesystem::path folder = (prefix / "bin" / folderFromProgram).lexically_normal();
+        std::filesystem::create_directories(folder);
+        std::filesystem::copy_file(file, folder / file.filename());
+    };
+    place(ZELHOST, "");
+    place(PROVIDER, LIBRARIES_FROM_PROGRAM);
+    place(CHIP, std::filesystem::path(LIBRARIES_FROM_PROGRAM) / "zelsensors");
+    const ProgramEnd end = runProgram({"instances"}, {}, prefix / "bin/zelhost");
+    EXPECT_EQ(end.exitCode, 0) << end.errors;
+    EXPECT_THAT(end.output, HasSubstr("\nChip library: simulated, " + prefix.string()));
+}
+
+TEST_F(ProgramTest, ProvidersOwnLinesAreShownAtTheEndWhenAskedFor) {
+    const ProgramEnd end = run({"create", "--provider-output", "-"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.output, "");
+    EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 7 CMPI_RC_ERR_NOT_SUPPORTED\n"
+                                       "provider: CONSTRUCTOR\n"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: drvCreateInstance - Unsupported\n"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: DESTRUCTOR\n"));
+}
+
+TEST_F(ProgramTest, ProvidersOwnLinesAreSavedInAFile) {
+    const std::string file = m_folder.path("lines");
+    const ProgramEnd end = run({"names", "--provider-output", file});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_EQ(end.errors, "");
+    std::ostringstream lines;
+    lines << std::ifstream(file).rdbuf();
+    EXPECT_THAT(lines.str(), StartsWith("CONSTRUCTOR\n"));
+    EXPECT_THAT(lines.str(), HasSubstr("\nDESTRUCTOR\n"));
+    EXPECT_THAT(end.output, Not(HasSubstr("drvEnumInstanceNames")));
+}
+
+TEST_F(ProgramTest, UnwritableFileForTheProvidersLinesIsWrongUsage) {
+    const ProgramEnd end = runProgram({"names", "--provider-output", "/dev/nowhere/lines"});
+    EXPECT_EQ(end.exitCode, 2);
+    EXPECT_EQ(end.errors,
+              "zelhost: the provider's output cannot go to /dev/nowhere/lines: No such file or directory\n");
+}
+
+TEST_F(ProgramTest, FaultyScenarioIsExplainedByTheProvidersLines) {
+    const ProgramEnd end = run({"names", "--provider-output", "-"}, "model = \"none\"\n[[sensor]]\nhandle = \"x\"\n");
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_THAT(end.errors, HasSubstr("16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"));
+    EXPECT_THAT(end.errors, ContainsRegex("\nprovider: .*scenario\\.toml:3"));
+}
+
+TEST_F(ProgramTest, WrongUsageIsTwo) {
+    for (const Arguments& arguments :
+         {Arguments{}, Arguments{"frobnicate"}, Arguments{"get"}, Arguments{"names", "--format", "xml"}}) {
+        const ProgramEnd end = runProgram(arguments);
+        EXPECT_EQ(end.exitCode, 2) << testing::PrintToString(arguments);
+        EXPECT_EQ(end.output, "");
+        EXPECT_NE(end.errors, "");
+    }
+}
+
+TEST_F(ProgramTest, HelpIsFine) {
+    const ProgramEnd end = runProgram({"--help"});
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, HasSubstr("Exit codes:"));
+    EXPECT_EQ(end.errors, "");
+}
+
+TEST_F(ProgramTest, FullDiskIsTold) {
+    for (const Arguments& arguments : {Arguments{"names"}, Arguments{"--help"}}) {
+        const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+        const int errors = makeMemoryFile();
+        EXPECT_EQ(waitForProgram(startProgram(arguments, {full, errors, {}})), 1);
+        EXPECT_EQ(takeContents(errors), "zelhost: the output cannot be written: No space left on device\n");
+        close(full);
+        close(errors);
+    }
+}
+
+TEST_F(ProgramTest, ReaderThatIsGoneIsToldAndNoSignalEndsIt) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    const int errors = makeMemoryFile();
+    EXPECT_EQ(waitForProgram(startProgram({"instances"}, {ends[1], errors, {}})), 1);
+    EXPECT_EQ(takeContents(errors), "zelhost: the output cannot be written: Broken pipe\n");
+    close(ends[1]);
+    close(errors);
+}
+
+TEST_F(ProgramTest, ClosedStandardErrorKeepsTheExitCode) {
+    const int output = makeMemoryFile();
+    EXPECT_EQ(waitForProgram(startProgram({"names", "--provider", "/dev/nowhere/x.so"}, {output, -1, {}})), 3);
+    EXPECT_EQ(takeContents(output), "");
+    close(output);
+}
+
+}  // namespace
