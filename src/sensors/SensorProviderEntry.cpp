@@ -23,12 +23,15 @@ pthread_mutex_t drvLock;  // serialises the factory and the read requests; not r
 extern "C" {
 
 // These two names, reserved or not, are the ones that the driver's lock has always gone by.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 static void __drv_synch() {
     pthread_mutex_lock(&drvLock);
-}  // NOLINT(bugprone-reserved-identifier)
+}
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 static void __drv_unsynch() {
     pthread_mutex_unlock(&drvLock);
-}  // NOLINT(bugprone-reserved-identifier)
+}
 
 __attribute__((constructor)) static void CONSTRUCTOR() {
     std::fputs("CONSTRUCTOR\n", stderr);
