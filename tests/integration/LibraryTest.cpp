@@ -89,12 +89,13 @@ TEST_F(LibraryTest, HostMayExitWithoutCleaningUp) {
     EXPECT_THAT(outcome.standardError, testing::Not(testing::HasSubstr("drvInstanceCleanup")));
 }
 
-TEST_F(LibraryTest, ExportsTheFactoryAlone) {
+// The file as it was built.
+TEST(LibraryFileTest, ExportsTheFactoryAlone) {
     EXPECT_THAT(outputLines("nm -D --defined-only " PROVIDER_LIBRARY " | cut -d' ' -f3"),
                 ElementsAre("SensorProvider_Create_InstanceMI"));
 }
 
-TEST_F(LibraryTest, HasItsSonameAndNeedsOnlyTheChipLibraryAndTheSystem) {
+TEST(LibraryFileTest, HasItsSonameAndNeedsOnlyTheChipLibraryAndTheSystem) {
     EXPECT_THAT(dynamicEntries("SONAME"), ElementsAre("libzelsensors.so.0"));
     const Strings needed = dynamicEntries("NEEDED");
     EXPECT_THAT(needed, Contains("libzelchip.so.0"));
