@@ -7,8 +7,8 @@ foreach(package zelsensors zelsensors-simulator zelhost)
     # Each package has its own copyright file, since the programs differ in the libraries that are compiled into them.
     install(FILES debian/${package}.copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
         RENAME copyright COMPONENT ${component})
-    configure_file(debian/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/${package}/changelog.Debian @ONLY)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${package}/changelog.Debian
+    configure_file(debian/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/${package}/changelog @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${package}/changelog
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
     if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/debian/${package}.lintian-overrides)
         install(FILES debian/${package}.lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
@@ -22,16 +22,15 @@ endforeach()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zelsensors)
 set(CPACK_PACKAGE_CONTACT "Zelsensors Developers <zelsensors@quorvel.example>")
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # or CPack puts one line before the description of each
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_SET_DESTDIR ON)  # for what goes outside the prefix: /etc and /var
-set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/CompressDocuments.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/FinishStaging.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL provider simulator host)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
@@ -42,13 +41,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/chipsim)
 
 set(CPACK_DEBIAN_PROVIDER_DESCRIPTION "hardware-health CIM provider of a point-of-sale terminal
- A CMPI instance provider for an object manager (sfcb, OpenPegasus). It
- publishes the terminal's temperatures, voltages, currents and fan speeds as
- TQS_NumericSensor, and the motherboard's event log as TQS_SystemEventLog.
- .
- The chip library libzelchip.so.0, which the provider needs, comes with the
- terminal and is in no Debian package. Elsewhere the package
- zelsensors-simulator stands in for it.")
+A CMPI instance provider for an object manager (sfcb, OpenPegasus). It
+publishes the terminal's temperatures, voltages, currents and fan speeds as
+TQS_NumericSensor, and the motherboard's event log as TQS_SystemEventLog.
+
+The chip library libzelchip.so.0, which the provider needs, comes with the
+terminal and is in no Debian package. Elsewhere the package
+zelsensors-simulator stands in for it.")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "logrotate")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_SUGGESTS "zelhost, zelsensors-simulator")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
@@ -57,16 +56,16 @@ set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/triggers)
 
 set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "simulated point-of-sale terminal for the provider zelsensors
- A chip library with the name and the symbols of the terminal's own, driven by
- scenario files, for development, demonstrations and tests. It is installed in
- a folder of its own, where the system's loader does not find it: on a
- terminal it never takes the place of the real library.")
+A chip library with the name and the symbols of the terminal's own, driven by
+scenario files, for development, demonstrations and tests. It is installed in
+a folder of its own, where the system's loader does not find it: on a
+terminal it never takes the place of the real library.")
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS "zelsensors, zelhost")
 
 set(CPACK_DEBIAN_HOST_DESCRIPTION "command-line host for CMPI instance providers
- Loads a provider library as an object manager does, sends it requests and
- shows the answers as a table, as JSON or as MOF. Shows the sensors and the
- event log of a point-of-sale terminal without an object manager.")
+Loads a provider library as an object manager does, sends it requests and
+shows the answers as a table, as JSON or as MOF. Shows the sensors and the
+event log of a point-of-sale terminal without an object manager.")
 set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS "zelsensors")
 set(CPACK_DEBIAN_HOST_PACKAGE_SUGGESTS "zelsensors-simulator")
 
