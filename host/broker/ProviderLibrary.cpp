@@ -33,6 +33,19 @@ Reply inRequest(Broker& broker, Operation operation) {
     return reply;
 }
 
+CMPIInstanceMI* makeProvider(const ProviderLibrary& library, const std::string& name, Broker& broker) {
+    const auto factory = library.factory(name);
+    const Request request(broker);
+    CMPIStatus made{};
+    CMPIInstanceMI* mi = factory(broker.handle(), request.context(), &made);
+    // cppcheck-suppress returnDanglingLifetime ; no factory answers what lies in the status
+    if (made.rc == CMPI_RC_OK && mi != nullptr) return mi;
+    const std::string what = "the factory of " + name + " in " + library.path() + " answered ";
+    if (made.rc == CMPI_RC_OK) throw LoadError(what + "null");
+    const Status status = copyOut(made);
+    throw LoadError(what + nameOfStatus(status.rc) + (status.message ? ": " + *status.message : ""));
+}
+
 }  // namespace
 
 ProviderLibrary::ProviderLibrary(const std::string& path)
@@ -52,18 +65,7 @@ ProviderLibrary::Factory ProviderLibrary::factory(const std::string& providerNam
 }
 
 InstanceProvider::InstanceProvider(const ProviderLibrary& library, const std::string& providerName, Broker& broker)
-    : m_broker(broker), m_mi(nullptr) {
-    const auto factory = library.factory(providerName);
-    Request request(broker);
-    CMPIStatus made{};
-    m_mi = factory(broker.handle(), request.context(), &made);
-    const std::string what = "the factory of " + providerName + " in " + library.path() + " answered ";
-    if (made.rc != CMPI_RC_OK) {
-        const Status status = copyOut(made);
-        throw LoadError(what + nameOfStatus(status.rc) + (status.message ? ": " + *status.message : ""));
-    }
-    if (m_mi == nullptr) throw LoadError(what + "null");
-}
+    : m_broker(broker), m_mi(makeProvider(library, providerName, broker)) {}
 
 InstanceProvider::~InstanceProvider() {
     if (m_cleanedUp) return;

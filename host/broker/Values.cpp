@@ -35,7 +35,7 @@ bool copyNumber(const CMPIValue& from, CMPIType type, Value& into) {
             into.unsignedNumber = from.uint64;
             return true;
         case CMPI_sint8:
-            into.signedNumber = from.sint8;
+            into.signedNumber = from.sint8;  // NOLINT(bugprone-signed-char-misuse): a number, not a character
             return true;
         case CMPI_sint16:
             into.signedNumber = from.sint16;
