@@ -1,9 +1,10 @@
 // A process's own /etc/tarn, /var/log/tarn and /dev, in a private mount namespace.
 //
-// The test programs of the project link `test_support`, whose main() enters the namespace before any test runs. /etc/tarn
-// and /var/log/tarn are empty folders in memory then, also where the machine has none; the rest of /etc is the machine's
-// and the rest of /var/log is hidden. Of /dev only null, zero, full, random, urandom, tty, ptmx, pts, an empty shm and the
-// links to the standard streams are there. Where the system forbids it, the tests that need it are skipped with the reason.
+// The test programs of the project link `test_support`, whose main() enters the namespace before any test runs.
+// /etc/tarn and /var/log/tarn are empty folders in memory then, also where the machine has none; the rest of /etc is
+// the machine's and the rest of /var/log is hidden. Of /dev only null, zero, full, random, urandom, tty, ptmx, pts, an
+// empty shm and the links to the standard streams are there. Where the system forbids it, the tests that need it are
+// skipped with the reason.
 #ifndef ZELSENSORS_TESTS_SANDBOX_H
 #define ZELSENSORS_TESTS_SANDBOX_H
 
