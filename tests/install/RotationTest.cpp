@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -15,7 +16,9 @@
 #include <fstream>
 #include <functional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -35,6 +38,7 @@ constexpr off_t FULL_SPEED_SIZE = 7 * MEGABYTE;
 const std::string LOG_FILE = "/var/log/tarn/tarn.log";
 const std::string RULE = "/var/log/rotation-rule";  // logrotate wants its rule's owner and mode to be right
 const std::string STATE = "/var/log/rotation-state";
+const std::string ROTATE = "PATH=$PATH:/usr/sbin:/sbin logrotate -s " + STATE + " " + RULE;
 
 off_t sizeOf(const std::string& path) {
     struct stat status {};
@@ -134,7 +138,7 @@ void installRule() {
 
 void rotate() {
     int status = 0;
-    const std::string output = outputOf("PATH=$PATH:/usr/sbin:/sbin logrotate -s " + STATE + " " + RULE, status);
+    const std::string output = outputOf(ROTATE, status);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(output, "");
 }
@@ -210,13 +214,37 @@ TEST_F(RotationTest, IsContentWithoutALog) {
     EXPECT_TRUE(fs::is_empty("/var/log/tarn"));
 }
 
-// Where the copy cannot be made, the log is not deleted: the next run tries again.
-TEST_F(RotationTest, KeepsTheLogWhenItCannotBeCopied) {
+// A disk of a few megabytes in the place of the log's folder.
+class SmallDisk {
+  public:
+    explicit SmallDisk(const char* size) { mountIt(0, size); }
+    ~SmallDisk() { umount(LOG_FOLDER); }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    void resize(const char* size) { mountIt(MS_REMOUNT, size); }
+
+  private:
+    static constexpr const char* LOG_FOLDER = "/var/log/tarn";
+
+    void mountIt(unsigned long flags, const char* size) {
+        if (mount("tmpfs", LOG_FOLDER, "tmpfs", flags, (std::string("mode=755,size=") + size).c_str()) != 0)
+            throw std::system_error(errno, std::generic_category(), "mount");
+    }
+};
+
+TEST_F(RotationTest, KeepsTheLogWhileThereIsNoRoomForItsCopy) {
+    SmallDisk disk("3m");
     std::ofstream(LOG_FILE) << std::string(2 * MEGABYTE, 'x');
-    fs::create_directories(LOG_FILE + ".1/occupied");
     int status = 0;
-    outputOf("PATH=$PATH:/usr/sbin:/sbin logrotate -s " + STATE + " " + RULE, status);
+    outputOf(ROTATE, status);
+    EXPECT_NE(status, 0);
     EXPECT_EQ(sizeOf(LOG_FILE), 2 * MEGABYTE);
+
+    disk.resize("8m");
+    rotate();
+    EXPECT_FALSE(fs::exists(LOG_FILE));
+    EXPECT_EQ(sizeOf(LOG_FILE + ".1"), 2 * MEGABYTE);
 }
 
 }  // namespace
