@@ -86,7 +86,7 @@ std::string jsonText(const Answer& answer, JsonLayout layout) {
     document["paths"] = listOf(answer.reply.paths);
     document["instances"] = listOf(answer.reply.instances);
     const int indent = layout == JsonLayout::Indented ? 2 : -1;
-    return document.dump(indent, ' ', false, Json::error_handler_t::replace) + '\n';
+    return document.dump(indent, ' ', true, Json::error_handler_t::replace) + '\n';
 }
 
 }  // namespace host

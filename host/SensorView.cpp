@@ -104,16 +104,16 @@ std::string SensorView::withUnit(std::int64_t number) const {
 }
 
 std::string SensorState::word() const {
-    const std::string side = isHigh ? "high" : "low";
+    const char* side = isHigh ? "high" : "low";
     switch (severity) {
         case Severity::Normal:
             return "ok";
         case Severity::NonCritical:
             return side;
         case Severity::Critical:
-            return "critical " + side;
+            return std::string("critical ") + side;
         case Severity::Fatal:
-            return "fatal " + side;
+            return std::string("fatal ") + side;
     }
     return "";
 }

@@ -94,6 +94,12 @@ TEST(JsonFormat, AnyBytesGiveValidJson) {
     EXPECT_EQ(property(Value::ofText("a\xff")), "a\xef\xbf\xbd");
 }
 
+TEST(JsonFormat, TerminalControlsAreEscaped) {
+    const Reply reply = replyOf(CMPI_RC_OK, {sensorOf("\x1b\x7f\xc2\x9b", 1, 0, 0)});
+    EXPECT_NE(host::jsonText(answerOf(Command::Get, reply), JsonLayout::Indented).find("\"\\u001b\\u007f\\u009b\""),
+              std::string::npos);
+}
+
 TEST(JsonFormat, OneLineForEachRound) {
     const std::string text = host::jsonText(answerOf(Command::Watch, replyOf(CMPI_RC_OK, {})), JsonLayout::OneLine);
     EXPECT_EQ(text.find('\n'), text.size() - 1);
