@@ -29,7 +29,7 @@ template <class Answer>
 Answer refused(const CMPIBroker* mb, const char* function, CMPIStatus* status, const char* name = nullptr) {
     return perform(stateOf(mb), {kTable, function}, {name}, status, [](CMPIrc& rc) {
         rc = CMPI_RC_ERR_NOT_SUPPORTED;
-        return Answer{};
+        return Answer();
     });
 }
 

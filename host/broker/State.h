@@ -242,7 +242,7 @@ inline CMPIStatus statusOf(CMPIrc rc) {
 template <class Self, class Body>
 auto perform(Self* self, const Slot& slot, const Carried& carried, CMPIStatus* status, Body body) {
     using Answer = std::invoke_result_t<Body, CMPIrc&>;
-    Answer answer{};
+    Answer answer = Answer();
     CMPIrc rc = CMPI_RC_ERR_INVALID_HANDLE;
     if (Broker::State* state = stateOf(self)) {
         const auto fault = state->meet(slot, carried, std::is_pointer_v<Answer>);

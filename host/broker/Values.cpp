@@ -201,7 +201,7 @@ CMPIrc toModel(Broker::State& state, const CMPIValue* value, CMPIType type, Valu
 }
 
 CMPIData toData(Broker::State& state, const Value& value, const HandOut& handOut) {
-    CMPIData data{};
+    CMPIData data = CMPIData();  // all of it zero; {} would zero the first member of the value alone
     data.type = typeHandedOut(value, handOut);
     data.state = handOut.flags;
     if (value.isNull) {
@@ -218,7 +218,7 @@ CMPIData toData(Broker::State& state, const Value& value, const HandOut& handOut
 }
 
 CMPIData missingData() {
-    CMPIData data{};
+    CMPIData data = CMPIData();
     data.state = static_cast<CMPIValueState>(CMPI_nullValue | CMPI_notFound);
     return data;
 }

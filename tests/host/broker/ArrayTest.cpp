@@ -63,6 +63,17 @@ TEST_F(ArrayTest, ArrayOfCharsReadsAsArrayOfStringsFromAProperty) {
     EXPECT_EQ("text", textOf(list.value.array->ft->getElementAt(list.value.array, 0, nullptr).value.string));
 }
 
+TEST_F(ArrayTest, ArrayOfStringsSetAsCharsHoldsChars) {
+    CMPIArray* array = mb->eft->newArray(mb, 1, CMPI_string, nullptr);
+    array->ft->setElementAt(array, 0, chars("text"), CMPI_chars);
+    CMPIInstance* instance = newInstance();
+    CMPIValue value{};
+    value.array = array;
+    instance->ft->setProperty(instance, "List", &value, CMPI_charsA);
+    EXPECT_EQ(Value::ofArray({Value::ofText("text", CMPI_chars)}, CMPI_chars),
+              *broker::copyOut(instance).findProperty("List"));
+}
+
 TEST_F(ArrayTest, ArraysOfArraysDoNotExist) {
     EXPECT_EQ(nullptr, mb->eft->newArray(mb, 1, CMPI_uint8A, &status));
     EXPECT_EQ(CMPI_RC_ERR_INVALID_DATA_TYPE, status.rc);

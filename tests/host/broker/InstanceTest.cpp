@@ -14,7 +14,7 @@ class InstanceTest : public BrokerTest {
     Value stored() const { return *broker::copyOut(instance).findProperty("P"); }
 
     CMPIInstance* instance = newInstance();
-    CMPIValue value{};
+    CMPIValue value = CMPIValue();  // all of it zero; {} would zero the first member alone
 };
 
 }  // namespace
