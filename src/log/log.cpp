@@ -1,6 +1,7 @@
 #include "log.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -83,11 +84,6 @@ std::unique_ptr<Character[]> takeBuffer() noexcept {
     return std::unique_ptr<Character[]>(new (std::nothrow) Character[textSize]());
 }
 
-// Whether a failed vswprintf gave up for want of room: it has then filled the buffer up to its end mark.
-bool isFull(const wchar_t* buffer) {
-    return std::wmemchr(buffer, L'\0', textSize - 1) == nullptr;
-}
-
 // Converts as much as fits, with room left for an end mark; false when the locale lacks a character.
 bool narrow(const wchar_t* wide, char* buffer) {
     std::size_t length = std::wcstombs(buffer, wide, textSize);
@@ -107,7 +103,9 @@ Buffer formatted(const wchar_t* format, va_list arguments) noexcept {
     const std::unique_ptr<wchar_t[]> wide = takeBuffer<wchar_t>();
     Buffer buffer = takeBuffer<char>();
     if (wide == nullptr || buffer == nullptr) return nullptr;
-    if (std::vswprintf(wide.get(), textSize, format, arguments) < 0 && !isFull(wide.get())) return nullptr;
+    errno = 0;
+    // It fails for want of room too, having filled the buffer; only what cannot be made at all is dropped.
+    if (std::vswprintf(wide.get(), textSize, format, arguments) < 0 && errno == EILSEQ) return nullptr;
     wide[textSize - 1] = L'\0';
     if (!narrow(wide.get(), buffer.get())) return nullptr;
     return buffer;

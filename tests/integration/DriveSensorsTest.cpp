@@ -82,6 +82,23 @@ TEST_F(DriveSensorsTest, FollowTheChipSensorsOnePerDrive) {
     });
 }
 
+// Sensors and drives are paired by position; with a gap in the numbering they do not match, and that is kept.
+TEST_F(DriveSensorsTest, OnlyDriveNumberedOneIsReadFromNumberNull) {
+    inFreshProcess([] {
+        drives::makeNode(node(1));
+        drives::expect(drives::identification(node(1), {}));
+        useScenario(grebel(""));
+        LoadedProvider loaded;
+        drives::verifyAllMet();
+        drives::makeNode(node(0));
+        fakeclock::advanceMilliseconds(1000);
+        drives::expect(drives::healthPage(node(0), 300));
+        EXPECT_THAT(propertyOf(loaded.provider.getInstance(namedPath(SENSOR_CLASS, FIRST)), "CurrentReading"),
+                    ElementsAre("27"));
+        drives::verifyAllMet();
+    });
+}
+
 TEST_F(DriveSensorsTest, SettingUpLogsEveryStep) {
     inFreshProcess([] {
         expectDrives(1);

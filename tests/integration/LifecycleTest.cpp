@@ -191,6 +191,21 @@ TEST_F(LifecycleTest, CleanupWithoutTerminatingDestroysTooAndTheFactoryBuildsAne
     });
 }
 
+TEST_F(LifecycleTest, RecordKeepsItsHandleUntilTheNextProviderIsMade) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        LoadedProvider loaded;
+        const void* first = loaded.provider.mi()->hdl;
+        EXPECT_NE(first, nullptr);
+        loaded.provider.cleanUp(true);
+        EXPECT_EQ(loaded.provider.mi()->hdl, first);
+        takeLog();
+        broker::InstanceProvider again(loaded.library, "SensorProvider", loaded.broker);
+        again.enumerateInstances(classPath(SENSOR_CLASS));
+        EXPECT_THAT(takeLog(), Contains(format("Debug drvEnumInstances - provider=%p", again.mi()->hdl)));
+    });
+}
+
 TEST_F(LifecycleTest, AfterCleanupReadsAreRefusedAndCleanupIsHarmless) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}));

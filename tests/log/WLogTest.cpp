@@ -68,6 +68,11 @@ TEST_F(WLogTest, TextIsCutTo4095Characters) {
                 ElementsAre(std::string(4095, 'a'), std::string(4095, 'b'), "start " + std::string(4089, 'c'), "next"));
 }
 
+TEST_F(WLogTest, TooLongTextWithANulOfItsOwnEndsThere) {
+    runAnew([] { WLog(LOG_ERROR, L"start%lc%ls", static_cast<wint_t>(0), std::wstring(5000, L'd').c_str()); });
+    EXPECT_THAT(loggedMessages(), ElementsAre("start"));
+}
+
 TEST_F(WLogUtf8Test, CharactersAreConverted) {
     runAnew([] { WLog(LOG_ERROR, L"10 \u20ac, 20 \u00b0C, \U0001f321"); });
     EXPECT_THAT(loggedMessages(), ElementsAre("10 \xe2\x82\xac, 20 \xc2\xb0"

@@ -86,17 +86,21 @@ long long readingOf(const TQS_NumericSensor& sensor) {
 
 }  // namespace
 
-TEST_F(AdditionalSensors, TerminalOfNeitherModelHasNone) {
-    sandbox::writeSensorConfiguration("NvmeReadings=1\n");
+TEST_F(AdditionalSensors, TerminalOfNeitherModelHasNoneWhateverTheConfiguration) {
     drives::makeNode("/dev/nvme0");
-    runOnModel("none", [] {
+    const auto initialiseOne = [] {
         OpenAdditionalInfo info;
         EXPECT_FALSE(info.initialised());
         std::vector<TQS_NumericSensor> sensors;
         info.initialise(&sensors);
         EXPECT_THAT(sensors, IsEmpty());
         EXPECT_TRUE(info.initialised());
-    });
+    };
+    runOnModel("none", initialiseOne);  // without the file
+    for (const char* configuration : {"", "NvmeReadings=0\n", "NvmeReadings=1\n"}) {
+        sandbox::writeSensorConfiguration(configuration);
+        runOnModel("none", initialiseOne);
+    }
     EXPECT_THAT(loggedMessages(), IsEmpty());
 }
 
@@ -282,6 +286,26 @@ TEST_F(AdditionalSensors, ReadingOfTheThirdDriveLooksAtThreeDrivesAndReadsTheThi
                     "NvmeSsd::getSsdTemperature - starting",                              //
                     "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed",  // the copy of the list
                     "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed"));
+}
+
+// The position decides, not the drive's own number: here the one drive is nvme1.
+TEST_F(AdditionalSensors, OnlyDriveNumberedOneIsReadFromNumberNull) {
+    runOnModel("grebel", [] {
+        drives::makeNode(nodeOf(1));
+        drives::expect(drives::identification(nodeOf(1), {}));
+        AdditionalInfo info;
+        std::vector<TQS_NumericSensor> sensors;
+        info.processGrebel(&sensors);  // /dev/nvme0 cannot be opened
+        ASSERT_EQ(sensors.size(), 1U);
+        EXPECT_EQ(readingOf(sensors[0]), 0);
+
+        drives::makeNode(nodeOf(0));
+        fakeclock::advanceMilliseconds(1000);
+        drives::expect(drives::healthPage(nodeOf(0), 300));
+        info.updateReading(sensors[0]);
+        EXPECT_EQ(readingOf(sensors[0]), 27);
+    });
+    EXPECT_THAT(loggedMessages(), Contains("NvmeSsd::getSsdTemperature - Error while read /dev/nvme0 file"));
 }
 
 TEST_F(AdditionalSensors, SensorWhoseNameFitsNoDriveKeepsItsReading) {
