@@ -4,11 +4,10 @@
 
 namespace {
 
-// Some brokers copy the whole union whatever its type, so all of it is given a value.
-CMPIValue zeroedValue() {
-    CMPIValue value;
+// Some brokers copy the whole union whatever its type, so all of it is given a value. In place: copying a union may leave
+// out its padding.
+void zero(CMPIValue& value) {
     std::memset(&value, 0, sizeof value);
-    return value;
 }
 
 CMPIInstance* newInstance(const CMPIBroker* broker, CMPIObjectPath* path) {
@@ -50,37 +49,43 @@ void InstanceBuilder::text(const char* property, const char* characters) {
 }
 
 void InstanceBuilder::boolean(const char* property, bool value) {
-    CMPIValue whole = zeroedValue();
+    CMPIValue whole;
+    zero(whole);
     whole.boolean = value ? 1 : 0;
     set(property, &whole, CMPI_boolean);
 }
 
 void InstanceBuilder::uint8(const char* property, CMPIUint8 number) {
-    CMPIValue value = zeroedValue();
+    CMPIValue value;
+    zero(value);
     value.uint8 = number;
     set(property, &value, CMPI_uint8);
 }
 
 void InstanceBuilder::uint16(const char* property, CMPIUint16 number) {
-    CMPIValue value = zeroedValue();
+    CMPIValue value;
+    zero(value);
     value.uint16 = number;
     set(property, &value, CMPI_uint16);
 }
 
 void InstanceBuilder::uint32(const char* property, CMPIUint32 number) {
-    CMPIValue value = zeroedValue();
+    CMPIValue value;
+    zero(value);
     value.uint32 = number;
     set(property, &value, CMPI_uint32);
 }
 
 void InstanceBuilder::sint32(const char* property, CMPISint32 number) {
-    CMPIValue value = zeroedValue();
+    CMPIValue value;
+    zero(value);
     value.sint32 = number;
     set(property, &value, CMPI_sint32);
 }
 
 void InstanceBuilder::array(const char* property, CMPIArray* elements, CMPIType type) {
-    CMPIValue value = zeroedValue();
+    CMPIValue value;
+    zero(value);
     value.array = elements;
     set(property, &value, type);
 }
