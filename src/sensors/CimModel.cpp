@@ -4,8 +4,8 @@
 
 namespace {
 
-// Some brokers copy the whole union whatever its type, so all of it is given a value. In place: copying a union may leave
-// out its padding.
+// Some brokers copy the whole union whatever its type, so all of it is given a value. In place: copying a union may
+// leave out its padding.
 void zero(CMPIValue& value) {
     std::memset(&value, 0, sizeof value);
 }
