@@ -22,12 +22,7 @@ class DescriptorsTest : public GuestTest {
 // One more is the provider's log.
 TEST_F(DescriptorsTest, DoNotGrowWithSuccesses) {
     EXPECT_THAT(section("all drives answer"),
-                ElementsAre("SSD1 Temperature(00000001), device 1: 50, limits -273 to 70",
-                            "SSD2 Temperature(00000002), device 2: 50, limits -273 to 70",
-                            "SSD3 Temperature(00000003), device 3: 50, limits -273 to 70",
-                            "SSD4 Temperature(00000004), device 4: 28, limits -15 to 85", "descriptors: 1 more",
-                            "SSD1: 50", "SSD2: 50", "SSD3: 50", "SSD4: 28", "SSD1: 50", "SSD2: 50", "SSD3: 50",
-                            "SSD4: 28", "descriptors: 1 more"));
+                ElementsAreArray(twice({"SSD1: 50", "SSD2: 50", "SSD3: 50", "SSD4: 28"}, "1")));
 }
 
 // The second drive is gone, a file is in the third one's place, and the fourth one refuses. The session's own log,

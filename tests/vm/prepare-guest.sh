@@ -30,11 +30,11 @@ fetch_package() {
 fetch_kernel() {
     fetching=$(mktemp -d "$cache/fetching.XXXXXX")
     trap 'rm -rf "$fetching"' EXIT
+    # Lists may be missing, or so old that the package has gone; only root can renew them.
     if ! fetch_package "$fetching"; then
-        # Lists that are missing, or so old that the package has gone; only root may renew them.
-        [ "$(id -u)" = 0 ] && apt-get -qq update >"$fetching/update.log" 2>&1 && fetch_package "$fetching" ||
-            unavailable "the package that linux-image-cloud-amd64 depends on cannot be fetched" \
-                "$(cat "$fetching/apt.log" 2>/dev/null || true)"
+        [ "$(id -u)" != 0 ] || apt-get -qq update >"$fetching/update.log" 2>&1 || true
+        fetch_package "$fetching" || unavailable "the package that linux-image-cloud-amd64 depends on cannot be fetched" \
+            "$(cat "$fetching/apt.log" 2>/dev/null || true)"
     fi
     dpkg -x "$fetching"/*.deb "$fetching/package"
     mkdir "$fetching/kernel"
