@@ -1,9 +1,5 @@
 #include "ScenarioFile.h"
 
-#define TOML_HEADER_ONLY 1
-#define TOML_ENABLE_FORMATTERS 0
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -21,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "Toml.h"
 #include "Words.h"
 
 namespace {
