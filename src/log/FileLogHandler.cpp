@@ -75,7 +75,7 @@ void FileLogHandler::WriteLog(std::string& line) {
         std::printf("link count=%ld\n", static_cast<long>(status.st_nlink));
         if (status.st_nlink == 0) CloseFile();  // deleted while it was open: this line starts a new one
     }
-    if (m_file == nullptr) m_file = std::fopen(m_fileName.c_str(), "a+");
+    if (m_file == nullptr) OpenFile();
     if (m_file == nullptr) return;
     std::fwrite(line.data(), 1, line.size(), m_file);
     std::fflush(m_file);
@@ -83,6 +83,12 @@ void FileLogHandler::WriteLog(std::string& line) {
 
 int FileLogHandler::WriteConsole(std::string& line) {
     return std::fputs(line.c_str(), stderr);
+}
+
+void FileLogHandler::OpenFile() {
+    m_file = std::fopen(m_fileName.c_str(), "a+");
+    // Without a buffer a line of any length goes out in one piece, so that those of several processes do not mix.
+    if (m_file != nullptr) std::setvbuf(m_file, nullptr, _IONBF, 0);
 }
 
 void FileLogHandler::CloseFile() {

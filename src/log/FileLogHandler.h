@@ -45,6 +45,7 @@ class FileLogHandler : public LogHandler {
 
   private:
     void ApplySetting(const std::string& key, const std::string& value);
+    void OpenFile();
     void CloseFile();
 
     std::mutex m_writing;  // held for the whole of WriteLog()

@@ -7,10 +7,12 @@ namespace {
 
 thread_local unsigned allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
 thread_local bool failed = false;
+thread_local bool staysFailed = false;
 
 void* allocate(std::size_t size) noexcept {
     if (allocationsLeft > 0 && --allocationsLeft == 0) {
         failed = true;
+        if (staysFailed) allocationsLeft = 1;
         return nullptr;
     }
     return std::malloc(size == 0 ? 1 : size);
@@ -24,8 +26,9 @@ void* allocateOrThrow(std::size_t size) {
 
 }  // namespace
 
-FailingAllocation::FailingAllocation(unsigned n) {
+FailingAllocation::FailingAllocation(unsigned n, bool andAllAfter) {
     failed = false;
+    staysFailed = andAllAfter;
     allocationsLeft = n;
 }
 

@@ -2,10 +2,11 @@
 #ifndef ZELSENSORS_TESTS_LOG_FAILINGALLOCATIONS_H
 #define ZELSENSORS_TESTS_LOG_FAILINGALLOCATIONS_H
 
-// While it lives, the n-th allocation by operator new in this thread fails (1: the first), and no other.
+// While it lives, the n-th allocation by operator new in this thread fails (1: the first), and no other, or all after
+// it too.
 class FailingAllocation {
   public:
-    explicit FailingAllocation(unsigned n);
+    explicit FailingAllocation(unsigned n, bool andAllAfter = false);
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;

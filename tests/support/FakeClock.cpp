@@ -12,6 +12,8 @@ std::mutex guard;
 Mode mode = Mode::Real;
 timeval setTime{};
 int failure = 0;
+unsigned callsToFailure = 0;  // 0: no single call is to fail
+int singleFailure = 0;
 
 int realTime(timeval* now) {
     timespec precise{};
@@ -47,6 +49,17 @@ void failWith(int error) {
     failure = error;
 }
 
+void failCall(unsigned nth, int error) {
+    const std::lock_guard<std::mutex> lock(guard);
+    callsToFailure = nth;
+    singleFailure = error;
+}
+
+bool isFailurePending() {
+    const std::lock_guard<std::mutex> lock(guard);
+    return callsToFailure > 0;
+}
+
 void useReal() {
     const std::lock_guard<std::mutex> lock(guard);
     mode = Mode::Real;
@@ -56,6 +69,10 @@ void useReal() {
 
 extern "C" __attribute__((visibility("default"))) int gettimeofday(timeval* __restrict now, void* __restrict) noexcept {
     const std::lock_guard<std::mutex> lock(guard);
+    if (callsToFailure > 0 && --callsToFailure == 0) {
+        errno = singleFailure;
+        return -1;
+    }
     if (mode == Mode::Real) return realTime(now);
     if (mode == Mode::Failing) {
         errno = failure;

@@ -10,6 +10,8 @@ namespace fakeclock {
 void set(timeval now);
 void advanceMilliseconds(long milliseconds);  // from the value set
 void failWith(int error);                     // every call answers -1 with this errno, until set() or useReal()
+void failCall(unsigned nth, int error);       // one call answers so (1: the next); 0: none does any longer
+bool isFailurePending();                      // failCall()'s call has not come yet
 void useReal();
 
 }  // namespace fakeclock

@@ -24,6 +24,9 @@ constexpr std::uint32_t healthPageLength = 512;
 std::mutex guard;
 std::deque<drives::Expectation> expected;
 unsigned calls = 0;
+std::vector<drives::Expectation> attached;
+unsigned callsToFailure = 0;  // 0: no single call is to fail
+int singleFailure = 0;
 
 std::string nodeOf(int descriptor) {
     std::array<char, PATH_MAX> name{};
@@ -87,10 +90,25 @@ int answer(const drives::Answer& given, nvme_admin_cmd* command) {
     return given.returned;
 }
 
+// The attached drives' answer to this command; null when they have none.
+const drives::Expectation* findAttached(const std::string& node, unsigned long request, const nvme_admin_cmd* command) {
+    const auto found = std::find_if(attached.begin(), attached.end(), [&](const drives::Expectation& one) {
+        if (one.node != node || one.request != request) return false;
+        return command == nullptr || (one.command.opcode == command->opcode && one.command.cdw10 == command->cdw10 &&
+                                      one.command.cdw11 == command->cdw11);
+    });
+    return found == attached.end() ? nullptr : &*found;
+}
+
 int playDrive(int descriptor, unsigned long request, nvme_admin_cmd* command) {
     const std::lock_guard<std::mutex> lock(guard);
     ++calls;
     const std::string node = nodeOf(descriptor);
+    if (callsToFailure > 0 && --callsToFailure == 0) {
+        errno = singleFailure;
+        return -1;
+    }
+    if (const drives::Expectation* one = findAttached(node, request, command)) return answer(one->answer, command);
     if (expected.empty()) return refuse("unexpected ioctl: " + describe(node, request, command));
     const drives::Expectation one = expected.front();
     expected.pop_front();
@@ -200,6 +218,25 @@ void expect(const std::vector<Expectation>& expectations) {
     for (const Expectation& one : expectations) expect(one);
 }
 
+void attach(const std::string& node, const Drive& drive, std::uint16_t kelvin) {
+    makeNode(node);
+    const std::vector<Expectation> usual = identification(node, drive);
+    const std::lock_guard<std::mutex> lock(guard);
+    attached.insert(attached.end(), usual.begin(), usual.end());
+    attached.push_back(healthPage(node, kelvin));
+}
+
+void failCall(unsigned nth, int error) {
+    const std::lock_guard<std::mutex> lock(guard);
+    callsToFailure = nth;
+    singleFailure = error;
+}
+
+bool isFailurePending() {
+    const std::lock_guard<std::mutex> lock(guard);
+    return callsToFailure > 0;
+}
+
 void verifyAllMet() {
     const std::lock_guard<std::mutex> lock(guard);
     for (const Expectation& one : expected) ADD_FAILURE() << "expected ioctl that never came: " << describe(one);
@@ -209,6 +246,8 @@ void verifyAllMet() {
 void clear() {
     const std::lock_guard<std::mutex> lock(guard);
     expected.clear();
+    attached.clear();
+    callsToFailure = 0;
     calls = 0;
 }
 

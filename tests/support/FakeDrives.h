@@ -57,6 +57,12 @@ std::vector<Expectation> identification(const std::string& node, const Drive& dr
 
 void expect(Expectation expectation);
 void expect(const std::vector<Expectation>& expectations);
+// A drive that answers the usual commands in any order and as often as they come, and without an expectation. Not
+// together with expectations.
+void attach(const std::string& node, const Drive& drive, std::uint16_t kelvin);
+// One ioctl answers -1 with this errno (1: the next); 0: none does any longer.
+void failCall(unsigned nth, int error);
+bool isFailurePending();  // failCall()'s call has not come yet
 // Fails the running test for each expectation that is left, then forgets them. Call at the end of each test.
 void verifyAllMet();
 void clear();

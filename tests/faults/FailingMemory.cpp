@@ -1,0 +1,89 @@
+#include "FailingMemory.h"
+
+#ifdef HAS_SANITIZERS_MALLOC
+
+FailingMemory::FailingMemory(unsigned nth, Shortage shortage) : m_failing(nth, shortage == Shortage::AllFromThere) {}
+
+FailingMemory::~FailingMemory() = default;
+
+bool FailingMemory::hasFailed() const {
+    return FailingAllocation::hasFailed();
+}
+
+long liveBlocks() {
+    return 0;
+}
+
+#else
+
+#include <atomic>
+#include <cerrno>
+#include <cstddef>
+
+namespace {
+
+thread_local unsigned allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
+thread_local bool staysShort = false;
+thread_local bool failed = false;
+std::atomic<long> blocks{0};
+
+bool isToFail() {
+    if (allocationsLeft == 0 || --allocationsLeft > 0) return false;
+    failed = true;
+    if (staysShort) allocationsLeft = 1;
+    errno = ENOMEM;
+    return true;
+}
+
+void* counted(void* block) {
+    if (block != nullptr) blocks.fetch_add(1, std::memory_order_relaxed);
+    return block;
+}
+
+}  // namespace
+
+FailingMemory::FailingMemory(unsigned nth, Shortage shortage) {
+    failed = false;
+    staysShort = shortage == Shortage::AllFromThere;
+    allocationsLeft = nth;
+}
+
+FailingMemory::~FailingMemory() {
+    allocationsLeft = 0;
+}
+
+bool FailingMemory::hasFailed() const {
+    return failed;
+}
+
+long liveBlocks() {
+    return blocks.load(std::memory_order_relaxed);
+}
+
+// The C library's own functions under their other names.
+extern "C" void* __libc_malloc(std::size_t size);
+extern "C" void* __libc_calloc(std::size_t count, std::size_t size);
+extern "C" void* __libc_realloc(void* block, std::size_t size);
+extern "C" void __libc_free(void* block);
+
+#define REPLACED extern "C" __attribute__((visibility("default")))
+
+REPLACED void* malloc(std::size_t size) noexcept {
+    return isToFail() ? nullptr : counted(__libc_malloc(size));
+}
+
+REPLACED void* calloc(std::size_t count, std::size_t size) noexcept {
+    return isToFail() ? nullptr : counted(__libc_calloc(count, size));
+}
+
+REPLACED void* realloc(void* block, std::size_t size) noexcept {
+    if (isToFail()) return nullptr;
+    return block == nullptr ? counted(__libc_realloc(block, size)) : __libc_realloc(block, size);
+}
+
+REPLACED void free(void* block) noexcept {
+    if (block != nullptr) blocks.fetch_sub(1, std::memory_order_relaxed);
+    __libc_free(block);
+}
+
+#endif

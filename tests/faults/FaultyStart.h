@@ -1,0 +1,53 @@
+// What the tests of failures at every point share: the terminal, the requests, and the sending of one of them with
+// something failing while it is served, and nowhere else.
+#ifndef ZELSENSORS_TESTS_FAULTS_FAULTYSTART_H
+#define ZELSENSORS_TESTS_FAULTS_FAULTYSTART_H
+
+#include <ostream>
+
+#include "Provider.h"
+
+// A request, and what it is answered when nothing fails.
+struct Sending {
+    enum class Entry { Names, Instances, Instance };
+
+    std::string what;
+    Entry entry;
+    broker::ObjectPath path;
+    CMPIrc status;
+    std::size_t count;  // of paths or instances
+};
+
+std::ostream& operator<<(std::ostream& stream, const Sending& sending);
+
+// Every read request on both classes of OwnChip.cpp's terminal with one drive, and those that cannot be served.
+const std::vector<Sending>& allSendings();
+
+struct Answered {
+    CMPIrc status = CMPI_RC_OK;
+    unsigned doneCalls = 0;
+    std::size_t count = 0;
+};
+
+CMPIStatus enter(const CMPIInstanceMI* mi, Sending::Entry entry, const broker::Request& request,
+                 const CMPIObjectPath* path);
+
+// `around` is called with the entry's call and is to make it.
+template <typename Around>
+Answered send(broker::Broker& broker, const CMPIInstanceMI* mi, const Sending& sending, Around around) {
+    broker::Request request(broker);
+    const CMPIObjectPath* path = request.makePath(sending.path);
+    CMPIStatus status{};
+    around([&] { status = enter(mi, sending.entry, request, path); });
+    return {status.rc, request.reply().doneCalls, request.reply().paths.size() + request.reply().instances.size()};
+}
+
+// The log at its most detailed, the readings of drives switched on, one drive, and the clock at 1000 s.
+void prepareTerminal();
+// All requests are answered as they should be when nothing fails.
+void expectAllAnswered(broker::Broker& broker, const CMPIInstanceMI* mi);
+void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const Sending& sending);
+// Every line of the log is whole. Empties it, by deleting it.
+void checkAndDeleteLog();
+
+#endif

@@ -1,0 +1,69 @@
+#include "Holdings.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t HEAP_SLACK = 4096;
+constexpr std::size_t RESIDENT_SLACK = 2UL * 1024 * 1024;  // arenas and the loader's tables settle late
+
+std::size_t entriesOf(const char* folder) {
+    const fs::directory_iterator all(folder);
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+std::size_t residentBytesNow() {
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+}  // namespace
+
+Holdings Holdings::now() {
+    // Sanitizers and valgrind answer nothing here.
+    const struct mallinfo2 heap = mallinfo2();
+    const std::size_t taken = heap.uordblks + heap.hblkhd;
+    return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), taken, taken == 0 ? 0 : residentBytesNow()};
+}
+
+std::ostream& operator<<(std::ostream& stream, const Holdings& holdings) {
+    return stream << holdings.descriptors << " descriptors, " << holdings.threads << " threads, " << holdings.heapBytes
+                  << " bytes of heap, " << holdings.residentBytes / 1024 << " KiB resident";
+}
+
+void expectNoneGained(const Holdings& before, const Holdings& after) {
+    EXPECT_EQ(after.descriptors, before.descriptors);
+    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_LE(after.heapBytes, before.heapBytes + HEAP_SLACK);
+    EXPECT_LE(after.residentBytes, before.residentBytes + RESIDENT_SLACK);
+}
+
+Muted::Muted() {
+    std::fflush(stdout);
+    m_output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+    m_error = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(nowhere, STDOUT_FILENO);
+    dup2(nowhere, STDERR_FILENO);
+    close(nowhere);
+}
+
+Muted::~Muted() {
+    std::fflush(stdout);
+    dup2(m_output, STDOUT_FILENO);
+    dup2(m_error, STDERR_FILENO);
+    close(m_output);
+    close(m_error);
+}

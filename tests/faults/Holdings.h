@@ -1,0 +1,36 @@
+// What this process holds of the system.
+#ifndef ZELSENSORS_TESTS_FAULTS_HOLDINGS_H
+#define ZELSENSORS_TESTS_FAULTS_HOLDINGS_H
+
+#include <cstddef>
+#include <ostream>
+
+struct Holdings {
+    std::size_t descriptors;
+    std::size_t threads;
+    std::size_t heapBytes;      // taken from the C library's memory and not given back; 0 where another takes its place
+    std::size_t residentBytes;  // 0 likewise, since a sanitizer's own memory grows
+
+    static Holdings now();
+};
+
+std::ostream& operator<<(std::ostream& stream, const Holdings& holdings);
+
+// Fails the test where the process holds more than before: other numbers of descriptors or threads, or memory beyond
+// what the C library's own bookkeeping may need.
+void expectNoneGained(const Holdings& before, const Holdings& after);
+
+// Standard output and standard error go nowhere while it lives.
+class Muted {
+  public:
+    Muted();
+    ~Muted();
+    Muted(const Muted&) = delete;
+    Muted& operator=(const Muted&) = delete;
+
+  private:
+    int m_output;
+    int m_error;
+};
+
+#endif

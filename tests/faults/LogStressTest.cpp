@@ -1,0 +1,328 @@
+// The log's file under hard conditions: a disk that is full, a file that others delete, replace, truncate and write to.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "FileLogHandler.h"
+#include "Sandbox.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path FOLDER = "/var/log/tarn/stress";
+const fs::path LOG_FILE = FOLDER / "a.log";
+
+enum class State { Closed, Open, Stopped };
+
+class OpenHandler : public FileLogHandler {
+  public:
+    State state() const {
+        if (m_stopped) return State::Stopped;
+        return m_file == nullptr ? State::Closed : State::Open;
+    }
+    void write(std::string line) { WriteLog(line); }
+};
+
+std::string contentsOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream contents;
+    if (file) contents << file.rdbuf();
+    return contents.str();
+}
+
+// "<3:41:xxxx>", of the whole length given, newline included, and of one writer's letter.
+std::string numberedLine(unsigned writer, unsigned number, std::size_t length) {
+    std::string line = "<" + std::to_string(writer) + ":" + std::to_string(number) + ":";
+    line.append(length - line.size() - 2, static_cast<char>('a' + writer % 26));
+    return line + ">\n";
+}
+
+bool isWhole(const std::string& line) {
+    if (line.empty() || line.front() != '<' || line.back() != '>') return false;
+    const std::size_t first = line.find(':');
+    const std::size_t second = line.find(':', first + 1);
+    if (second == std::string::npos) return false;
+    const auto writer = static_cast<unsigned>(std::strtoul(line.c_str() + 1, nullptr, 10));
+    const auto number = static_cast<unsigned>(std::strtoul(line.c_str() + first + 1, nullptr, 10));
+    return numberedLine(writer, number, line.size() + 1) == line + "\n";
+}
+
+struct Lines {
+    unsigned whole = 0;
+    unsigned torn = 0;
+};
+
+Lines countLines(const std::string& contents) {
+    Lines lines;
+    std::istringstream stream(contents);
+    for (std::string line; std::getline(stream, line);) ++(isWhole(line) ? lines.whole : lines.torn);
+    return lines;
+}
+
+// Runs the body in that many processes, which begin together; each must end well.
+void inProcesses(unsigned count, const std::function<void(unsigned)>& body) {
+    std::vector<pid_t> children;
+    int start[2];
+    ASSERT_EQ(pipe(start), 0);
+    for (unsigned i = 0; i < count; ++i) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            char nothing = 0;
+            close(start[1]);
+            while (read(start[0], &nothing, 1) < 0 && errno == EINTR) continue;
+            if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(2);  // where the link counts go
+            body(i);
+            _exit(testing::Test::HasFailure() ? 1 : 0);
+        }
+        children.push_back(child);
+    }
+    close(start[0]);
+    close(start[1]);
+    for (const pid_t child : children) {
+        int status = 0;
+        while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+        EXPECT_EQ(status, 0);
+    }
+}
+
+class LogStressTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        REQUIRE_SANDBOX();
+        fs::create_directory(FOLDER);
+        configure("");
+    }
+    static void configure(const std::string& more) {
+        sandbox::writeLogConfiguration("FileName=" + LOG_FILE.string() + "\n" + more);
+    }
+};
+
+TEST_F(LogStressTest, LinesOfSeveralProcessesStayWhole) {
+    configure("MaxLength=-1\n");
+    constexpr unsigned processes = 6;
+    constexpr unsigned each = 500;
+    inProcesses(processes, [](unsigned process) {
+        OpenHandler handler;
+        for (unsigned i = 0; i < each; ++i) handler.write(numberedLine(process, i, 20 + i * 37 % 9000));
+    });
+    const Lines lines = countLines(contentsOf(LOG_FILE));
+    EXPECT_EQ(lines.torn, 0U);
+    EXPECT_EQ(lines.whole, processes * each);
+}
+
+TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) {
+    constexpr unsigned writers = 4;
+    inProcesses(writers + 1, [](unsigned process) {
+        OpenHandler handler;
+        std::error_code ignored;
+        for (unsigned i = 0; i < 300; ++i) {
+            if (process < writers) {
+                handler.write(numberedLine(process, i, 20 + i * 37 % 6000));
+                continue;
+            }
+            usleep(1000);
+            const fs::path kept = FOLDER / ("kept-" + std::to_string(i));
+            if (i % 4 == 0) fs::rename(LOG_FILE, kept, ignored);
+            if (i % 4 == 1) fs::remove(LOG_FILE, ignored);
+            if (i % 4 == 2) fs::resize_file(LOG_FILE, 0, ignored);
+            if (i % 4 == 3) {
+                std::ofstream(FOLDER / "new").flush();
+                fs::rename(FOLDER / "new", LOG_FILE, ignored);
+            }
+        }
+    });
+    OpenHandler handler;
+    handler.write(numberedLine(9, 1, 40));
+    unsigned whole = 0;
+    for (const fs::directory_entry& file : fs::directory_iterator(FOLDER)) {
+        const Lines lines = countLines(contentsOf(file));
+        EXPECT_EQ(lines.torn, 0U) << file;
+        whole += lines.whole;
+    }
+    EXPECT_GE(whole, 1U);
+}
+
+TEST_F(LogStressTest, EachOfSeveralProcessesStopsAtTheLimit) {
+    configure("MaxLength=20000\n");
+    constexpr unsigned processes = 5;
+    constexpr std::size_t length = 200;
+    inProcesses(processes, [](unsigned process) {
+        OpenHandler handler;
+        for (unsigned i = 0; i < 200; ++i) handler.write(numberedLine(process, i, length));
+        EXPECT_EQ(handler.state(), State::Stopped);
+    });
+    EXPECT_EQ(countLines(contentsOf(LOG_FILE)).torn, 0U);
+    EXPECT_GE(fs::file_size(LOG_FILE), 20000U);
+    EXPECT_LE(fs::file_size(LOG_FILE), 20000U + processes * length);
+}
+
+class FullDiskTest : public LogStressTest {
+  protected:
+    void SetUp() override {
+        LogStressTest::SetUp();
+        if (IsSkipped()) return;
+        ASSERT_EQ(mount("tmpfs", FOLDER.c_str(), "tmpfs", 0, "size=64k,mode=755"), 0);
+        m_isMounted = true;
+    }
+    void TearDown() override {
+        if (m_isMounted) {
+            EXPECT_EQ(umount2(FOLDER.c_str(), MNT_DETACH), 0);
+        }
+    }
+
+  private:
+    bool m_isMounted = false;
+};
+
+// A line is written by one call, so at most the one at which the room ran out is cut.
+TEST_F(FullDiskTest, LosesLinesAndCutsOneAndLoggingGoesOnWhenThereIsRoom) {
+    std::ofstream(FOLDER / "filler") << std::string(40000, 'x');
+    OpenHandler handler;
+    constexpr std::size_t length = 150;
+    for (unsigned i = 0; i < 400; ++i) {
+        handler.write(numberedLine(1, i, length));
+        ASSERT_EQ(handler.state(), State::Open);
+    }
+    const Lines full = countLines(contentsOf(LOG_FILE));
+    EXPECT_GE(full.whole, 50U);
+    EXPECT_LT(full.whole, 400U);
+    EXPECT_LE(full.torn, 1U);
+
+    fs::remove(FOLDER / "filler");
+    for (unsigned i = 0; i < 10; ++i) handler.write(numberedLine(2, i, length));
+    const std::string contents = contentsOf(LOG_FILE);
+    const Lines again = countLines(contents);
+    EXPECT_LE(again.torn, 1U);
+    // The first of the new lines may stand right behind the rest of the cut one; it is whole all the same.
+    EXPECT_NE(contents.find(numberedLine(2, 0, length)), std::string::npos);
+    EXPECT_GE(again.whole, full.whole + 9);
+}
+
+TEST_F(FullDiskTest, FileThatCannotBeMadeIsTriedWithEachLine) {
+    // No inode is left for it.
+    ASSERT_EQ(mount("tmpfs", FOLDER.c_str(), "tmpfs", MS_REMOUNT, "size=64k,nr_inodes=1"), 0);
+    OpenHandler handler;
+    handler.write("first\n");
+    handler.write("second\n");
+    EXPECT_EQ(handler.state(), State::Closed);
+    ASSERT_EQ(mount("tmpfs", FOLDER.c_str(), "tmpfs", MS_REMOUNT, "size=64k,nr_inodes=10"), 0);
+    handler.write("third\n");
+    EXPECT_EQ(handler.state(), State::Open);
+    EXPECT_EQ(contentsOf(LOG_FILE), "third\n");
+}
+
+// What is done to the file between two lines, and what the second line finds.
+struct Transition {
+    const char* what;
+    std::function<void()> event;
+    State after;
+    const char* contents;
+};
+
+class StatesTest : public LogStressTest {
+  protected:
+    static void removeFolder() { fs::remove_all(FOLDER); }
+    static void expectAll(const std::vector<Transition>& transitions, const std::function<void(OpenHandler&)>& bring,
+                          State before) {
+        for (const Transition& transition : transitions) {
+            SCOPED_TRACE(transition.what);
+            fs::remove_all(FOLDER);
+            fs::create_directory(FOLDER);
+            OpenHandler handler;
+            bring(handler);
+            ASSERT_EQ(handler.state(), before);
+            transition.event();
+            handler.write("line\n");
+            EXPECT_EQ(handler.state(), transition.after);
+            EXPECT_EQ(contentsOf(LOG_FILE), transition.contents);
+        }
+    }
+    static void nothing() {}
+    static void makeTooLong() { fs::resize_file(LOG_FILE, 4096); }
+};
+
+TEST_F(StatesTest, Closed) {
+    configure("MaxLength=4096\n");
+    const std::string tooLong(5000, 'x');
+    const std::string andLine = tooLong + "line\n";
+    expectAll(
+        {
+            {"nothing in the way", nothing, State::Open, "line\n"},
+            {"no folder", removeFolder, State::Closed, ""},
+            {"a folder of that name", [] { fs::create_directory(LOG_FILE); }, State::Closed, ""},
+            {"a link in a circle", [] { fs::create_symlink(LOG_FILE, LOG_FILE); }, State::Closed, ""},
+            {"a link that leads nowhere yet", [] { fs::create_symlink(FOLDER / "b.log", LOG_FILE); }, State::Open,
+             "line\n"},
+            {"a file past the limit", [&] { std::ofstream(LOG_FILE) << tooLong; }, State::Open, andLine.c_str()},
+        },
+        [](OpenHandler&) {}, State::Closed);
+}
+
+TEST_F(StatesTest, Open) {
+    configure("MaxLength=4096\n");
+    expectAll(
+        {
+            {"nothing", nothing, State::Open, "first\nline\n"},
+            {"the file truncated", [] { fs::resize_file(LOG_FILE, 0); }, State::Open, "line\n"},
+            {"the file deleted", [] { fs::remove(LOG_FILE); }, State::Open, "line\n"},
+            {"the file replaced by another",
+             [] {
+                 std::ofstream(FOLDER / "new") << "new\n";
+                 fs::rename(FOLDER / "new", LOG_FILE);
+             },
+             State::Open, "new\nline\n"},
+            {"the file renamed", [] { fs::rename(LOG_FILE, FOLDER / "old"); }, State::Open, ""},
+            {"the folder removed", removeFolder, State::Closed, ""},
+            {"the folder removed and made again",
+             [] {
+                 removeFolder();
+                 fs::create_directory(FOLDER);
+             },
+             State::Open, "line\n"},
+            {"the file deleted when it was too long, which is looked at first",
+             [] {
+                 makeTooLong();
+                 fs::remove(LOG_FILE);
+             },
+             State::Stopped, ""},
+        },
+        [](OpenHandler& handler) { handler.write("first\n"); }, State::Open);
+}
+
+TEST_F(StatesTest, Stopped) {
+    configure("MaxLength=4096\n");
+    expectAll(
+        {
+            {"the file truncated", [] { fs::resize_file(LOG_FILE, 0); }, State::Stopped, ""},
+            {"the file deleted", [] { fs::remove(LOG_FILE); }, State::Stopped, ""},
+            {"the folder removed and made again",
+             [] {
+                 removeFolder();
+                 fs::create_directory(FOLDER);
+             },
+             State::Stopped, ""},
+        },
+        [](OpenHandler& handler) {
+            handler.write("first\n");
+            makeTooLong();
+            handler.write("dropped\n");
+        },
+        State::Stopped);
+}
+
+}  // namespace
