@@ -1,6 +1,7 @@
 // The emulator's own two drives: 50 degrees, limits of -273 and 70, and 256 namespaces.
 #include <nlohmann/json.hpp>
-#include <regex>
+#include <set>
+#include <sstream>
 
 #include "Guest.h"
 
@@ -27,7 +28,7 @@ class OwnDrivesTest : public GuestTest {
         std::vector<Strings> parts(1);
         std::string command;
         for (const std::string& line : trace()) {
-            const std::string text = std::regex_replace(line, CLUTTER, "");
+            const std::string text = essenceOf(line);
             if (text.compare(0, 9, "admin_cmd") == 0) command.clear();
             command += text + "; ";
             if (text.compare(0, 22, "enqueue_req_completion") != 0) continue;
@@ -40,11 +41,21 @@ class OwnDrivesTest : public GuestTest {
     }
 
   private:
-    // Queue and command numbers, and addresses.
-    static const std::regex CLUTTER;
+    // A record without the numbers of queues and commands, and without addresses, which differ from run to run.
+    static std::string essenceOf(const std::string& record) {
+        static const std::set<std::string> clutter{"cid", "sqid", "cqid", "trans_len", "prp1", "prp2", "num_prps"};
+        std::istringstream words(record.substr(record.find("pci_nvme_") + 9));
+        std::string text;
+        std::string word;
+        while (words >> word) {
+            if (clutter.count(word) == 0)
+                text += (text.empty() ? "" : " ") + word;
+            else
+                words >> word;
+        }
+        return text;
+    }
 };
-
-const std::regex OwnDrivesTest::CLUTTER("^pci_nvme_|( [cs]?[cs]?q?id [0-9]+)(?= )| trans_len [0-9]+| prp.*$");
 
 TEST_F(OwnDrivesTest, AreShownWithTheirTemperaturesAndDefaultThresholds) {
     EXPECT_THAT(section("sensors"), ElementsAre("SSD1 Temperature(00000001), device 1: 50, limits -273 to 70",
