@@ -16,9 +16,9 @@ constexpr const char* kFooter =
     "\n"
     "Exit codes:\n"
     "  0  fine\n"
-    "  1  the provider's answer was an error (its CIM status is on standard error), or the output\n"
-    "     could not be written\n"
-    "  2  wrong usage\n"
+    "  1  the provider's answer was an error (its CIM status is on standard error), verify found a\n"
+    "     problem, or the output could not be written\n"
+    "  2  wrong usage, or a schema that cannot be read\n"
     "  3  the provider or the chip library could not be loaded";
 
 void addCommonOptions(CLI::App& app, Options& options) {
@@ -82,6 +82,16 @@ void addReadingCommands(CLI::App& app, Options& options) {
         ->check(CLI::PositiveNumber.description(""));
 }
 
+void addVerifyCommand(CLI::App& app, Options& options) {
+    CLI::App* verify = addCommand(app, options, Command::Verify, "Compare all answers with the classes' schema");
+    verify
+        ->add_option("--schema", options.schema,
+                     "MOF file with declarations of qualifiers or classes; may be given again, and each file may use "
+                     "what those before it declare (default: the schema of zelhost's tree)")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+}
+
 void addWritingCommands(CLI::App& app, Options& options) {
     CLI::App* create = addCommand(app, options, Command::Create, "Ask for a new instance, and show the refusal");
     create->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("");
@@ -114,6 +124,7 @@ std::optional<int> readCommandLine(int count, const char* const* arguments, Opti
     app.require_subcommand(0, 1);
     addCommonOptions(app, options);
     addReadingCommands(app, options);
+    addVerifyCommand(app, options);
     addWritingCommands(app, options);
     try {
         app.parse(count, arguments);

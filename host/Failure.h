@@ -8,9 +8,9 @@ namespace host {
 
 enum ExitCode : int {
     kFine = 0,
-    kAnsweredError = 1,  // the provider's answer was an error, or our own output could not be written
-    kWrongUsage = 2,
-    kNotLoaded = 3,  // the provider or the chip library could not be loaded (broker::LoadError)
+    kAnsweredError = 1,  // the provider's answer was an error or against the schema, or our output cannot be written
+    kWrongUsage = 2,     // also a schema that cannot be read
+    kNotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
 };
 
 // The command line asks for something that cannot be.

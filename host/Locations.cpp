@@ -61,6 +61,7 @@ OwnTree ownTree(const std::string& programFolder) {
     if (tree.provider.empty()) tree.provider = kProvider;
     tree.simulatedChip = firstOf(programFolder, {fs::path("../chipsim") / kChip, libraries / "zelsensors" / kChip});
     tree.scenarios = firstOf(programFolder, {"scenarios", fs::path(DATA_FROM_PROGRAM) / "zelsensors/scenarios"});
+    tree.schema = firstOf(programFolder, {"schema", fs::path(DATA_FROM_PROGRAM) / "zelsensors/schema"});
     return tree;
 }
 
@@ -80,6 +81,13 @@ Choice choose(const Options& options, const OwnTree& tree) {
     if (choice.chip.empty()) throw UsageError("a scenario needs a simulated chip library; name one with --chip");
     choice.scenario = scenarioFile(options.scenario, tree.scenarios);
     return choice;
+}
+
+std::vector<std::string> schemaFiles(const Options& options, const OwnTree& tree) {
+    if (!options.schema.empty()) return options.schema;
+    if (tree.schema.empty()) throw UsageError("there is no schema; name its MOF files with --schema");
+    const fs::path folder = tree.schema;
+    return {folder / "qualifiers.mof", folder / "tqs.mof"};
 }
 
 }  // namespace host

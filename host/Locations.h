@@ -1,8 +1,9 @@
-// Where the libraries and the scenarios are.
+// Where the libraries, the scenarios and the schema are.
 #ifndef ZELSENSORS_HOST_LOCATIONS_H
 #define ZELSENSORS_HOST_LOCATIONS_H
 
 #include <string>
+#include <vector>
 
 #include "Options.h"
 
@@ -13,6 +14,7 @@ struct OwnTree {
     std::string provider;       // a path; "libzelsensors.so.0", for the loader to find, where the tree has none
     std::string simulatedChip;  // a path, or empty
     std::string scenarios;      // a folder, or empty
+    std::string schema;         // a folder, or empty
 };
 
 // The folder of the running program. Throws std::runtime_error where /proc does not say.
@@ -31,6 +33,10 @@ struct Choice {
 // Throws UsageError for a scenario that is not there (the message lists those that are), and for a scenario without a
 // simulated chip library.
 Choice choose(const Options& options, const OwnTree& tree);
+
+// The MOF files that verify compares with, in the order of reading. Throws UsageError where none is named and the tree
+// has none.
+std::vector<std::string> schemaFiles(const Options& options, const OwnTree& tree);
 
 }  // namespace host
 

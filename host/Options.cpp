@@ -22,6 +22,8 @@ const char* nameOf(Command command) {
             return "delete";
         case Command::Query:
             return "query";
+        case Command::Verify:
+            return "verify";
     }
     return "";
 }

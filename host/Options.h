@@ -3,10 +3,11 @@
 #define ZELSENSORS_HOST_OPTIONS_H
 
 #include <string>
+#include <vector>
 
 namespace host {
 
-enum class Command { Names, Instances, Get, Log, Watch, Create, Modify, Delete, Query };
+enum class Command { Names, Instances, Get, Log, Watch, Create, Modify, Delete, Query, Verify };
 enum class Format { Table, Json, Mof };
 
 constexpr const char* kSensorClass = "TQS_NumericSensor";
@@ -18,8 +19,9 @@ struct Options {
     std::string instanceName;  // the key "Name", of get, create, modify and delete
     std::string query;
     std::string queryLanguage = "WQL";
-    double interval = 2;  // seconds between the rounds of watch
-    unsigned rounds = 0;  // of watch; 0: until it is interrupted
+    double interval = 2;              // seconds between the rounds of watch
+    unsigned rounds = 0;              // of watch; 0: until it is interrupted
+    std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's
 
     std::string provider;  // the library; empty: the one of the program's own tree
     std::string providerName = "SensorProvider";

@@ -5,6 +5,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Answer.h"
 #include "Failure.h"
@@ -12,10 +13,14 @@
 #include "MofFormat.h"
 #include "Output.h"
 #include "ProviderOutput.h"
+#include "SchemaFiles.h"
 #include "Session.h"
 #include "TableFormat.h"
 #include "Utf8.h"
+#include "Verify.h"
+#include "VerifyFormat.h"
 #include "Watch.h"
+#include "mof/MofReader.h"
 
 namespace host {
 namespace {
@@ -74,6 +79,21 @@ int askAgain(const Options& options, const Choice& choice, Output& output, Outpu
     return kAnsweredError;
 }
 
+int verifyAnswers(const Options& options, const Choice& choice, const std::vector<std::string>& files, Output& output,
+                  Output& errors) {
+    if (options.format == Format::Mof) throw UsageError("verify has no MOF format");
+    const mof::Schema schema = readSchema(files);
+    Session session(options, choice);
+    broker::InstanceProvider& provider = session.provider();
+    const Questions questions{[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
+                              [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
+                              [&](const broker::ObjectPath& path) { return provider.getInstance(path); }};
+    const Verification verification = verify(schema, options.nameSpace, questions);
+    output.write(options.format == Format::Json ? verificationJson(verification) : verificationText(verification));
+    if (verification.firstFailure) report(*verification.firstFailure, options, errors);
+    return verification.conforms() ? kFine : kAnsweredError;
+}
+
 int complain(Output& errors, const std::exception& failure, int exitCode) {
     tell(errors, "zelhost: " + printable(failure.what()) + '\n');
     return exitCode;
@@ -83,9 +103,14 @@ int runReported(const Options& options, const OwnTree& tree, Output& output, Out
     try {
         const Choice choice = choose(options, tree);
         if (!choice.scenario.empty()) setenv("ZELCHIP_SCENARIO", choice.scenario.c_str(), 1);
+        if (options.command == Command::Verify) {
+            return verifyAnswers(options, choice, schemaFiles(options, tree), output, errors);
+        }
         const auto run = options.command == Command::Watch ? askAgain : ask;
         return run(options, choice, output, errors);
     } catch (const UsageError& failure) {
+        return complain(errors, failure, kWrongUsage);
+    } catch (const mof::MofError& failure) {
         return complain(errors, failure, kWrongUsage);
     } catch (const broker::LoadError& failure) {
         return complain(errors, failure, kNotLoaded);

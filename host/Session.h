@@ -33,6 +33,9 @@ class Session {
     // One request, as the options ask. The answer stays valid after the session.
     broker::Reply request();
 
+    // For requests of other kinds, as long as the session.
+    broker::InstanceProvider& provider() { return m_provider; }
+
   private:
     const Options& m_options;
     ChipLibrary m_chip;

@@ -1,0 +1,19 @@
+#include "mof/MofReader.h"
+
+#include <utility>
+
+#include "Utf8.h"
+#include "mof/MofParser.h"
+
+namespace mof {
+
+MofError::MofError(const std::string& file, unsigned line, const std::string& what)
+    : std::runtime_error(host::printable(file) + ':' + std::to_string(line) + ": " + what) {}
+
+Schema readMof(std::string_view text, const std::string& file, Schema before) {
+    Schema schema = std::move(before);
+    Parser(text, file, schema).parse();
+    return schema;
+}
+
+}  // namespace mof
