@@ -97,7 +97,7 @@ void GuestTest::SetUp() {
         ASSERT_EQ(std::getenv("CI"), nullptr) << outcome.unavailable;
         GTEST_SKIP() << outcome.unavailable;
     }
-    ASSERT_EQ(outcome.trouble, "");
+    ASSERT_TRUE(outcome.trouble.empty()) << outcome.trouble;
 }
 
 Strings GuestTest::section(const std::string& title) {

@@ -129,7 +129,7 @@ class Controller {
         readBehaviour();
         if (behaviour("unreachable") == 1) return;
         m_configuration = 0;
-        connection.receive();  // ICREQ
+        if (connection.receive()[0] != ICREQ) return;
         Bytes answer = makeUnit(ICRESP, 0, 128, 128);
         put(answer, 12, 4, 0x20000);  // MAXH2CDATA
         connection.send(answer);
