@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <set>
 #include <string>
 
 namespace {
@@ -32,6 +33,7 @@ reading = 400
 
 void playTerminal(int sensors) {
     const std::string path = "/etc/tarn/" + std::to_string(sensors) + "-sensors.toml";  // in the private folder
-    std::ofstream(path) << SENSOR << "count = " << sensors << "\n";
+    static std::set<int> written;
+    if (written.insert(sensors).second) std::ofstream(path) << SENSOR << "count = " << sensors << "\n";
     setenv("ZELCHIP_SCENARIO", path.c_str(), 1);
 }
