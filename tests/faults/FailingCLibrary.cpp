@@ -142,6 +142,13 @@ FAKED ssize_t getline(char** line, std::size_t* capacity, FILE* file) {
     return real(line, capacity, file);
 }
 
+// What getline is compiled to where the compiler optimises.
+FAKED ssize_t __getdelim(char** line, std::size_t* capacity, int delimiter, FILE* file) {
+    if (isToFail(Function::Getline)) return -1;
+    static const auto real = next<ssize_t (*)(char**, std::size_t*, int, FILE*)>("__getdelim");
+    return real(line, capacity, delimiter, file);
+}
+
 FAKED int glob(const char* pattern, int flags, int (*onError)(const char*, int), glob_t* result) noexcept {
     if (isToFail(Function::Glob)) return errno;
     static const auto real = next<int (*)(const char*, int, int (*)(const char*, int), glob_t*)>("glob");

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <filesystem>
 
 #include "FailingCLibrary.h"
@@ -103,6 +105,49 @@ TEST_F(FailureCallsTest, ProviderStartsAllTheSame) {
             EXPECT_GE(calls, 1U) << failing.name;
         }
         EXPECT_EQ(openDescriptors(), descriptors);
+    });
+}
+
+// While it lives, standard output and standard error lead to this descriptor, which it closes.
+class StreamsTo {
+  public:
+    explicit StreamsTo(int descriptor) : m_output(dup(STDOUT_FILENO)), m_error(dup(STDERR_FILENO)) {
+        std::fflush(stdout);
+        dup2(descriptor, STDOUT_FILENO);
+        dup2(descriptor, STDERR_FILENO);
+        close(descriptor);
+    }
+    ~StreamsTo() {
+        std::fflush(stdout);
+        dup2(m_output, STDOUT_FILENO);
+        dup2(m_error, STDERR_FILENO);
+        close(m_output);
+        close(m_error);
+    }
+    StreamsTo(const StreamsTo&) = delete;
+    StreamsTo& operator=(const StreamsTo&) = delete;
+
+  private:
+    int m_output;
+    int m_error;
+};
+
+int brokenPipe() {
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    return ends[1];
+}
+
+TEST_F(FailureCallsTest, StandardStreamsThatTakeNothingDoNotMatter) {
+    onTheTerminal([] {
+        std::signal(SIGPIPE, SIG_IGN);  // as every daemon has it
+        for (const auto& bad : {std::function<int()>([] { return open("/dev/full", O_WRONLY | O_CLOEXEC); }),
+                                std::function<int()>(brokenPipe)}) {
+            const StreamsTo streams(bad());
+            LoadedProvider loaded;
+            for (int i = 0; i < 100; ++i) expectAllAnswered(loaded.broker, loaded.provider.mi());
+        }
     });
 }
 
