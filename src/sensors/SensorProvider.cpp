@@ -55,6 +55,7 @@ sscode SensorProvider::initSensorProvider() {
         Log(LOG_ERROR, "SensorProvider::InitSensorProvider - EnumerateSensorHandles failed, sscode=0x%08x", status);
         return status;
     }
+    sensors.reserve(sensors.size() + handles.size());
     for (const unsigned int handle : handles) {
         const sscode added = addChipSensor(handle);
         if (added != 0) return added;
