@@ -66,7 +66,7 @@ void unshareMounts() {
 // The machine's entries, but for /etc/tarn, seen through symbolic links.
 void replaceEtc() {
     fs::create_directory(machineEtc);
-    mountOver("/etc", machineEtc, nullptr, MS_BIND | MS_REC, nullptr);
+    mountOver("/etc", machineEtc, "none", MS_BIND | MS_REC, nullptr);
     mountMemory("/etc");
     for (const fs::directory_entry& entry : fs::directory_iterator(machineEtc)) {
         const fs::path own = "/etc" / entry.path().filename();
@@ -84,7 +84,7 @@ void bindDevice(const std::string& name) {
         fs::create_directory(own);
     else
         std::ofstream(own).flush();
-    mountOver(machines.c_str(), own, nullptr, MS_BIND | MS_REC, nullptr);
+    mountOver(machines.c_str(), own, "none", MS_BIND | MS_REC, nullptr);
 }
 
 void replaceDev() {
@@ -97,14 +97,14 @@ void replaceDev() {
     fs::create_symlink("/proc/self/fd/0", devStage / "stdin");
     fs::create_symlink("/proc/self/fd/1", devStage / "stdout");
     fs::create_symlink("/proc/self/fd/2", devStage / "stderr");
-    mountOver(devStage.c_str(), "/dev", nullptr, MS_MOVE, nullptr);
+    mountOver(devStage.c_str(), "/dev", "none", MS_MOVE, nullptr);
     for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
         ownDeviceNames.insert(entry.path().filename());
 }
 
 void makeNamespace() {
     unshareMounts();
-    mountOver("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
+    mountOver("none", "/", "none", MS_REC | MS_PRIVATE, nullptr);
     mountMemory("/var/log");
     fs::create_directory("/var/log/tarn");
     replaceEtc();
