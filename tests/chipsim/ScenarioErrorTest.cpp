@@ -56,6 +56,12 @@ INSTANTIATE_TEST_SUITE_P(
             "KeyGivenTwice", "seed = 1\nseed = 2\n",
             ":2: Error while parsing key-value pair: cannot redefine existing integer 'seed', expected valid "
             "TOML"},
+        FaultyScenario{
+            "NoKeyInATableHeader", "[!sensor]\n",
+            ":1: Error while parsing key: expected bare key starting character or string delimiter, saw '!', "
+            "expected valid TOML"},
+        FaultyScenario{"LetterOutsideOfATextThatIsNotAscii", "seed = 1\nmodel = \u00e9\n",
+                       ":2: Error while parsing value: could not determine value type, expected valid TOML"},
         FaultyScenario{"UnknownKey", "# comment\nmodell = 1\n",
                        ":2: unknown key 'modell' in the file, expected one of model, seed, sensor, event-log, fault"},
         FaultyScenario{"UnknownTable", "\n\n[sensors]\n",
