@@ -1,12 +1,12 @@
 // The terminal's chip service library, libzelchip.so.0, as this provider uses it.
 //
-// The library is closed and comes with the terminal, so these declarations are a binary contract: the order and the types
-// of the members, the mangled names and sizeof(CChip) must stay as they are. Nothing here is virtual or const. The
-// simulated library is built against the same file.
+// The library is closed and comes with the terminal, so these declarations are a binary contract: the order and the
+// types of the members, the mangled names and sizeof(CChip) must stay as they are. Nothing here is virtual or const.
+// The simulated library is built against the same file.
 //
-// Every operation answers an sscode: 0 is success, anything else a failure whose meaning is the library's own. The records
-// are made and destroyed by the caller and filled by the library; what a record holds after a failure is undefined.
-// The library is not thread-safe: the caller lets one thread in at a time.
+// Every operation answers an sscode: 0 is success, anything else a failure whose meaning is the library's own. The
+// records are made and destroyed by the caller and filled by the library; what a record holds after a failure is
+// undefined. The library is not thread-safe: the caller lets one thread in at a time.
 #ifndef ZELSENSORS_CHIP_H
 #define ZELSENSORS_CHIP_H
 
