@@ -72,9 +72,9 @@ void Parser::qualifierDeclaration() {
         declaration.flavors = parenthesised(flavorWords(), "a flavor such as DisableOverride");
     }
     expectSymbol(';', "after the qualifier declaration");
-    const unsigned line = declaration.line;
-    const std::string name = declaration.name;
-    if (!m_schema.add(std::move(declaration))) m_lexer.fail(line, "the qualifier " + name + " is declared twice");
+    if (!m_schema.add(declaration)) {
+        m_lexer.fail(declaration.line, "the qualifier " + declaration.name + " is declared twice");
+    }
 }
 
 Names Parser::parenthesised(const Names& known, const char* expected) {

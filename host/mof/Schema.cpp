@@ -87,9 +87,8 @@ bool isSet(const std::vector<Qualifier>& qualifiers, std::string_view name) {
     return !qualifier->value || (qualifier->value->kind == Kind::Boolean && qualifier->value->magnitude != 0);
 }
 
-bool Schema::add(QualifierDeclaration declaration) {
-    std::string name = declaration.name;
-    return m_qualifiers.try_emplace(std::move(name), std::move(declaration)).second;
+bool Schema::add(const QualifierDeclaration& declaration) {
+    return m_qualifiers.try_emplace(declaration.name, declaration).second;
 }
 
 bool Schema::add(Class declaration) {

@@ -95,7 +95,7 @@ struct Member {
 class Schema {
   public:
     // False, and nothing is added, where the name is taken.
-    bool add(QualifierDeclaration declaration);
+    bool add(const QualifierDeclaration& declaration);
     bool add(Class declaration);
 
     const std::vector<Class>& classes() const { return m_classes; }  // in the order in which they were declared

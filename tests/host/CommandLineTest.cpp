@@ -89,6 +89,13 @@ TEST(CommandLine, WritingCommands) {
     EXPECT_EQ(read({"query", "x"}).options.queryLanguage, "WQL");
 }
 
+TEST(CommandLine, VerifyTakesSchemaFilesInTheirOrder) {
+    EXPECT_EQ(read({"verify"}).options.command, Command::Verify);
+    EXPECT_TRUE(read({"verify"}).options.schema.empty());
+    EXPECT_EQ(read({"verify", "--schema", "q.mof", "--schema", "a.mof"}).options.schema,
+              (std::vector<std::string>{"q.mof", "a.mof"}));
+}
+
 TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
     const Options options =
         read({"--provider", "/p.so", "--provider-name", "N", "instances", "--chip", "/c", "--scenario", "s",
@@ -116,6 +123,9 @@ TEST(CommandLine, WrongUsageIsTwoWhateverIsWrong) {
     expectWrongUsage({"instances", "A", "B"});
     expectWrongUsage({"instances", "--format", "xml"});
     expectWrongUsage({"instances", "--provider"});
+    expectWrongUsage({"instances", "--schema", "q.mof"});
+    expectWrongUsage({"verify", "--schema", "q.mof", "a.mof"});
+    expectWrongUsage({"verify", "TQS_NumericSensor"});
 }
 
 TEST(CommandLine, WatchRefusesNumbersWithoutSense) {

@@ -49,10 +49,12 @@ TEST_F(LocationsTest, BuildTree) {
     const std::string provider = make("src/sensors/libzelsensors.so.0");
     const std::string chip = make("chipsim/libzelchip.so.0");
     const std::string scenario = make("host/scenarios/healthy.toml");
+    const std::string schema = make("host/schema/tqs.mof");
     const OwnTree tree = ownTree(m_folder / "host");
     EXPECT_EQ(tree.provider, provider);
     EXPECT_EQ(tree.simulatedChip, chip);
     EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
+    EXPECT_EQ(tree.schema, fs::path(schema).parent_path());
 }
 
 TEST_F(LocationsTest, InstalledTree) {
@@ -61,10 +63,12 @@ TEST_F(LocationsTest, InstalledTree) {
     const std::string provider = make(libraries / "libzelsensors.so.0");
     const std::string chip = make(libraries / "zelsensors/libzelchip.so.0");
     const std::string scenario = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/scenarios/healthy.toml");
+    const std::string schema = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/schema/tqs.mof");
     const OwnTree tree = ownTree(fs::path(program).parent_path());
     EXPECT_EQ(tree.provider, provider);
     EXPECT_EQ(tree.simulatedChip, chip);
     EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
+    EXPECT_EQ(tree.schema, fs::path(schema).parent_path());
 }
 
 TEST_F(LocationsTest, NothingThereLeavesTheChoiceToTheLoader) {
@@ -77,7 +81,7 @@ TEST_F(LocationsTest, NothingThereLeavesTheChoiceToTheLoader) {
 }
 
 TEST_F(LocationsTest, OwnSimulatedChipIsTheDefault) {
-    const Choice choice = choose(Options(), {"/own/provider", "/own/chip", ""});
+    const Choice choice = choose(Options(), {"/own/provider", "/own/chip", "", ""});
     EXPECT_EQ(choice.provider, "/own/provider");
     EXPECT_EQ(choice.chip, "/own/chip");
     EXPECT_TRUE(choice.isChipSimulated);
@@ -87,7 +91,7 @@ TEST_F(LocationsTest, OwnSimulatedChipIsTheDefault) {
 TEST_F(LocationsTest, SystemsChipByItsWord) {
     Options options;
     options.chip = "system";
-    const Choice choice = choose(options, {"/own/provider", "/own/chip", ""});
+    const Choice choice = choose(options, {"/own/provider", "/own/chip", "", ""});
     EXPECT_EQ(choice.chip, "");
     EXPECT_FALSE(choice.isChipSimulated);
 }
@@ -107,7 +111,7 @@ TEST_F(LocationsTest, ScenarioByName) {
     const std::string file = make("scenarios/warm.toml");
     Options options;
     options.scenario = "warm";
-    EXPECT_EQ(choose(options, {"p", "c", fs::path(file).parent_path()}).scenario, file);
+    EXPECT_EQ(choose(options, {"p", "c", fs::path(file).parent_path(), ""}).scenario, file);
 }
 
 TEST_F(LocationsTest, UnknownScenarioListsTheNamesThatThereAre) {
@@ -116,23 +120,38 @@ TEST_F(LocationsTest, UnknownScenarioListsTheNamesThatThereAre) {
     make("scenarios/notes.txt");
     Options options;
     options.scenario = "tepid";
-    EXPECT_EQ(complaint(options, {"p", "c", folder}),
+    EXPECT_EQ(complaint(options, {"p", "c", folder, ""}),
               "there is no scenario tepid in " + folder.string() + "; there are: cold, warm");
 }
 
 TEST_F(LocationsTest, ScenarioByFile) {
     Options options;
     options.scenario = make("mine.toml");
-    EXPECT_EQ(choose(options, {"p", "c", ""}).scenario, options.scenario);
+    EXPECT_EQ(choose(options, {"p", "c", "", ""}).scenario, options.scenario);
     options.scenario = m_folder / "missing.toml";
-    EXPECT_EQ(complaint(options, {"p", "c", ""}), "there is no scenario file " + options.scenario);
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "there is no scenario file " + options.scenario);
 }
 
 TEST_F(LocationsTest, ScenarioNeedsASimulatedChip) {
     Options options;
     options.scenario = make("mine.toml");
     options.chip = "system";
-    EXPECT_THAT(complaint(options, {"p", "c", ""}), HasSubstr("needs a simulated chip library"));
+    EXPECT_THAT(complaint(options, {"p", "c", "", ""}), HasSubstr("needs a simulated chip library"));
+}
+
+TEST_F(LocationsTest, SchemaOfTheOwnTree) {
+    EXPECT_THAT(host::schemaFiles(Options(), {"p", "c", "", "/own/schema"}),
+                testing::ElementsAre("/own/schema/qualifiers.mof", "/own/schema/tqs.mof"));
+}
+
+TEST_F(LocationsTest, NamedSchemaReplacesTheOwnTrees) {
+    Options options;
+    options.schema = {"b.mof", "a.mof"};
+    EXPECT_THAT(host::schemaFiles(options, {"p", "c", "", "/own/schema"}), testing::ElementsAre("b.mof", "a.mof"));
+}
+
+TEST_F(LocationsTest, NoSchemaAnywhereIsWrongUsage) {
+    EXPECT_THROW(host::schemaFiles(Options(), {"p", "c", "", ""}), host::UsageError);
 }
 
 }  // namespace
