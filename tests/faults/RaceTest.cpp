@@ -1,8 +1,10 @@
 // Eight threads at once, for the thread sanitizer above all. A process is not forked and no function is replaced that
 // the sanitizer keeps an eye on.
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <thread>
 
 #include "Provider.h"
 #include "log.h"
