@@ -27,7 +27,8 @@ using broker::Value;
 using Operation = ProviderUnderTest::Operation;
 
 constexpr unsigned mostRequests = 8;
-constexpr std::int64_t updateInterval = 1000;  // milliseconds
+constexpr unsigned mostRequestsOnManySensors = 2;  // they take long
+constexpr std::int64_t updateInterval = 1000;      // milliseconds
 constexpr int notAvailable = -2147483647 - 1;
 
 std::string hexadecimal(std::uint32_t number) {
@@ -147,7 +148,7 @@ int takeNumber(Input& input) {
 
 CSensorInformation takeInformation(Input& input) {
     CSensorInformation information{};
-    information.name = input.choice(4) == 3 ? input.longText() : input.text();
+    information.name = input.choice(8) == 7 ? input.longText() : input.text();
     information.sensorType = input.choice(4) == 3 ? input.number16() : static_cast<unsigned short>(input.choice(14));
     information.isLinear = input.flag();
     information.otherSensorTypeDescription = input.text();
@@ -205,6 +206,8 @@ class Terminal {
     }
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
+
+    bool hasManySensors() const { return m_sensors.size() > 64; }
 
     // What the start must have come to; to be called once, after it.
     void start() {
@@ -266,7 +269,7 @@ class Terminal {
         for (unsigned i = 0; i < different; ++i) m_descriptions.push_back({takeInformation(m_input), 0});
         if (different > 0 && m_input.choice(16) == 15) m_descriptions.back().status = m_input.number32();
         unsigned count = m_input.byte();
-        count = count < 250 ? count % 8 : m_input.number16() % 2000;
+        count = count < 255 ? count % 8 : m_input.number16() % 1024;
         const unsigned first = m_input.number32();
         const unsigned step = m_input.byte();  // 0: all the same
         if (m_descriptions.empty()) return;
@@ -462,7 +465,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         ProviderUnderTest provider(broker);
         terminal.start();
-        for (unsigned i = 0; i < mostRequests && !input.isEmpty(); ++i) {
+        const unsigned requests = terminal.hasManySensors() ? mostRequestsOnManySensors : mostRequests;
+        for (unsigned i = 0; i < requests && !input.isEmpty(); ++i) {
             terminal.passTime();
             terminal.checkRequest(provider);
         }
