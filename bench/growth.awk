@@ -1,5 +1,5 @@
-# From the CSV report of bench_provider: a line for each number of sensors, the provider's times in nanoseconds, and
-# after them how steeply each grows.
+# From the CSV report of bench_provider: a line for each number of sensors, the provider's times in nanoseconds; after
+# them how steeply each grows, for the provider and for its floor.
 BEGIN { FS = ","; OFS = "\t"; families = split("names freshInstances dueInstances lastInstance firstInstance", family, " ") }
 
 $1 ~ /_median"$/ { name = $1; gsub(/"|_median/, "", name); time[name] = $4 }
@@ -13,8 +13,7 @@ END {
         for (f = 1; f <= families; ++f) printf "\t%.0f", time[family[f] "/provider/" n]
         printf "\n"
     }
-    for (f = 1; f <= families; ++f) {
-        slope = log(time[family[f] "/provider/10000"] / time[family[f] "/provider/100"]) / log(100)
-        printf "# slope\t%s\t%.3f\n", family[f], slope
-    }
+    for (f = 1; f <= families; ++f) print "# slope", family[f], slope(family[f] "/provider/"), slope(family[f] "/floor/")
 }
+
+function slope(who) { return sprintf("%.2f", log(time[who 10000] / time[who 100]) / log(100)) }
