@@ -41,12 +41,11 @@ build() {
     say "Building, preset '$1' (build/$1)"
     # The second time nothing is to be configured; Ninja does it itself where a CMake file has changed.
     if [ ! -f "build/$1/build.ninja" ]; then
-        cmake --preset "$1" >"build-$1.log" 2>&1 || {
-            cat "build-$1.log" >&2
-            rm -f "build-$1.log"
+        mkdir -p build
+        cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
+            cat "build/configure-$1.log" >&2
             fail "configuring preset '$1' failed; see above"
         }
-        rm -f "build-$1.log"
     fi
     # On a terminal Ninja keeps to one line; elsewhere it is told to.
     quiet=--quiet

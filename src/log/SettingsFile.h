@@ -5,8 +5,8 @@
 #include <functional>
 #include <string>
 
-// Hands each setting of the file, in the file's order, to `setting`. Does nothing when the file cannot be opened; a
-// read error ends the reading like the end of the file. An exception of `setting` passes through.
+// Hands each setting of the file, in the file's order, to `setting`. Does nothing when the file cannot be opened; after
+// a read error nothing more is handed over. An exception of `setting` passes through.
 //
 // The key is all that stands before the line's first "=", blanks included. The value is all after it but the line's
 // last character, taken to be the newline whatever it is: the last line of a file that lacks its newline is thus

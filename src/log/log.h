@@ -1,7 +1,7 @@
 // The front end of the log: what the rest of the library reports through.
 //
-// A message is written when its level is at most the sink's. The sink, a FileLogHandler, is made by the first call in
-// the process, whatever that call's level. Texts carry no newline at their end; the line brings its own.
+// A message more detailed than the sink's level is passed over. The sink, a FileLogHandler, is made by the first call
+// in the process, whatever that call's level. Texts carry no newline at their end; the line brings its own.
 //
 // All three may be called from any thread. A message that cannot be formatted or converted, or has no text (null), is
 // dropped. What leaves a call is only what was raised inside it: an allocation's std::bad_alloc, or an exception of the

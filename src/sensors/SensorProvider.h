@@ -75,7 +75,7 @@ class SensorProvider {
     void returnEventLog(const CMPIResult* rslt);
 };
 
-// The provider object, or null. Set by the factory, cleared by the provider's destructor.
+// The one provider there is at a time, or null between its destruction and the next call of the factory.
 extern std::atomic<SensorProvider*> drvProvider;
 
 #endif

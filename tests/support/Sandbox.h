@@ -1,4 +1,4 @@
-// A process's own /etc/tarn, /var/log/tarn and /dev, in a private mount namespace.
+// Keeps the tests off the machine's /etc/tarn, /var/log/tarn and /dev: the process sees folders of its own there.
 //
 // The test programs of the project link `test_support`, whose main() enters the namespace before any test runs.
 // /etc/tarn and /var/log/tarn are empty folders in memory then, also where the machine has none; the rest of /etc is

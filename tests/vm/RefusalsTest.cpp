@@ -1,4 +1,4 @@
-// Each command refused with a status, one by one. The first of two scripted drives refuses; it has 28 degrees, the
+// Every command in turn meets a refusal. The first of two scripted drives refuses; it has 28 degrees, the
 // other one 47.
 #include "Guest.h"
 
