@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +15,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "FileLogHandler.h"
@@ -155,6 +157,60 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) 
         whole += lines.whole;
     }
     EXPECT_GE(whole, 1U);
+}
+
+// Write calls made by this thread, or -1 where the kernel does not count them.
+long writeCalls() {
+    std::ifstream counts("/proc/thread-self/io");
+    for (std::string name, number; counts >> name >> number;) {
+        if (name == "syscw:") return std::stol(number);
+    }
+    return -1;
+}
+
+TEST_F(LogStressTest, LineOfAnyLengthIsOneWrite) {
+    configure("MaxLength=-1\n");
+    if (writeCalls() < 0) GTEST_SKIP() << "the kernel does not count write calls (CONFIG_TASK_IO_ACCOUNTING)";
+    inProcesses(1, [](unsigned) {
+        OpenHandler handler;
+        for (const std::size_t length : {40U, 4095U, 4096U, 4097U, 10000U, 1000000U}) {
+            const long before = writeCalls();
+            handler.write(numberedLine(1, 1, length));
+            EXPECT_EQ(writeCalls(), before + 1);
+        }
+    });
+    EXPECT_EQ(countLines(contentsOf(LOG_FILE)).whole, 6U);
+}
+
+unsigned openDescriptorsOf(const fs::path& path) {
+    unsigned count = 0;
+    std::error_code ignored;
+    for (const fs::directory_entry& descriptor : fs::directory_iterator("/proc/self/fd")) {
+        // A deleted file's name has more after it.
+        if (fs::read_symlink(descriptor, ignored).native().rfind(path.native(), 0) == 0) ++count;
+    }
+    return count;
+}
+
+TEST_F(LogStressTest, ThreadsThatFindTheFileDeletedAtOnceReplaceItByOne) {
+    inProcesses(1, [](unsigned) {
+        OpenHandler handler;
+        std::atomic<unsigned> working{4};
+        std::vector<std::thread> threads;
+        for (unsigned thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&handler, &working, thread] {
+                for (unsigned i = 0; i < 3000; ++i) handler.write(numberedLine(thread, i, 60));
+                --working;
+            });
+        }
+        std::error_code ignored;
+        while (working > 0) fs::remove(LOG_FILE, ignored);
+        for (std::thread& thread : threads) thread.join();
+        handler.write(numberedLine(9, 1, 60));
+        EXPECT_EQ(handler.state(), State::Open);
+        EXPECT_EQ(openDescriptorsOf(LOG_FILE), 1U);
+    });
+    EXPECT_EQ(countLines(contentsOf(LOG_FILE)).torn, 0U);
 }
 
 TEST_F(LogStressTest, EachOfSeveralProcessesStopsAtTheLimit) {

@@ -6,7 +6,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr char EVERYTHING[] =
-    "sensor-type = 2\nbase-units = 4\nrate-units = 3\nunit-modifier = -1\nis-linear = true\naccuracy = -2\n"
+    "sensor-type = 2\nbase-units = 4\nrate-units = 3\nunit-modifier = -1\nis-linear = false\naccuracy = -2\n"
     "hysteresis = 3\nlower-threshold-critical = -4\nlower-threshold-fatal = -5\nlower-threshold-non-critical = -6\n"
     "max-readable = 107\nmin-readable = -8\nnominal-reading = 9\nother-sensor-type-description = \"of a kind\"\n"
     "resolution = 10\nunread = 77\nupper-threshold-critical = 11\nupper-threshold-fatal = 12\n"
@@ -21,7 +21,7 @@ const Strings everyProperty = {
     "Description=chars:CPU(0000001a): Temperature sensor",
     "DeviceID=chars:0000001a",
     "Hysteresis=uint32:3",
-    "IsLinear=boolean:1",
+    "IsLinear=boolean:0",
     "LowerThresholdCritical=sint32:-4",
     "LowerThresholdFatal=sint32:-5",
     "LowerThresholdNonCritical=sint32:-6",

@@ -231,16 +231,18 @@ class OddKeyTest : public GetInstanceTest {
     }
 
     // The same with a path whose getKey answers this.
-    static void expectRefused(LoadedProvider& loaded, const CMPIData& answer) {
+    static void expectRefused(LoadedProvider& loaded, const CMPIData& answer, CMPIrc answeredStatus = CMPI_RC_OK) {
         static CMPIData key;
+        static CMPIrc rc;
         key = answer;
+        rc = answeredStatus;
         for (const char* className : {SENSOR_CLASS, LOG_CLASS}) {
             takeLog();
             broker::Request request(loaded.broker);
             CMPIObjectPath* path = request.makePath(namedPath(className, "CPU(00000001)"));
             CMPIObjectPathFT table = *path->ft;
             table.getKey = [](const CMPIObjectPath*, const char*, CMPIStatus* status) {
-                if (status != nullptr) *status = {CMPI_RC_OK, nullptr};
+                if (status != nullptr) *status = {rc, nullptr};
                 return key;
             };
             path->ft = &table;
@@ -311,6 +313,16 @@ TEST_F(OddKeyTest, NullStateIsAFailureWhateverTheValueHolds) {
         static char text[] = "CPU(00000001)";
         key.value.chars = text;
         expectRefused(loaded, key);
+    });
+}
+
+TEST_F(OddKeyTest, FailedStatusIsAFailureWhateverTheValueHolds) {
+    inFreshProcess([] {
+        LoadedProvider loaded;
+        CMPIData key = data(CMPI_chars);
+        static char text[] = "CPU(00000001)";
+        key.value.chars = text;
+        expectRefused(loaded, key, CMPI_RC_ERR_NOT_FOUND);
     });
 }
 

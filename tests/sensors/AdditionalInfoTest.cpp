@@ -258,13 +258,13 @@ TEST_F(AdditionalSensors, ReadingWithinTheIntervalTouchesNoDrive) {
     EXPECT_THAT(standardError, HasSubstr("no need to read - diff is 999, update interval is 1000\n"));
 }
 
-TEST_F(AdditionalSensors, ReadingOfTheThirdDriveLooksAtThreeDrivesAndReadsTheThird) {
+TEST_F(AdditionalSensors, ReadingOfTheThirdOfFourDrivesLooksAtThreeDrivesAndReadsTheThird) {
     runOnModel("grebel", [] {
-        expectDrives({300, 301, 302});
+        expectDrives({300, 301, 302, 303});
         AdditionalInfo info;
         std::vector<TQS_NumericSensor> sensors;
         info.processGrebel(&sensors);
-        ASSERT_EQ(sensors.size(), 3U);
+        ASSERT_EQ(sensors.size(), 4U);
         fakeclock::advanceMilliseconds(1000);
         drives::expect(drives::healthPage(nodeOf(2), 333));
         info.updateReading(sensors[2]);
@@ -283,9 +283,10 @@ TEST_F(AdditionalSensors, ReadingOfTheThirdDriveLooksAtThreeDrivesAndReadsTheThi
                     "physicalDisk=nvme1",
                     "AdditionalInfo::UpdateReading - Adding SsdDevice devPath=/dev/nvme2, fw_rev=FW2     , "
                     "physicalDisk=nvme2",
-                    "NvmeSsd::getSsdTemperature - starting",                              //
-                    "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed",  // the copy of the list
-                    "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed"));
+                    "NvmeSsd::getSsdTemperature - starting",
+                    // The copy of the list, then the list.
+                    "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed",
+                    "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed", "SsdDevice destroyed"));
 }
 
 // The position decides, not the drive's own number: here the one drive is nvme1.

@@ -171,12 +171,14 @@ TEST_F(SmartIoIdentify, ControllerThatCannotBeIdentifiedIsAFailure) {
 }
 
 TEST_F(SmartIoIdentify, ResultThatIsNotZeroIsAFailure) {
-    identify({drives::namespaceIdQuery(node, -1), withResult(drives::identifyController(node, drives::Drive()), 7)},
-             false);
-    identify(
-        {drives::namespaceIdQuery(node, -1), withResult(drives::identifyController(node, drives::Drive()), 0xFFFFFFFE)},
-        false);
-    EXPECT_THAT(messagesAt("Error"), ElementsAre("SmartIo::nvme_read_identify - result failed: 7",
+    for (const std::uint32_t result : {1U, 7U, 0xFFFFFFFEU}) {
+        identify(
+            {drives::namespaceIdQuery(node, -1), withResult(drives::identifyController(node, drives::Drive()), result)},
+            false);
+    }
+    EXPECT_THAT(messagesAt("Error"), ElementsAre("SmartIo::nvme_read_identify - result failed: 1",
+                                                 "SmartIo::getIdentifyNVMeData - nvme_read_identify failed",
+                                                 "SmartIo::nvme_read_identify - result failed: 7",
                                                  "SmartIo::getIdentifyNVMeData - nvme_read_identify failed",
                                                  "SmartIo::nvme_read_identify - result failed: -2",
                                                  "SmartIo::getIdentifyNVMeData - nvme_read_identify failed"));

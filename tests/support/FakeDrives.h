@@ -2,7 +2,7 @@
 // test too, also in a library that was loaded with dlopen. The device nodes are plain files in the sandbox's /dev.
 //
 // Commands are scripted: each expected command is compared field by field, in order, and one that comes unexpected or
-// is left over fails the test.
+// is left over, or goes to a drive that was opened for writing, fails the test.
 #ifndef ZELSENSORS_TESTS_FAKEDRIVES_H
 #define ZELSENSORS_TESTS_FAKEDRIVES_H
 
