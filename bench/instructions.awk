@@ -1,4 +1,5 @@
-# From one of callgrind's dumps of bench_paths: the path, and the instructions of one run of it.
+# From one of callgrind's dumps of bench_paths, for each function the path, the function, and its instructions in one run
+# of that path. What a measured function calls elsewhere counts whole, under the name of what it called.
 #
 # Counted are those of the measured code (the shared library; for the log and the drives, which are linked in, the
 # program itself), and of whatever that calls in other libraries, but not the broker's (which is in the program) nor the
@@ -19,15 +20,18 @@ function named(text,    id, kind) {
 }
 /^ob=/ { object = named($0) }
 /^fn=/ { caller = named($0) }
-/^cfn=/ { named($0) }
+/^cfn=/ { callee = named($0) }
 /^cob=/ { called = named($0) }
 /^calls=/ { isCall = 1; next }
 /^[-+*0-9]/ {
     isMeasured = object ~ (isLinkedIn ? "/bench_paths$" : "/libzelsensors") && caller != "(below main)"
     isOutside = called != "" && called !~ /\/(bench_paths|libzelsensors[^\/]*|libzelchip[^\/]*)$/
-    if (isMeasured && (!isCall || isOutside)) count += $2
+    if (isMeasured && (!isCall || isOutside)) counts[isCall ? callee : caller] += $2
     isCall = 0
     called = ""
 }
 # The first line happens but once, and costs what the state of the heap then makes it cost.
-END { if (path != "" && path != "log-first-line") printf "%s\t%d\n", path, count / 10 }
+END {
+    if (path == "" || path == "log-first-line") exit
+    for (name in counts) printf "%s\t%s\t%.1f\n", path, name, counts[name] / 10
+}
