@@ -1,7 +1,9 @@
 // What no scenario can show: a chip library that raises exceptions, and how the provider enters it. This program is its
 // own chip library: the loaded provider takes the program's symbols before those of the simulated one.
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -148,6 +150,22 @@ TEST_F(OwnChipTest, OneThreadAtATimeIsInTheChipLibrary) {
             });
         for (std::thread& thread : threads) thread.join();
         EXPECT_FALSE(hadTwoInside);
+    });
+}
+
+TEST_F(OwnChipTest, FactoryReturnsOnlyWhenTheProviderIsReady) {
+    inFreshProcess([] {
+        broker::Broker broker;
+        const broker::ProviderLibrary library(PROVIDER_LIBRARY);
+        std::array<std::unique_ptr<broker::InstanceProvider>, 8> providers;  // live to the end of all requests
+        std::vector<std::thread> threads;
+        for (auto& provider : providers)
+            threads.emplace_back([&broker, &library, &provider] {
+                provider = std::make_unique<broker::InstanceProvider>(library, "SensorProvider", broker);
+                EXPECT_EQ(provider->enumerateInstances(classPath(SENSOR_CLASS)).status.rc, CMPI_RC_OK);
+            });
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(chips, 1);
     });
 }
 

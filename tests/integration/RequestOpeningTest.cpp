@@ -96,6 +96,22 @@ TEST_F(RequestOpeningTest, OtherNamespaceIsRefused) {
     expectRefusal(SENSOR_CLASS, "root/cimv22", CMPI_RC_ERR_INVALID_NAMESPACE);
 }
 
+TEST_F(RequestOpeningTest, EachCharacterOfTheNamespaceCounts) {
+    inFreshProcess([] {
+        LoadedProvider loaded;
+        const std::string nameSpace = "root/cimv2";
+        for (std::size_t i = 0; i < nameSpace.size(); ++i) {
+            std::string other = nameSpace;
+            other[i] = '_';
+            const std::string shorter = nameSpace.substr(0, i);
+            for (const RequestKind& kind : kinds) {
+                EXPECT_EQ(kind.send(loaded.provider, cpuIn(SENSOR_CLASS, other)).status.rc, 3) << other;
+                EXPECT_EQ(kind.send(loaded.provider, cpuIn(SENSOR_CLASS, shorter)).status.rc, 3) << shorter;
+            }
+        }
+    });
+}
+
 TEST_F(RequestOpeningTest, ClassInAnotherCaseIsUnknown) {
     expectRefusal("TQS_numericSensor", "root/cimv2", CMPI_RC_ERR_INVALID_CLASS);
 }
@@ -167,6 +183,50 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedIsLoggedWithCodeAndText) {
                     Strings(log.end() - 2, log.end()),
                     ElementsAre(std::string(kind.raisedStatus) + (hasText ? "2, keep out" : "2, "), kind.noneFound));
             }
+        }
+    });
+}
+
+// A result that takes one path or instance, and raises a status object with the next.
+const CMPIResultFT* wholeResult = nullptr;
+unsigned taken = 0;
+
+void refuseAfterOne() {
+    if (++taken > 1) throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, nullptr};
+}
+
+CMPIStatus takeOnePath(const CMPIResult* result, const CMPIObjectPath* path) {
+    refuseAfterOne();
+    return wholeResult->returnObjectPath(result, path);
+}
+
+CMPIStatus takeOneInstance(const CMPIResult* result, const CMPIInstance* instance) {
+    refuseAfterOne();
+    return wholeResult->returnInstance(result, instance);
+}
+
+TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedLaterKeepsWhatWasReturned) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}) + chipSensor(2, "Fan", {900}));
+        LoadedProvider loaded;
+        for (const RequestKind& kind : {kinds[0], kinds[1]}) {
+            takeLog();
+            broker::Request request(loaded.broker);
+            auto* result = const_cast<CMPIResult*>(request.result());  // the broker made it changeable
+            wholeResult = result->ft;
+            taken = 0;
+            CMPIResultFT table = *result->ft;
+            table.returnObjectPath = takeOnePath;
+            table.returnInstance = takeOneInstance;
+            result->ft = &table;
+            const CMPIStatus status =
+                kind.call(loaded.provider.mi(), request, request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2")));
+            EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED) << kind.entry;
+            const broker::Reply reply = request.reply();
+            EXPECT_EQ(reply.doneCalls, 1U) << kind.entry;
+            EXPECT_EQ(reply.paths.size() + reply.instances.size(), 1U) << kind.entry;
+            EXPECT_EQ(takeLog().back(), std::string(kind.raisedStatus) + "2, ") << kind.entry;
+            result->ft = wholeResult;
         }
     });
 }

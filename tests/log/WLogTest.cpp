@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <clocale>
 #include <string>
 
@@ -68,6 +69,14 @@ TEST_F(WLogTest, TextIsCutTo4095Characters) {
                 ElementsAre(std::string(4095, 'a'), std::string(4095, 'b'), "start " + std::string(4089, 'c'), "next"));
 }
 
+TEST_F(WLogTest, TooLongTextIsCutWhateverFailedBefore) {
+    runAnew([] {
+        errno = EILSEQ;
+        WLog(LOG_ERROR, L"%ls", std::wstring(5000, L'f').c_str());
+    });
+    EXPECT_THAT(loggedMessages(), ElementsAre(std::string(4095, 'f')));
+}
+
 TEST_F(WLogTest, TooLongTextWithANulOfItsOwnEndsThere) {
     runAnew([] { WLog(LOG_ERROR, L"start%lc%ls", static_cast<wint_t>(0), std::wstring(5000, L'd').c_str()); });
     EXPECT_THAT(loggedMessages(), ElementsAre("start"));
@@ -83,6 +92,7 @@ TEST_F(WLogUtf8Test, TextIsCutAtTheLastCharacterThatFitsIn4095Bytes) {
     runAnew([] {
         // 4096 bytes, so that the last character ends where the end mark belongs.
         WLog(LOG_ERROR, L"%ls", std::wstring(2048, L'\u00b0').c_str());
+        WLog(LOG_ERROR, L"\u00b0%ls", std::wstring(4094, L'e').c_str());
         // 4095 bytes to the end of a character.
         WLog(LOG_ERROR, L"a%ls", std::wstring(3000, L'\u00b0').c_str());
         WLog(LOG_ERROR, L"%ls", std::wstring(3000, L'\u20ac').c_str());
@@ -91,9 +101,10 @@ TEST_F(WLogUtf8Test, TextIsCutAtTheLastCharacterThatFitsIn4095Bytes) {
         WLog(LOG_ERROR, L"aa%ls", std::wstring(3000, L'\u20ac').c_str());
         WLog(LOG_ERROR, L"%ls", std::wstring(5000, L'\U0001f321').c_str());
     });
-    EXPECT_THAT(loggedMessages(), ElementsAre(repeat("\xc2\xb0", 2047), "a" + repeat("\xc2\xb0", 2047),
-                                              repeat("\xe2\x82\xac", 1365), "a" + repeat("\xe2\x82\xac", 1364),
-                                              "aa" + repeat("\xe2\x82\xac", 1364), repeat("\xf0\x9f\x8c\xa1", 1023)));
+    EXPECT_THAT(loggedMessages(), ElementsAre(repeat("\xc2\xb0", 2047), "\xc2\xb0" + std::string(4093, 'e'),
+                                              "a" + repeat("\xc2\xb0", 2047), repeat("\xe2\x82\xac", 1365),
+                                              "a" + repeat("\xe2\x82\xac", 1364), "aa" + repeat("\xe2\x82\xac", 1364),
+                                              repeat("\xf0\x9f\x8c\xa1", 1023)));
 }
 
 TEST_F(WLogUtf8Test, ArgumentThatCannotBeFormattedDropsTheMessage) {

@@ -37,6 +37,12 @@ CMPIInstance* giveTheOneInstance(const CMPIBroker*, const CMPIObjectPath*, CMPIS
     return &instance;
 }
 
+// Leaves something in the memory where the next call has its variables.
+[[gnu::noinline]] void soilStack() {
+    volatile unsigned char soil[1024];
+    for (volatile unsigned char& byte : soil) byte = 0xEE;
+}
+
 class CopyingBroker {
   public:
     CopyingBroker() {
@@ -107,11 +113,17 @@ TEST(CimModel, ObjectsOfARefusedInstanceStayTheBrokers) {
 TEST(CimModel, NumbersTravelInAWholeZeroedValue) {
     const CopyingBroker broker;
     InstanceBuilder builder(broker.handle(), nullptr);
+    soilStack();
     builder.uint8("a", 0xA1);
+    soilStack();
     builder.uint16("b", 0xB1B2);
+    soilStack();
     builder.uint32("c", 0xC1C2C3C4);
+    soilStack();
     builder.sint32("d", -2);
+    soilStack();
     builder.boolean("e", true);
+    soilStack();
     builder.boolean("f", false);
 
     const std::vector<std::vector<unsigned char>> expected = {

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -13,6 +14,7 @@
 #include "LogLines.h"
 #include "NvmeSsd.h"
 #include "Sandbox.h"
+#include "log.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -176,6 +178,16 @@ TEST_F(NvmeSsdTemperature, IsThePagesLessTwoHundredAndSeventyThree) {
     EXPECT_THAT(messagesAt("Debug"), ElementsAre("NvmeSsd::getSsdTemperature - starting",  //
                                                  "NvmeSsd::getSsdTemperature - starting"));
     EXPECT_EQ(loggedMessages().size(), 2U);
+}
+
+// A daemon may have closed its standard input.
+TEST_F(NvmeSsdTemperature, DescriptorZeroIsAsGoodAsAnyOther) {
+    drives::makeNode("/dev/nvme0");
+    runWithFullLog([] {
+        LogQuick(LOG_ERROR, "has its descriptor now");
+        close(STDIN_FILENO);
+        EXPECT_EQ(temperatureOf(drives::healthPage("/dev/nvme0", 300)), 27);
+    });
 }
 
 TEST_F(NvmeSsdTemperature, OneBelowZeroWrapsAround) {

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -15,6 +16,7 @@
 #include "LogLines.h"
 #include "Sandbox.h"
 #include "SmartIo.h"
+#include "log.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -121,6 +123,17 @@ TEST_F(SmartIoIdentify, OpensWithoutWaiting) {
     sandbox::reset();
     ASSERT_EQ(mkfifo(node.c_str(), 0600), 0);  // has no writer, for which a waiting open would wait
     identify(drives::identification(node, drives::Drive()), true);
+}
+
+// A daemon may have closed its standard input.
+TEST_F(SmartIoIdentify, DescriptorZeroIsAsGoodAsAnyOther) {
+    runWithFullLog([] {
+        LogQuick(LOG_ERROR, "has its descriptor now");
+        close(STDIN_FILENO);
+        drives::expect(drives::identification(node, drives::Drive()));
+        IdentifyData data;
+        EXPECT_TRUE(SmartIo::getIdentifyNVMeData(node, data));
+    });
 }
 
 TEST_F(SmartIoIdentify, KnownNamespaceIsAskedFor) {
