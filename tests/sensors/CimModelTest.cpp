@@ -110,7 +110,7 @@ TEST(CimModel, ObjectsOfARefusedInstanceStayTheBrokers) {
 }
 
 // One broker copies all of a value, whatever its type.
-TEST(CimModel, NumbersTravelInAWholeZeroedValue) {
+TEST(CimModel, NumbersAndArraysTravelInAWholeZeroedValue) {
     const CopyingBroker broker;
     InstanceBuilder builder(broker.handle(), nullptr);
     soilStack();
@@ -125,10 +125,13 @@ TEST(CimModel, NumbersTravelInAWholeZeroedValue) {
     builder.boolean("e", true);
     soilStack();
     builder.boolean("f", false);
+    soilStack();
+    builder.array("g", nullptr, CMPI_charsA);
 
     const std::vector<std::vector<unsigned char>> expected = {
-        {0xA1}, {0xB2, 0xB1}, {0xC4, 0xC3, 0xC2, 0xC1}, {0xFE, 0xFF, 0xFF, 0xFF}, {1}, {0}};
-    const std::vector<CMPIType> types = {CMPI_uint8, CMPI_uint16, CMPI_uint32, CMPI_sint32, CMPI_boolean, CMPI_boolean};
+        {0xA1}, {0xB2, 0xB1}, {0xC4, 0xC3, 0xC2, 0xC1}, {0xFE, 0xFF, 0xFF, 0xFF}, {1}, {0}, {0}};
+    const std::vector<CMPIType> types = {CMPI_uint8,   CMPI_uint16,  CMPI_uint32, CMPI_sint32,
+                                         CMPI_boolean, CMPI_boolean, CMPI_charsA};
     ASSERT_EQ(setValues.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
         std::array<unsigned char, sizeof(CMPIValue)> whole{};

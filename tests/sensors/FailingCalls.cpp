@@ -65,10 +65,10 @@ WithoutRootsRights::~WithoutRootsRights() {
 
 extern "C" __attribute__((visibility("default"))) int glob(const char* pattern, int flags,
                                                            int (*onError)(const char*, int), glob_t* result) noexcept {
-    if (globCode.has_value()) return *globCode;
     using Glob = int (*)(const char*, int, int (*)(const char*, int), glob_t*);
     static const Glob real = reinterpret_cast<Glob>(dlsym(RTLD_NEXT, "glob"));
-    return real(pattern, flags, onError, result);
+    const int code = real(pattern, flags, onError, result);
+    return globCode.value_or(code);
 }
 
 extern "C" __attribute__((visibility("default"))) int fcntl(int descriptor, int command, ...) {

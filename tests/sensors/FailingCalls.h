@@ -7,7 +7,7 @@
 
 namespace failing {
 
-void globAnswers(int code);      // every glob() from now on
+void globAnswers(int code);      // every glob() from now on; what it has found stands all the same
 void setfdFailsWith(int error);  // every fcntl(F_SETFD) from now on
 // The flags of the last fcntl(F_SETFD), if there was one.
 std::optional<int> lastSetfdFlags();

@@ -161,7 +161,8 @@ TEST_F(NvmeSsdScan, SearchThatRunsOutOfMemoryIsLogged) {
     EXPECT_EQ(messagesAt("Error").size(), 1U);
 }
 
-TEST_F(NvmeSsdScan, SearchThatIsAbortedIsSilent) {
+TEST_F(NvmeSsdScan, SearchThatIsAbortedIsSilentAndFindsNothing) {
+    drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         failing::globAnswers(GLOB_ABORTED);
         EXPECT_FALSE(NvmeSsd().scanNVMeDevices());
@@ -233,12 +234,15 @@ TEST_F(NvmeSsdTemperature, MissingDeviceReadsAsZeroAndIsTold) {
 TEST_F(NvmeSsdTemperature, CommandThatTheDriveRefusesReadsAsZeroSilently) {
     drives::makeNode("/dev/nvme0");
     const std::string standardError = runWithFullLog([] {
-        drives::Expectation page = drives::healthPage("/dev/nvme0", 300);
-        page.answer.returned = 0x2002;
-        EXPECT_EQ(temperatureOf(page), 0);
+        for (const int status : {1, 0x2002}) {
+            drives::Expectation page = drives::healthPage("/dev/nvme0", 300);
+            page.answer.returned = status;
+            EXPECT_EQ(temperatureOf(page), 0);
+        }
     });
     EXPECT_EQ(standardError, "");
-    EXPECT_THAT(loggedMessages(), ElementsAre("NvmeSsd::getSsdTemperature - starting"));
+    EXPECT_THAT(loggedMessages(), ElementsAre("NvmeSsd::getSsdTemperature - starting",  //
+                                              "NvmeSsd::getSsdTemperature - starting"));
 }
 
 TEST_F(NvmeSsdTemperature, CommandThatTheKernelRefusesReadsAsZeroKelvin) {
