@@ -10,7 +10,7 @@ namespace host {
 
 enum class JsonLayout { Indented, OneLine };
 
-// One JSON object with a newline at its end, of one shape for every command:
+// One JSON object with a newline at its end, of one shape for every command that asks for paths or instances:
 //   {"command": text, "namespace": text, "class": text,
 //    "status": {"rc": number, "name": text, "message": text},        message only where there is one
 //    "paths": [{"namespace": text, "class": text, "keys": {name: value}}],      and "host" where there is one

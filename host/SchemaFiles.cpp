@@ -1,6 +1,8 @@
 #include "SchemaFiles.h"
 
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <utility>
 
@@ -21,7 +23,7 @@ std::string contentsOf(const std::string& file) {
         contents.append(block.data(), static_cast<std::size_t>(stream.gcount()));
         if (contents.size() > kLargestFile) throw UsageError("the schema file " + file + " is larger than 16 MiB");
     }
-    if (!stream.eof()) throw UsageError("the schema file " + file + " cannot be read");
+    if (!stream.eof()) throw UsageError("the schema file " + file + " cannot be read (" + std::strerror(errno) + ")");
     return contents;
 }
 

@@ -59,18 +59,18 @@ void AdditionalInfo::initialise(std::vector<TQS_NumericSensor>* sensors) {
         processGrebel(sensors);
     }
     if (CPOSSystem::s_instance.IsZan() && nvmeReadings != 0) Log(LOG_DEBUG, "AdditionalInfo::initialise is ZAN");
-    m_initialised = true;
+    initialised = true;
 }
 
 void AdditionalInfo::processGrebel(std::vector<TQS_NumericSensor>* sensors) {
     Log(LOG_INFO, "Processing additionals for Grebel machine");
-    if (!m_nvmeSsd.scanNVMeDevices()) {
+    if (!nvmeSsd.scanNVMeDevices()) {
         Log(LOG_DEBUG, "AdditionalInfo::processGrebel - NvmeSsd devices not added.");
         return;
     }
-    const std::vector<SsdDevice> drives = m_nvmeSsd.getSsdList();
+    const std::vector<SsdDevice> drives = nvmeSsd.getSsdList();
     for (unsigned int position = 0; position < drives.size(); ++position) {
-        const unsigned short celsius = m_nvmeSsd.getSsdTemperature(static_cast<int>(position));
+        const unsigned short celsius = nvmeSsd.getSsdTemperature(static_cast<int>(position));
         sensors->push_back(makeDriveSensor(position, drives[position], celsius));
     }
 }
@@ -81,13 +81,13 @@ void AdditionalInfo::updateReading(TQS_NumericSensor& sensor) {
         Log(LOG_DEBUG, "SensorProvider::UpdateReading - No need to update sensor %s yet", sensor.getName());
         return;
     }
-    const std::vector<SsdDevice> drives = m_nvmeSsd.getSsdList();
+    const std::vector<SsdDevice> drives = nvmeSsd.getSsdList();
     for (unsigned int position = 0; position < drives.size(); ++position) {
         const SsdDevice& drive = drives[position];
         Log(LOG_DEBUG, "AdditionalInfo::UpdateReading - Adding SsdDevice devPath=%s, fw_rev=%s, physicalDisk=%s",
             drive.devPath.c_str(), drive.fw_rev.c_str(), drive.physicalDisk.c_str());
         if (nameOfDriveSensor(position + 1) == sensor.getName()) {
-            sensor.setCurrentReading(m_nvmeSsd.getSsdTemperature(static_cast<int>(position)));
+            sensor.setCurrentReading(nvmeSsd.getSsdTemperature(static_cast<int>(position)));
             return;
         }
     }

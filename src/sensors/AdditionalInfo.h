@@ -24,8 +24,8 @@ class AdditionalInfo {
     void getConfig(int& nvmeReadings);
 
   protected:
-    NvmeSsd m_nvmeSsd;
-    bool m_initialised = false;  // whether initialise() has come to its end
+    NvmeSsd nvmeSsd;
+    bool initialised = false;  // whether initialise() has come to its end
 };
 
 #endif

@@ -1,6 +1,6 @@
 // The terminal's NVMe drives: finding them, and reading their temperatures.
 //
-// Failures are logged and answered, never raised. Not thread-safe.
+// Failures are answered, never raised; which of them are logged is said below. Not thread-safe.
 #ifndef ZELSENSORS_NVMESSD_H
 #define ZELSENSORS_NVMESSD_H
 
@@ -13,7 +13,8 @@
 class NvmeSsd {
   public:
     // Looks for the controllers /dev/nvme0 to /dev/nvme9 and appends those that can be identified, in the order of
-    // their names. True when at least one was appended. A second scan appends them again.
+    // their names. True when at least one was appended. A second scan appends them again. What cannot be identified is
+    // logged.
     bool scanNVMeDevices();
 
     // A copy of the list, in the order of discovery.
@@ -22,11 +23,12 @@ class NvmeSsd {
     // Appends one drive. Always true.
     bool addSsdDevice(const IdentifyData& data, const std::string& physicalDisk, const std::string& devPath);
 
-    // The composite temperature in °C, modulo 65536, of the controller /dev/nvme<index>; 0 when it cannot be opened or
-    // the drive refuses, which a real 0 °C cannot be told from. The index is a number in /dev, not a position in the
-    // list.
+    // The composite temperature in °C, modulo 65536, of the controller /dev/nvme<index>. 0 when it cannot be opened
+    // (logged) or the drive refuses (not logged), which a real 0 °C cannot be told from; 65263, which is 0 K, when the
+    // kernel refuses (not logged). The index is a number in /dev, not a position in the list.
     unsigned short getSsdTemperature(int index);
 
+    // In whole degrees. For whoever needs it; the readings above are converted already.
     int kelvinToCelsius(int kelvin);
 
   private:

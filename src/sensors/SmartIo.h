@@ -21,8 +21,9 @@ class SmartIo {
     // `data` then holds what was learnt until then.
     static bool getIdentifyNVMeData(const std::string& devPath, IdentifyData& data);
 
-    // One Identify command. `cns` chooses the structure (nvme::CNS_...), which fills `data` of `data_len` bytes. False:
-    // the kernel or the drive refused, which has been logged.
+    // One Identify command. `cns` chooses the structure (nvme::CNS_...), which fills `data` of `data_len` bytes. False,
+    // with a line in the log: the kernel refused, or the command's result is not 0. A drive's refusal by status alone
+    // counts as success, and leaves `data` zero.
     static bool nvme_read_identify(int fd, unsigned int nsid, unsigned char cns, void* data, unsigned int data_len);
 };
 

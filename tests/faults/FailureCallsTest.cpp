@@ -108,6 +108,26 @@ TEST_F(FailureCallsTest, ProviderStartsAllTheSame) {
     });
 }
 
+TEST_F(FailureCallsTest, ReadErrorInAConfigurationKeepsTheSettingsBeforeIt) {
+    onTheTerminal([] {
+        sandbox::writeLogConfiguration("Level=3\nLevel=0\n");
+        sandbox::writeSensorConfiguration("NvmeReadings=1\nNvmeReadings=0\n");
+        const auto start = [](unsigned failingLine, std::size_t sensors) {
+            const FailingCall failingCall(Function::Getline, failingLine, EIO);
+            LoadedProvider loaded;
+            EXPECT_TRUE(failingCall.hasCome());
+            const Answered names =
+                send(loaded.broker, loaded.provider.mi(), allSendings().front(), [](const auto& call) { call(); });
+            EXPECT_EQ(names.count, sensors);
+        };
+        takeLog();
+        start(2, 2);  // the second line of the log's configuration
+        EXPECT_THAT(takeLog(), testing::Contains("Debug SensorProvider::initialise"));
+        start(5, 3);  // the second of the sensors', after two lines of the log's and its end
+        EXPECT_THAT(takeLog(), testing::IsEmpty());
+    });
+}
+
 // While it lives, standard output and standard error lead to this descriptor, which it closes.
 class StreamsTo {
   public:

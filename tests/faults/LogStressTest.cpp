@@ -148,8 +148,6 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) 
             }
         }
     });
-    OpenHandler handler;
-    handler.write(numberedLine(9, 1, 40));
     unsigned whole = 0;
     for (const fs::directory_entry& file : fs::directory_iterator(FOLDER)) {
         const Lines lines = countLines(contentsOf(file));

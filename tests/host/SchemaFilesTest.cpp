@@ -43,8 +43,8 @@ TEST(SchemaFiles, EachFileUsesWhatThoseBeforeItDeclare) {
 TEST(SchemaFiles, UnreadableFileIsWrongUsage) {
     const TestFolder folder;
     EXPECT_EQ(usageComplaint(folder.path("none.mof")),
-              "the schema file " + folder.path("none.mof") + " cannot be read");
-    EXPECT_THAT(usageComplaint(std::filesystem::temp_directory_path()), HasSubstr("cannot be read"));
+              "the schema file " + folder.path("none.mof") + " cannot be read (No such file or directory)");
+    EXPECT_THAT(usageComplaint(std::filesystem::temp_directory_path()), HasSubstr("cannot be read (Is a directory)"));
 }
 
 TEST(SchemaFiles, EndlessFileIsRefused) {

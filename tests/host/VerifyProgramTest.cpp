@@ -210,7 +210,8 @@ TEST_F(VerifyProgramTest, FaultyMofIsTwoWithFileAndLine) {
 TEST_F(VerifyProgramTest, MissingSchemaAndMofFormatAreWrongUsage) {
     const ProgramEnd missing = run({"verify", "--schema", m_folder.path("none.mof")});
     EXPECT_EQ(missing.exitCode, 2);
-    EXPECT_EQ(missing.errors, "zelhost: the schema file " + m_folder.path("none.mof") + " cannot be read\n");
+    EXPECT_EQ(missing.errors, "zelhost: the schema file " + m_folder.path("none.mof") +
+                                  " cannot be read (No such file or directory)\n");
     const ProgramEnd format = run({"verify", "--format", "mof"});
     EXPECT_EQ(format.exitCode, 2);
     EXPECT_EQ(format.errors, "zelhost: verify has no MOF format\n");

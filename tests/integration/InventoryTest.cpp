@@ -11,8 +11,8 @@ using testing::Not;
 
 class InventoryTest : public ProviderTest {
   protected:
-    // No failed call is made again: the faults hit one call each.
-    // The log of a start that fails, from the building of the inventory on. The terminal would have drive sensors.
+    // The log of a start that fails, from the building of the inventory on. The terminal would have drive sensors. No
+    // failed call is made again: the faults hit one call each.
     static Strings failedStart(const std::string& scenario) {
         sandbox::writeSensorConfiguration("NvmeReadings=1\n");
         useScenario("model = \"grebel\"\n" + scenario);

@@ -51,6 +51,12 @@ TEST_F(LifecycleTest, RecordHasTheVersionsNameAndEntries) {
         EXPECT_STREQ(mi->ft->miName, "instanceSensorProvider");
         EXPECT_NE(mi->ft->cleanup, nullptr);
         EXPECT_NE(mi->ft->enumerateInstanceNames, nullptr);
+        EXPECT_NE(mi->ft->enumerateInstances, nullptr);
+        EXPECT_NE(mi->ft->getInstance, nullptr);
+        EXPECT_NE(mi->ft->createInstance, nullptr);
+        EXPECT_NE(mi->ft->modifyInstance, nullptr);
+        EXPECT_NE(mi->ft->deleteInstance, nullptr);
+        EXPECT_NE(mi->ft->execQuery, nullptr);
     });
 }
 

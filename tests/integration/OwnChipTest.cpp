@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -12,7 +13,9 @@
 
 namespace {
 
-std::string throwing;  // the operation that throws
+std::string throwing;   // the operation that throws
+std::string disturbed;  // the operation in which `disturbance` happens
+std::function<void()> disturbance;
 
 int chips = 0;
 std::atomic<int> callsInside{0};
@@ -32,6 +35,7 @@ class Visit {
 
 void perform(const std::string& operation) {
     const Visit visit;
+    if (operation == disturbed) disturbance();
     if (operation == throwing) throw std::runtime_error(operation + " raised");
     if (operation + " number" == throwing) throw 42;
 }
@@ -91,6 +95,7 @@ bool CPOSSystem::IsZan() {
 namespace {
 
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::Not;
 using testing::StartsWith;
@@ -150,6 +155,43 @@ TEST_F(OwnChipTest, OneThreadAtATimeIsInTheChipLibrary) {
             });
         for (std::thread& thread : threads) thread.join();
         EXPECT_FALSE(hadTwoInside);
+    });
+}
+
+// Where they waited for the lock, which the factory or the request around them holds, these would never end.
+TEST_F(OwnChipTest, ReadsAreRefusedWithoutWaitingWhileTheProviderStarts) {
+    inFreshProcess([] {
+        LoadedProvider loaded;
+        loaded.provider.cleanUp(false);
+        std::vector<CMPIrc> answers;
+        disturbed = "Initialise";
+        disturbance = [&] {
+            answers.push_back(loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS)).status.rc);
+            answers.push_back(loaded.provider.enumerateInstances(classPath(LOG_CLASS)).status.rc);
+            answers.push_back(loaded.provider.getInstance(namedPath(SENSOR_CLASS, "CPU(00000001)")).status.rc);
+        };
+        const broker::InstanceProvider again(loaded.library, "SensorProvider", loaded.broker);
+        EXPECT_THAT(answers, Each(CMPI_RC_ERR_METHOD_NOT_AVAILABLE));
+        EXPECT_EQ(answers.size(), 3U);
+    });
+}
+
+TEST_F(OwnChipTest, ChangesAndQueriesAreRefusedWithoutWaitingForARequest) {
+    inFreshProcess([] {
+        LoadedProvider loaded;
+        const broker::ObjectPath cpu = namedPath(SENSOR_CLASS, "CPU(00000001)");
+        std::vector<CMPIrc> answers;
+        disturbed = "ReadSensor";
+        disturbance = [&] {
+            answers.push_back(loaded.provider.createInstance(cpu, {}).status.rc);
+            answers.push_back(loaded.provider.modifyInstance(cpu, {}).status.rc);
+            answers.push_back(loaded.provider.deleteInstance(cpu).status.rc);
+            answers.push_back(loaded.provider.execQuery(cpu, "SELECT * FROM TQS_NumericSensor", "WQL").status.rc);
+        };
+        fakeclock::advanceMilliseconds(1000);
+        EXPECT_EQ(loaded.provider.getInstance(cpu).status.rc, CMPI_RC_OK);
+        EXPECT_THAT(answers, Each(CMPI_RC_ERR_NOT_SUPPORTED));
+        EXPECT_EQ(answers.size(), 4U);
     });
 }
 

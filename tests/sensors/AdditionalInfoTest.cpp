@@ -26,7 +26,7 @@ namespace {
 
 class OpenAdditionalInfo : public AdditionalInfo {
   public:
-    bool initialised() const { return m_initialised; }
+    using AdditionalInfo::initialised;
 };
 
 class AdditionalSensors : public testing::Test {
@@ -90,11 +90,11 @@ TEST_F(AdditionalSensors, TerminalOfNeitherModelHasNoneWhateverTheConfiguration)
     drives::makeNode("/dev/nvme0");
     const auto initialiseOne = [] {
         OpenAdditionalInfo info;
-        EXPECT_FALSE(info.initialised());
+        EXPECT_FALSE(info.initialised);
         std::vector<TQS_NumericSensor> sensors;
         info.initialise(&sensors);
         EXPECT_THAT(sensors, IsEmpty());
-        EXPECT_TRUE(info.initialised());
+        EXPECT_TRUE(info.initialised);
     };
     runOnModel("none", initialiseOne);  // without the file
     for (const char* configuration : {"", "NvmeReadings=0\n", "NvmeReadings=1\n"}) {
@@ -121,7 +121,7 @@ TEST_F(AdditionalSensors, ZanTerminalOnlyLogsTheSwitch) {
         std::vector<TQS_NumericSensor> sensors;
         info.initialise(&sensors);
         EXPECT_THAT(sensors, IsEmpty());
-        EXPECT_TRUE(info.initialised());
+        EXPECT_TRUE(info.initialised);
     });
     EXPECT_THAT(loggedMessages(), ElementsAre("AdditionalInfo::initialise is ZAN"));
     EXPECT_EQ(messagesAt("Debug").size(), 1U);
@@ -137,7 +137,7 @@ TEST_F(AdditionalSensors, SwitchedOffThereIsNoScanAndNoMessage) {
                 std::vector<TQS_NumericSensor> sensors;
                 info.initialise(&sensors);
                 EXPECT_THAT(sensors, IsEmpty());
-                EXPECT_TRUE(info.initialised());
+                EXPECT_TRUE(info.initialised);
             });
         }
     }
@@ -151,7 +151,7 @@ TEST_F(AdditionalSensors, GrebelTerminalWithoutDrivesAddsNone) {
         std::vector<TQS_NumericSensor> sensors(1, TQS_NumericSensor(0x1a));
         info.initialise(&sensors);
         EXPECT_EQ(sensors.size(), 1U);
-        EXPECT_TRUE(info.initialised());
+        EXPECT_TRUE(info.initialised);
     });
     EXPECT_THAT(loggedMessages(),
                 ElementsAre("AdditionalInfo::initialise is grebel", "Processing additionals for Grebel machine",
