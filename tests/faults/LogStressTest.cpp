@@ -157,29 +157,6 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) 
     EXPECT_GE(whole, 1U);
 }
 
-// Write calls made by this thread, or -1 where the kernel does not count them.
-long writeCalls() {
-    std::ifstream counts("/proc/thread-self/io");
-    for (std::string name, number; counts >> name >> number;) {
-        if (name == "syscw:") return std::stol(number);
-    }
-    return -1;
-}
-
-TEST_F(LogStressTest, LineOfAnyLengthIsOneWrite) {
-    configure("MaxLength=-1\n");
-    if (writeCalls() < 0) GTEST_SKIP() << "the kernel does not count write calls (CONFIG_TASK_IO_ACCOUNTING)";
-    inProcesses(1, [](unsigned) {
-        OpenHandler handler;
-        for (const std::size_t length : {40U, 4095U, 4096U, 4097U, 10000U, 1000000U}) {
-            const long before = writeCalls();
-            handler.write(numberedLine(1, 1, length));
-            EXPECT_EQ(writeCalls(), before + 1);
-        }
-    });
-    EXPECT_EQ(countLines(contentsOf(LOG_FILE)).whole, 6U);
-}
-
 unsigned openDescriptorsOf(const fs::path& path) {
     unsigned count = 0;
     std::error_code ignored;
