@@ -1,6 +1,6 @@
 // The reader of /etc/tarn/log.conf. The input is the file. What the sink makes of it must be what a second, naive
 // reading of the rules gives, and the file must be closed.
-#include <FileLogHandler.h>
+#include <LogHandler.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -4,7 +4,7 @@
 
 // A smaller number is more severe. The numbers are those of the key "Level" in /etc/tarn/log.conf.
 enum LOG_LEVEL : int {
-    LOG_OFF = 0,    // no message has this level; as the sink's level it silences all messages
+    LOG_OFF = 0,    // no caller uses it for a message; as the sink's level it lets only messages of this level through
     LOG_ERROR = 1,  // something failed
     LOG_INFO = 2,   // milestones
     LOG_DEBUG = 3,  // entry into operations, values on the way

@@ -10,7 +10,7 @@
 namespace {
 
 // Appends the number's low digits, so many of them, in lower case. By hand, since strftime and printf would take longer
-// than all else in the making of a line.
+// than everything else that goes into a line; they still format the values that have more digits.
 template <unsigned base>
 void appendDigits(std::string& out, unsigned number, std::size_t digits) {
     std::array<char, 8> text{};
@@ -26,7 +26,34 @@ void appendTwoDigits(std::string& out, int number, char end) {
     out += end;
 }
 
-// For instance T[f7d3c740].
+// As strftime's "%d/%m/%Y %H:%M:%S."
+void appendTime(std::string& out, const struct tm& local) {
+    const long year = 1900L + local.tm_year;
+    if (year < 1000 || year > 9999) {
+        std::array<char, 256> text{};
+        std::strftime(text.data(), text.size(), "%d/%m/%Y %H:%M:%S.", &local);
+        out += text.data();
+        return;
+    }
+    appendTwoDigits(out, local.tm_mday, '/');
+    appendTwoDigits(out, local.tm_mon + 1, '/');
+    appendDigits<10>(out, static_cast<unsigned>(year), 4);
+    out += ' ';
+    appendTwoDigits(out, local.tm_hour, ':');
+    appendTwoDigits(out, local.tm_min, ':');
+    appendTwoDigits(out, local.tm_sec, '.');
+}
+
+// As printf's "%03hu".
+void appendMilliseconds(std::string& out, unsigned short milliseconds) {
+    if (milliseconds > 999) {
+        out += std::to_string(milliseconds);
+    } else {
+        appendDigits<10>(out, milliseconds, 3);
+    }
+}
+
+// As printf's "T[%08x]", for instance T[f7d3c740].
 void appendId(std::string& out, char kind, std::uint32_t id) {
     out += kind;
     out += '[';
@@ -67,14 +94,8 @@ void LogRecord::GetLogLine(std::string& line) {
 void LogRecord::GetTimeString(std::string& out) {
     struct tm local {};
     localtime_r(&m_time.time, &local);
-    appendTwoDigits(out, local.tm_mday, '/');
-    appendTwoDigits(out, local.tm_mon + 1, '/');
-    out += std::to_string(local.tm_year + 1900);
-    out += ' ';
-    appendTwoDigits(out, local.tm_hour, ':');
-    appendTwoDigits(out, local.tm_min, ':');
-    appendTwoDigits(out, local.tm_sec, '.');
-    appendDigits<10>(out, m_time.millitm, 3);
+    appendTime(out, local);
+    appendMilliseconds(out, m_time.millitm);
 }
 
 void LogRecord::GetPidString(std::string& out) {

@@ -12,7 +12,7 @@
 #include <string>
 #include <utility>
 
-#include "FileLogHandler.h"
+#include "LogHandler.h"
 #include "LogRecord.h"
 
 namespace {

@@ -1,7 +1,11 @@
 // The front end of the log: what the rest of the library reports through.
 //
 // A message more detailed than the sink's level is passed over. The sink, a FileLogHandler, is made by the first call
-// in the process, whatever that call's level. Texts carry no newline at their end; the line brings its own.
+// in the process, whatever that call's level.
+//
+// The line brings its own newline, so texts carry none at their end. Five keep theirs on purpose, and leave an empty line
+// behind them: the openings of the two enumerations ("... class = %s, namespace = %s\n"), the failure of
+// GetSensorInformation at the start, and the results of the two temperature thresholds.
 //
 // All three may be called from any thread. A message that has no text (null), or for which there is no memory, is
 // dropped. What leaves a call is only what was raised inside it: an allocation's std::bad_alloc, or an exception of the

@@ -31,7 +31,7 @@ class NvmeSsd {
     // In whole degrees. For whoever needs it; the readings above are converted already.
     int kelvinToCelsius(int kelvin);
 
-  private:
+  protected:
     std::vector<SsdDevice> m_devices;
 };
 

@@ -8,7 +8,7 @@
 #include "Quietly.h"
 #include "log.h"
 
-std::atomic<SensorProvider*> drvProvider{nullptr};
+SensorProvider* drvProvider = nullptr;
 
 SensorProvider::SensorProvider() {
     quietly([] { LogQuick(LOG_DEBUG, "SensorProvider::constructor"); });
@@ -21,7 +21,7 @@ SensorProvider::~SensorProvider() {
         delete chip;
         chip = nullptr;
     }
-    drvProvider.store(nullptr, std::memory_order_release);
+    setCurrentProvider(nullptr);
     quietly([] { LogQuick(LOG_INFO, "SensorProvider - provider destroyed"); });
 }
 
@@ -42,7 +42,7 @@ void SensorProvider::initialise(const CMPIContext* /*ctx*/) {
         Log(LOG_ERROR, "SensorProvider::initialize - initSensorProvider failed - sscode=0x%08x", status);
         return;
     }
-    initialised.store(true, std::memory_order_release);
+    __atomic_store_n(&initialised, true, __ATOMIC_RELEASE);
     // From here on the provider works, so a log that cannot be written must not count as a failed start.
     quietly([] { LogQuick(LOG_INFO, "SensorProvider created and initialised"); });
 }

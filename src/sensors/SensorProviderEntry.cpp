@@ -56,15 +56,16 @@ class DrvLockHolder {
     DrvLockHolder& operator=(const DrvLockHolder&) = delete;
 };
 
-// The object manager passes it back to every entry; the provider object is found through drvProvider all the same.
-void* currentProvider() {
-    return drvProvider.load(std::memory_order_acquire);
+// What the log and the traces show of the provider. The record that the object manager hands to each entry is not looked
+// at: its handle stays after a cleanup, drvProvider does not.
+const void* providerAddress() {
+    return currentProvider();
 }
 
 // Runs a read request under the lock, or refuses it while there is no provider that works.
 template <typename Request>
 CMPIStatus serve(const char* notInitialised, Request request) noexcept {
-    SensorProvider* provider = drvProvider.load(std::memory_order_acquire);
+    SensorProvider* provider = currentProvider();
     if (provider == nullptr || !provider->isInitialised()) {
         quietly([notInitialised] { LogQuick(LOG_ERROR, notInitialised); });
         return {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, nullptr};
@@ -79,32 +80,32 @@ CMPIStatus refuse(const char* line) noexcept {
 }
 
 CMPIStatus drvInstanceCleanup(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, CMPIBoolean terminating) {
-    std::fprintf(stderr, "drvInstanceCleanup - provider=%p, terminating=%x\n", currentProvider(), terminating);
+    std::fprintf(stderr, "drvInstanceCleanup - provider=%p, terminating=%x\n", providerAddress(), terminating);
     quietly([terminating] {
-        Log(LOG_DEBUG, "drvInstanceCleanup - provider=%p, terminating=%x", currentProvider(), terminating);
+        Log(LOG_DEBUG, "drvInstanceCleanup - provider=%p, terminating=%x", providerAddress(), terminating);
     });
-    delete drvProvider.load(std::memory_order_acquire);  // its destructor clears drvProvider
+    delete currentProvider();  // its destructor clears drvProvider
     return {CMPI_RC_OK, nullptr};
 }
 
 CMPIStatus drvEnumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
                                 const CMPIObjectPath* ref) {
-    std::fprintf(stderr, "drvEnumInstanceNames - provider=%p\n", currentProvider());
-    quietly([] { Log(LOG_DEBUG, "drvEnumInstanceNames - provider=%p", currentProvider()); });
+    std::fprintf(stderr, "drvEnumInstanceNames - provider=%p\n", providerAddress());
+    quietly([] { Log(LOG_DEBUG, "drvEnumInstanceNames - provider=%p", providerAddress()); });
     return serve("drvEnumInstanceNames - provider not initialised - is the kernel driver loaded?",
                  [=](SensorProvider& provider) { return provider.enumInstanceNames(mi, ctx, rslt, ref); });
 }
 
 CMPIStatus drvEnumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
                             const CMPIObjectPath* ref, const char** properties) {
-    quietly([] { Log(LOG_DEBUG, "drvEnumInstances - provider=%p", currentProvider()); });
+    quietly([] { Log(LOG_DEBUG, "drvEnumInstances - provider=%p", providerAddress()); });
     return serve("drvEnumInstances - provider not initialised - is the kernel driver loaded?",
                  [=](SensorProvider& provider) { return provider.enumInstances(mi, ctx, rslt, ref, properties); });
 }
 
 CMPIStatus drvGetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* ref,
                           const char** properties) {
-    quietly([] { Log(LOG_DEBUG, "drvGetInstance - provider=%p", currentProvider()); });
+    quietly([] { Log(LOG_DEBUG, "drvGetInstance - provider=%p", providerAddress()); });
     // The text names the other entry; whoever searches logs for it finds it here too.
     return serve("drvEnumInstanceNames - provider not initialised - is the kernel driver loaded?",
                  [=](SensorProvider& provider) { return provider.getInstance(mi, ctx, rslt, ref, properties); });
@@ -131,8 +132,7 @@ CMPIStatus drvExecQuery(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, cons
     return refuse("drvExecQuery - Unsupported");
 }
 
-// Never written; not const, because one generation of the published headers points to it without const.
-CMPIInstanceMIFT drvInstanceMIFT = {
+const CMPIInstanceMIFT drvInstanceMIFT = {
     100,
     100,
     "instanceSensorProvider",
@@ -146,7 +146,8 @@ CMPIInstanceMIFT drvInstanceMIFT = {
     drvExecQuery,
 };
 
-CMPIInstanceMI drvInstanceMI = {nullptr, &drvInstanceMIFT};
+// One generation of the published headers points to the table without const. Nothing writes through the pointer.
+CMPIInstanceMI drvInstanceMI = {nullptr, const_cast<CMPIInstanceMIFT*>(&drvInstanceMIFT)};
 
 void announce(const CMPIBroker* broker) {
     const void* address = broker;
@@ -163,9 +164,9 @@ void announce(const CMPIBroker* broker) {
 }
 
 void makeProvider(const CMPIBroker* broker, const CMPIContext* ctx) {
-    if (drvProvider.load(std::memory_order_acquire) != nullptr) return;
+    if (currentProvider() != nullptr) return;
     SensorProvider* provider = new (std::nothrow) SensorProvider;
-    drvProvider.store(provider, std::memory_order_release);
+    setCurrentProvider(provider);
     if (provider == nullptr) {
         LogQuick(LOG_ERROR, "SensorProvider_Create_InstanceMI - Provider malloc failed");
         return;

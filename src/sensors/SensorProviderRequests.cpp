@@ -86,8 +86,10 @@ const char* nameKeyOf(const CMPIObjectPath* ref) {
 
 // Logs the request and answers the class that it asks for. Where the request cannot be served, `status` says why.
 int openRequest(const RequestTexts& texts, const CMPIObjectPath* ref, CMPIStatus& status) {
-    const char* ns = textOf(CMGetNameSpace(ref, nullptr));
-    const char* className = textOf(CMGetClassName(ref, nullptr));
+    // A broker may write to the record without asking. A text that it gives counts, whatever it says there.
+    CMPIStatus ignored = {CMPI_RC_OK, nullptr};
+    const char* ns = textOf(CMGetNameSpace(ref, &ignored));
+    const char* className = textOf(CMGetClassName(ref, &ignored));
     texts.logOpening(className, ns);
     if (!SensorProvider::isCimV2Namespace(ns)) {
         status.rc = CMPI_RC_ERR_INVALID_NAMESPACE;

@@ -68,14 +68,14 @@ class TQS_NumericSensor {
     CMPIObjectPath* getObjectPath(const CMPIBroker* broker) const;
     CMPIInstance* getInstance(const CMPIBroker* broker) const;
 
-  private:
+  protected:
     unsigned int m_handle;
     int m_updateInterval = 1000;  // milliseconds
     timeval m_lastRead{};         // stays zero when the clock fails at construction
     int m_accuracy = NOT_AVAILABLE;
     unsigned short m_baseUnits = 0;
     std::string m_caption;
-    int m_currentReading = NOT_AVAILABLE;
+    int m_currentReading = 0;
     std::string m_description;
     std::string m_deviceID;
     unsigned int m_hysteresis = static_cast<unsigned int>(NOT_AVAILABLE);
@@ -91,7 +91,7 @@ class TQS_NumericSensor {
     unsigned short m_rateUnits = 0;
     unsigned int m_resolution = static_cast<unsigned int>(NOT_AVAILABLE);
     unsigned short m_sensorType = 0;
-    int m_unitModifier = NOT_AVAILABLE;
+    int m_unitModifier = 0;
     int m_upperThresholdCritical = NOT_AVAILABLE;
     int m_upperThresholdFatal = NOT_AVAILABLE;
     int m_upperThresholdNonCritical = NOT_AVAILABLE;

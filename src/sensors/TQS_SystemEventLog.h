@@ -32,14 +32,15 @@ class TQS_SystemEventLog {
     CMPIObjectPath* getObjectPath(const CMPIBroker* broker) const;
     CMPIInstance* getInstance(const CMPIBroker* broker) const;
 
-  private:
-    CMPIArray* newLineArray(const CMPIBroker* broker) const;
-
+  protected:
     bool m_logFull = false;
     std::vector<std::string> m_logLines;
     unsigned char m_logMultipleEventCountIncrement = 0;
     unsigned char m_logMultipleEventTimeWindow = 0;
     bool m_logValid = false;
+
+  private:
+    CMPIArray* newLineArray(const CMPIBroker* broker) const;
 };
 
 #endif

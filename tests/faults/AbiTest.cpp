@@ -6,7 +6,7 @@
 #include <set>
 #include <type_traits>
 
-#include "FileLogHandler.h"
+#include "LogHandler.h"
 #include "LogRecord.h"
 #include "Symbols.h"
 #include "chip.h"

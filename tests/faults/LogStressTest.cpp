@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-#include "FileLogHandler.h"
+#include "LogHandler.h"
 #include "Sandbox.h"
 
 namespace fs = std::filesystem;

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <string>
 
-#include "FileLogHandler.h"
+#include "LogHandler.h"
 #include "FreshProcess.h"
 #include "Sandbox.h"
 

@@ -1,8 +1,11 @@
 #include <dlfcn.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <sstream>
 
 #include "Provider.h"
 
@@ -35,6 +38,21 @@ std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
+// "r--p", "rw-p" and the like, of the page at the address; empty where there is none.
+std::string protectionAt(const void* address) {
+    const auto wanted = reinterpret_cast<std::uintptr_t>(address);
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::uintptr_t begin = 0;
+        std::uintptr_t end = 0;
+        char dash = 0;
+        std::string protection;
+        std::istringstream(line) >> std::hex >> begin >> dash >> end >> protection;
+        if (begin <= wanted && wanted < end) return protection;
+    }
+    return "";
+}
+
 class LibraryTest : public ProviderTest {};
 
 TEST_F(LibraryTest, LoadingAndUnloadingAnnounceThemselves) {
@@ -47,6 +65,15 @@ TEST_F(LibraryTest, LoadingAndUnloadingAnnounceThemselves) {
         }
         EXPECT_EQ(error.take(), "DESTRUCTOR\n");
         EXPECT_EQ(output.take(), "");
+    });
+}
+
+TEST_F(LibraryTest, FunctionTableStandsInAReadOnlyPage) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        const LoadedProvider loaded;
+        EXPECT_EQ(protectionAt(loaded.provider.mi()->ft), "r--p");
+        EXPECT_EQ(protectionAt(loaded.provider.mi()), "rw-p");  // the record's handle changes
     });
 }
 

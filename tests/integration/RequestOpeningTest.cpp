@@ -155,6 +155,37 @@ TEST_F(RequestOpeningTest, MissingNamespaceOrClassTextIsAFailure) {
     });
 }
 
+// As brokers do that write the status without looking whether a record was given.
+const CMPIObjectPathFT* wholePath = nullptr;
+
+CMPIString* nameSpaceWithStatus(const CMPIObjectPath* path, CMPIStatus* status) {
+    *status = {CMPI_RC_ERR_ACCESS_DENIED, nullptr};
+    return wholePath->getNameSpace(path, nullptr);
+}
+
+CMPIString* classNameWithStatus(const CMPIObjectPath* path, CMPIStatus* status) {
+    *status = {CMPI_RC_ERR_ACCESS_DENIED, nullptr};
+    return wholePath->getClassName(path, nullptr);
+}
+
+TEST_F(RequestOpeningTest, BrokerIsGivenAStatusRecordWhichIsNotLookedAt) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}));
+        LoadedProvider loaded;
+        for (const RequestKind& kind : kinds) {
+            broker::Request request(loaded.broker);
+            CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
+            wholePath = path->ft;
+            CMPIObjectPathFT table = *path->ft;
+            table.getNameSpace = nameSpaceWithStatus;
+            table.getClassName = classNameWithStatus;
+            path->ft = &table;
+            EXPECT_EQ(kind.call(loaded.provider.mi(), request, path).rc, CMPI_RC_OK) << kind.entry;
+            EXPECT_EQ(request.reply().paths.size() + request.reply().instances.size(), 1U) << kind.entry;
+        }
+    });
+}
+
 CMPIString* raisedMessage = nullptr;
 
 CMPIString* raiseStatusObject(const CMPIObjectPath*, CMPIStatus*) {

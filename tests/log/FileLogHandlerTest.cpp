@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "FileLogHandler.h"
+#include "LogHandler.h"
 #include "LogRecord.h"
 #include "OutputCapture.h"
 #include "Sandbox.h"

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <limits>
 #include <optional>
 #include <string>
 #include <thread>
@@ -104,6 +106,32 @@ TEST(LogRecordTest, MillisecondsHaveThreeDigits) {
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.042");
     record.setTime(winterMorning, 999);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.999");
+}
+
+// The clock gives none of these, but the field can hold them.
+TEST(LogRecordTest, MillisecondsBeyondThreeDigitsAreWrittenWhole) {
+    const LocalTime localTime;
+    OpenRecord record(LOG_INFO, "");
+    record.setTime(winterMorning, 1000);
+    EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.1000");
+    record.setTime(winterMorning, 65535);
+    EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.65535");
+}
+
+// The years -2, 987, 999, 1000, 9999 and 10000, and the ends of what the field can hold.
+TEST(LogRecordTest, DateOfAnyYearIsWrittenAsStrftimeWritesIt) {
+    const LocalTime localTime;
+    OpenRecord record(LOG_INFO, "");
+    for (const time_t seconds : {-62200000000, -31000000000, -30610300000, -30600000000, 253402000000, 253403000000,
+                                 std::numeric_limits<time_t>::min(), std::numeric_limits<time_t>::max()}) {
+        SCOPED_TRACE(seconds);
+        record.setTime(seconds, 4);
+        struct tm local {};
+        localtime_r(&seconds, &local);
+        char expected[256];
+        ASSERT_GT(std::strftime(expected, sizeof expected, "%d/%m/%Y %H:%M:%S.", &local), 0U);
+        EXPECT_EQ(field(record, &LogRecord::GetTimeString), std::string(expected) + "004");
+    }
 }
 
 TEST(LogRecordTest, MillisecondsNeverExceed999) {

@@ -21,7 +21,6 @@ class OpenProvider : public SensorProvider {
   public:
     using SensorProvider::eventLog;
     using SensorProvider::sensors;
-    using SensorProvider::updateLog;
 };
 
 // Runs the body on a terminal of this scenario, in a process whose log takes every level.

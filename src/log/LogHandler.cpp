@@ -1,4 +1,4 @@
-#include "FileLogHandler.h"
+#include "LogHandler.h"
 
 #include <sys/stat.h>
 
