@@ -1,5 +1,5 @@
-// Where log records end up: the sink, and the one there is, which appends to a file of limited size or writes to standard
-// error.
+// Where log records end up: the sink, and the one there is, which appends to a file of limited size or writes to
+// standard error.
 #ifndef ZELSENSORS_LOG_LOGHANDLER_H
 #define ZELSENSORS_LOG_LOGHANDLER_H
 

@@ -3,8 +3,8 @@
 // A message more detailed than the sink's level is passed over. The sink, a FileLogHandler, is made by the first call
 // in the process, whatever that call's level.
 //
-// The line brings its own newline, so texts carry none at their end. Five keep theirs on purpose, and leave an empty line
-// behind them: the openings of the two enumerations ("... class = %s, namespace = %s\n"), the failure of
+// The line brings its own newline, so texts carry none at their end. Five keep theirs on purpose, and leave an empty
+// line behind them: the openings of the two enumerations ("... class = %s, namespace = %s\n"), the failure of
 // GetSensorInformation at the start, and the results of the two temperature thresholds.
 //
 // All three may be called from any thread. A message that has no text (null), or for which there is no memory, is

@@ -3,12 +3,33 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <new>
 
 #include "Quietly.h"
 #include "log.h"
 
 SensorProvider* drvProvider = nullptr;
+
+namespace {
+
+struct MemoryFreer {
+    void operator()(void* memory) const { ::operator delete(memory); }
+};
+
+// In zeroed memory, which its reserved room is to be. Null when there is no memory; passes on what the constructor
+// throws.
+CChip* makeChip() {
+    std::unique_ptr<void, MemoryFreer> memory(::operator new(sizeof(CChip), std::nothrow));
+    if (memory == nullptr) return nullptr;
+    std::memset(memory.get(), 0, sizeof(CChip));
+    CChip* chip = new (memory.get()) CChip;
+    memory.release();
+    return chip;
+}
+
+}  // namespace
 
 SensorProvider::SensorProvider() {
     quietly([] { LogQuick(LOG_DEBUG, "SensorProvider::constructor"); });
@@ -27,7 +48,7 @@ SensorProvider::~SensorProvider() {
 
 void SensorProvider::initialise(const CMPIContext* /*ctx*/) {
     LogQuick(LOG_DEBUG, "SensorProvider::initialise");
-    chip = new (std::nothrow) CChip;
+    chip = makeChip();
     if (chip == nullptr) {
         LogQuick(LOG_DEBUG, "failed to construct Chip object");
         return;

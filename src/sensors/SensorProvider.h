@@ -44,8 +44,8 @@ class SensorProvider {
 
     // Builds the inventory. 0, or the status of the chip call that failed; the sensors added until then stay.
     sscode initSensorProvider();
-    // Refreshes the reading when one is due, and the event log always. Both raise a pointer to a CMPIStatus when the chip
-    // fails; what was there before then stays.
+    // Refreshes the reading when one is due, and the event log always. Both raise a pointer to a CMPIStatus when the
+    // chip fails; what was there before then stays.
     void updateReading(TQS_NumericSensor& sensor);
     void updateLog();
 
@@ -75,8 +75,8 @@ class SensorProvider {
     void returnEventLog(const CMPIResult* rslt);
 };
 
-// The one provider there is at a time, or null between its destruction and the next call of the factory. Requests read it
-// without the lock: through currentProvider(), and write it with setCurrentProvider(), never directly.
+// The one provider there is at a time, or null between its destruction and the next call of the factory. Requests read
+// it without the lock: through currentProvider(), and write it with setCurrentProvider(), never directly.
 extern SensorProvider* drvProvider;
 
 inline SensorProvider* currentProvider() {

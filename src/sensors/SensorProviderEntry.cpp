@@ -56,8 +56,8 @@ class DrvLockHolder {
     DrvLockHolder& operator=(const DrvLockHolder&) = delete;
 };
 
-// What the log and the traces show of the provider. The record that the object manager hands to each entry is not looked
-// at: its handle stays after a cleanup, drvProvider does not.
+// What the log and the traces show of the provider. The record that the object manager hands to each entry is not
+// looked at: its handle stays after a cleanup, drvProvider does not.
 const void* providerAddress() {
     return currentProvider();
 }

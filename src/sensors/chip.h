@@ -1,8 +1,12 @@
 // The terminal's chip service library, libzelchip.so.0, as this provider uses it.
 //
 // The library is closed and comes with the terminal, so these declarations are a binary contract: the order and the
-// types of the members, the mangled names and sizeof(CChip) must stay as they are. Nothing here is virtual or const.
-// The simulated library is built against the same file.
+// types of the members and the mangled names must stay as they are. Nothing here is virtual or const. The simulated
+// library is built against the same file.
+//
+// What the caller makes, the library fills by its own declarations, which may have more members behind the ones
+// described here; how large its CChip is nobody outside knows. So each of these classes ends in reserved room, zero
+// when the library gets it. Without it a larger library would write into the caller's stack and heap.
 //
 // Every operation answers an sscode: 0 is success, anything else a failure whose meaning is the library's own. The
 // records are made and destroyed by the caller and filled by the library; what a record holds after a failure is
@@ -10,6 +14,7 @@
 #ifndef ZELSENSORS_CHIP_H
 #define ZELSENSORS_CHIP_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,8 +22,15 @@
 
 typedef unsigned int sscode;
 
+// Bytes of reserved room, far more than any such class is expected to have of its own.
+constexpr std::size_t RECORD_ROOM = 512;
+constexpr std::size_t CHIP_ROOM = 4096;
+
 // The handles of all sensors, in the library's order.
-class CSensorHandleList : public std::vector<unsigned int> {};
+class CSensorHandleList : public std::vector<unsigned int> {
+  public:
+    unsigned char reserved[RECORD_ROOM] = {};
+};
 
 // The fixed description of one sensor. A 32-bit number that the chip does not report holds the bit pattern 0x80000000.
 class CSensorInformation {
@@ -43,6 +55,7 @@ class CSensorInformation {
     int upperThresholdCritical;
     int upperThresholdFatal;
     int upperThresholdNonCritical;
+    unsigned char reserved[RECORD_ROOM] = {};
 };
 
 // One reading.
@@ -50,9 +63,11 @@ class CSensorReading {
   public:
     int value;         // in the sensor's units
     long long preset;  // the caller sets READING_PRESET before each call and never reads it back
+    unsigned char reserved[RECORD_ROOM] = {};
 };
 
-// What the library expects in CSensorReading::preset; its meaning is the library's own.
+// What this provider has always put into CSensorReading::preset. What the library makes of it is not known; that it
+// needs this value is an assumption.
 constexpr long long READING_PRESET = 1;
 
 // The contents of the motherboard's event log.
@@ -63,9 +78,11 @@ class CSystemEventLog {
     unsigned char multipleEventCountIncrement;
     unsigned char multipleEventTimeWindow;
     unsigned char logValid;
+    unsigned char reserved[RECORD_ROOM] = {};
 };
 
-// The chip service. One object per process, made with new and owned by its maker.
+// The chip service. One object per process, made and owned by the caller, who zeroes its memory beforehand: the
+// library's constructor knows the library's own members alone.
 class ZELCHIP_EXPORT CChip {
   public:
     CChip();
@@ -83,9 +100,8 @@ class ZELCHIP_EXPORT CChip {
 
   private:
     void* m_state;
+    [[maybe_unused]] unsigned char m_reserved[CHIP_ROOM];
 };
-
-static_assert(sizeof(CChip) == sizeof(void*), "the library allots one pointer");
 
 // The terminal's model.
 class ZELCHIP_EXPORT CPOSSystem {

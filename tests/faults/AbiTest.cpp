@@ -18,8 +18,9 @@ namespace {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
-TEST(ChipAbiTest, HandleListIsAVectorOfNumbers) {
-    EXPECT_EQ(sizeof(CSensorHandleList), 24U);
+TEST(ChipAbiTest, HandleListIsAVectorOfNumbersWithRoomBehindIt) {
+    EXPECT_EQ(offsetof(CSensorHandleList, reserved), 24U);
+    EXPECT_EQ(sizeof(CSensorHandleList), 24U + 512U);
     EXPECT_FALSE(std::is_polymorphic_v<CSensorHandleList>);
 }
 
@@ -45,14 +46,16 @@ TEST(ChipAbiTest, SensorInformationHasItsLayout) {
     EXPECT_EQ(offsetof(CSensorInformation, upperThresholdCritical), 124U);
     EXPECT_EQ(offsetof(CSensorInformation, upperThresholdFatal), 128U);
     EXPECT_EQ(offsetof(CSensorInformation, upperThresholdNonCritical), 132U);
-    EXPECT_EQ(sizeof(CSensorInformation), 136U);
+    EXPECT_EQ(offsetof(CSensorInformation, reserved), 136U);
+    EXPECT_EQ(sizeof(CSensorInformation), 136U + 512U);
 }
 
 TEST(ChipAbiTest, ReadingHasItsLayout) {
     EXPECT_TRUE(std::is_standard_layout_v<CSensorReading>);
     EXPECT_EQ(offsetof(CSensorReading, value), 0U);
     EXPECT_EQ(offsetof(CSensorReading, preset), 8U);
-    EXPECT_EQ(sizeof(CSensorReading), 16U);
+    EXPECT_EQ(offsetof(CSensorReading, reserved), 16U);
+    EXPECT_EQ(sizeof(CSensorReading), 16U + 512U);
 }
 
 TEST(ChipAbiTest, EventLogHasItsLayout) {
@@ -62,13 +65,14 @@ TEST(ChipAbiTest, EventLogHasItsLayout) {
     EXPECT_EQ(offsetof(CSystemEventLog, multipleEventCountIncrement), 32U);
     EXPECT_EQ(offsetof(CSystemEventLog, multipleEventTimeWindow), 33U);
     EXPECT_EQ(offsetof(CSystemEventLog, logValid), 34U);
-    EXPECT_EQ(sizeof(CSystemEventLog), 40U);
+    EXPECT_EQ(offsetof(CSystemEventLog, reserved), 35U);
+    EXPECT_EQ(sizeof(CSystemEventLog), 40U + 512U);
 }
 
 #pragma GCC diagnostic pop
 
-TEST(ChipAbiTest, ServiceObjectIsOnePointer) {
-    EXPECT_EQ(sizeof(CChip), 8U);
+TEST(ChipAbiTest, ServiceObjectIsOnePointerWithRoomBehindIt) {
+    EXPECT_EQ(sizeof(CChip), 8U + 4096U);
     EXPECT_FALSE(std::is_polymorphic_v<CChip>);
     EXPECT_EQ(sizeof(CPOSSystem), 1U);
 }
