@@ -16,8 +16,6 @@
 #include "TQS_SystemEventLog.h"
 #include "chip.h"
 
-struct RequestTexts;
-
 class SensorProvider {
   public:
     SensorProvider();
@@ -67,8 +65,6 @@ class SensorProvider {
   private:
     sscode addChipSensor(unsigned int handle);
 
-    template <typename Work>
-    CMPIStatus answer(const RequestTexts& texts, const CMPIResult* rslt, const CMPIObjectPath* ref, Work work);
     bool returnNames(int tqsClass, const CMPIResult* rslt, unsigned& returned);
     bool returnInstances(int tqsClass, const CMPIResult* rslt, unsigned& returned);
     bool returnNamedInstance(int tqsClass, const CMPIResult* rslt, const CMPIObjectPath* ref);

@@ -8,8 +8,15 @@
 #include "SensorProvider.h"
 #include "log.h"
 
-// What one kind of request logs.
-struct RequestTexts {
+namespace {
+
+constexpr int NUMERIC_SENSOR = 0;
+constexpr int SYSTEM_EVENT_LOG = 1;
+constexpr int NO_CLASS = -1;
+
+// One of the three kinds of request: what it logs, and what becomes of a list that a failure cuts short. What takes
+// arguments is a function, so that the compiler holds each format against them.
+struct RequestKind {
     void (*logOpening)(const char* className, const char* ns);
     void (*logStatus)(int code, const char* message);
     const char* unknownException;
@@ -17,13 +24,7 @@ struct RequestTexts {
     bool keepsPartialList;  // an enumeration: what was returned before a failure stands
 };
 
-namespace {
-
-constexpr int NUMERIC_SENSOR = 0;
-constexpr int SYSTEM_EVENT_LOG = 1;
-constexpr int NO_CLASS = -1;
-
-const RequestTexts NAMES_TEXTS = {
+const RequestKind NAMES = {
     [](const char* className, const char* ns) {
         Log(LOG_DEBUG, "SensorProvider::enumInstanceNames - Reference object path: class = %s, namespace = %s\n",
             className, ns);
@@ -35,7 +36,7 @@ const RequestTexts NAMES_TEXTS = {
     "SensorProvider::enumerateInstanceNames - No instances found",
     true,
 };
-const RequestTexts INSTANCES_TEXTS = {
+const RequestKind INSTANCES = {
     [](const char* className, const char* ns) {
         Log(LOG_DEBUG, "SensorProvider::enumInstances - Reference object path: class = %s, namespace = %s\n", className,
             ns);
@@ -47,7 +48,7 @@ const RequestTexts INSTANCES_TEXTS = {
     "SensorProvider::enumerateInstances - No instances found",
     true,
 };
-const RequestTexts INSTANCE_TEXTS = {
+const RequestKind ONE_INSTANCE = {
     [](const char* className, const char* ns) {
         Log(LOG_DEBUG, "SensorProvider::getInstance - Object path: class = %s, namespace = %s", className, ns);
     },
@@ -85,12 +86,12 @@ const char* nameKeyOf(const CMPIObjectPath* ref) {
 }
 
 // Logs the request and answers the class that it asks for. Where the request cannot be served, `status` says why.
-int openRequest(const RequestTexts& texts, const CMPIObjectPath* ref, CMPIStatus& status) {
+int openRequest(const RequestKind& kind, const CMPIObjectPath* ref, CMPIStatus& status) {
     // A broker may write to the record without asking. A text that it gives counts, whatever it says there.
     CMPIStatus ignored = {CMPI_RC_OK, nullptr};
     const char* ns = textOf(CMGetNameSpace(ref, &ignored));
     const char* className = textOf(CMGetClassName(ref, &ignored));
-    texts.logOpening(className, ns);
+    kind.logOpening(className, ns);
     if (!SensorProvider::isCimV2Namespace(ns)) {
         status.rc = CMPI_RC_ERR_INVALID_NAMESPACE;
         return NO_CLASS;
@@ -100,12 +101,12 @@ int openRequest(const RequestTexts& texts, const CMPIObjectPath* ref, CMPIStatus
     return tqsClass;
 }
 
-// Ends every request, once; a broker that raises here is the request's failure.
-CMPIStatus finish(const RequestTexts& texts, const CMPIResult* rslt, CMPIStatus status) {
+// Ends every request, once; a broker that throws here is the request's failure.
+CMPIStatus finish(const RequestKind& kind, const CMPIResult* rslt, CMPIStatus status) {
     try {
         CMReturnDone(rslt);
     } catch (...) {
-        quietly([&texts] { LogQuick(LOG_ERROR, texts.unknownException); });
+        quietly([&kind] { LogQuick(LOG_ERROR, kind.unknownException); });
         status.rc = CMPI_RC_ERR_FAILED;
     }
     return status;
@@ -115,49 +116,54 @@ const char* messageOf(const CMPIStatus& status) {
     return status.msg != nullptr && status.msg->hdl != nullptr ? static_cast<const char*>(status.msg->hdl) : "";
 }
 
-}  // namespace
-
-// `work(class, returned)` serves the request, counts what it has returned, and answers false when there is nothing.
+// Serves a request from its opening to its end. `work(class, returned)` returns what is wanted, counts it, and answers
+// false when there is nothing.
+//
+// The provider throws a pointer to a status, which only the second handler takes: all its own failures log "Unknown
+// Exception". The first one is for a status thrown by value, as somebody else's code below may do.
 template <typename Work>
-CMPIStatus SensorProvider::answer(const RequestTexts& texts, const CMPIResult* rslt, const CMPIObjectPath* ref,
-                                  Work work) {
+CMPIStatus answer(const RequestKind& kind, const CMPIResult* rslt, const CMPIObjectPath* ref, Work work) {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     unsigned returned = 0;
     bool found = false;
+    const auto fail = [&] {
+        status.rc = CMPI_RC_ERR_FAILED;
+        found = kind.keepsPartialList && returned > 0;
+    };
     try {
-        const int tqsClass = openRequest(texts, ref, status);
+        const int tqsClass = openRequest(kind, ref, status);
         found = status.rc != CMPI_RC_OK || work(tqsClass, returned);
-    } catch (const CMPIStatus& raised) {
-        quietly([&] { texts.logStatus(static_cast<int>(raised.rc), messageOf(raised)); });
-        status.rc = CMPI_RC_ERR_FAILED;
-        found = texts.keepsPartialList && returned > 0;
+    } catch (const CMPIStatus& thrown) {
+        quietly([&] { kind.logStatus(static_cast<int>(thrown.rc), messageOf(thrown)); });
+        fail();
     } catch (...) {
-        quietly([&texts] { LogQuick(LOG_ERROR, texts.unknownException); });
-        status.rc = CMPI_RC_ERR_FAILED;
-        found = texts.keepsPartialList && returned > 0;
+        quietly([&kind] { LogQuick(LOG_ERROR, kind.unknownException); });
+        fail();
     }
     if (!found) {
-        quietly([&texts] { LogQuick(LOG_DEBUG, texts.noneFound); });
+        quietly([&kind] { LogQuick(LOG_DEBUG, kind.noneFound); });
         status.rc = CMPI_RC_ERR_FAILED;
     }
-    return finish(texts, rslt, status);
+    return finish(kind, rslt, status);
 }
+
+}  // namespace
 
 CMPIStatus SensorProvider::enumInstanceNames(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, const CMPIResult* rslt,
                                              const CMPIObjectPath* ref) {
-    return answer(NAMES_TEXTS, rslt, ref,
+    return answer(NAMES, rslt, ref,
                   [this, rslt](int tqsClass, unsigned& returned) { return returnNames(tqsClass, rslt, returned); });
 }
 
 CMPIStatus SensorProvider::enumInstances(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, const CMPIResult* rslt,
                                          const CMPIObjectPath* ref, const char** /*properties*/) {
-    return answer(INSTANCES_TEXTS, rslt, ref,
+    return answer(INSTANCES, rslt, ref,
                   [this, rslt](int tqsClass, unsigned& returned) { return returnInstances(tqsClass, rslt, returned); });
 }
 
 CMPIStatus SensorProvider::getInstance(CMPIInstanceMI* /*mi*/, const CMPIContext* /*ctx*/, const CMPIResult* rslt,
                                        const CMPIObjectPath* ref, const char** /*properties*/) {
-    return answer(INSTANCE_TEXTS, rslt, ref, [this, rslt, ref](int tqsClass, unsigned& /*returned*/) {
+    return answer(ONE_INSTANCE, rslt, ref, [this, rslt, ref](int tqsClass, unsigned& /*returned*/) {
         return returnNamedInstance(tqsClass, rslt, ref);
     });
 }
