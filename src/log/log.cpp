@@ -1,81 +1,41 @@
 #include "log.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <string>
 #include <utility>
 
-#include "LogHandler.h"
 #include "LogRecord.h"
+#include "LogSink.h"
 
 namespace {
 
 constexpr std::size_t textSize = 4096;  // of a formatted text, with its end mark: bytes, or wide characters
 
-// The one sink, null until the first call. It stays to the end of the process, since the host's other threads and its
-// exit handlers may log to the last. Only when the library is unloaded before that is it deleted.
-std::atomic<LogHandler*> s_logHandler{nullptr};
-std::mutex s_creation;
-
-// Apart from the calls' own code, as is all that a filtered message does not need: that leaves those calls short.
-[[gnu::noinline]] LogHandler& createLogHandler() {
-    const std::lock_guard<std::mutex> lock(s_creation);
-    LogHandler* handler = s_logHandler.load(std::memory_order_relaxed);
-    if (handler == nullptr) {
-        std::puts("Logger created");
-        handler = new FileLogHandler;
-        s_logHandler.store(handler, std::memory_order_release);
-    }
-    return *handler;
-}
-
-LogHandler& logHandler() {
-    LogHandler* handler = s_logHandler.load(std::memory_order_acquire);
-    return handler != nullptr ? *handler : createLogHandler();
-}
-
-// Unloading and the end of the process are told apart by the order in which the library's clean-up is run. dlclose runs
-// its termination functions first and the destructors of its static objects after them; exit runs the destructors
-// first, as it does with all exit handlers, and the termination functions when it finalises the libraries.
-bool s_unloading = false;
-
-[[gnu::destructor]] void noticeTermination() {
-    s_unloading = true;
-}
-
-class SinkOwner {
-  public:
-    ~SinkOwner() {
-        if (s_unloading) delete s_logHandler.exchange(nullptr);
-    }
-};
-
-const SinkOwner s_sinkOwner;
-
 using Buffer = std::unique_ptr<char[]>;
 
-void hand(LogHandler& handler, LOG_LEVEL level, std::string text) {
+// Kept out of the calls' own code, as everything is that a filtered message does not need: that leaves those calls
+// short.
+void writeRecord(LogHandler& handler, LOG_LEVEL level, std::string text) {
     LogRecord record(level, text);
     handler.Log(record);
 }
 
-[[gnu::noinline]] void hand(LogHandler& handler, LOG_LEVEL level, const char* text) {
-    hand(handler, level, std::string(text));
+[[gnu::noinline]] void writeText(LogHandler& handler, LOG_LEVEL level, const char* text) {
+    writeRecord(handler, level, std::string(text));
 }
 
 // Null, for a text that could not be made, is dropped.
-[[gnu::noinline]] void hand(LogHandler& handler, LOG_LEVEL level, Buffer buffer) {
+[[gnu::noinline]] void writeFormatted(LogHandler& handler, LOG_LEVEL level, Buffer buffer) {
     if (buffer == nullptr) return;
     std::string text(buffer.get());
     buffer.reset();
-    hand(handler, level, std::move(text));
+    writeRecord(handler, level, std::move(text));
 }
 
 // Zero-filled, so that what formatting leaves there is terminated in any case. Null when there is no memory.
@@ -120,7 +80,7 @@ void Log(LOG_LEVEL level, const char* format, ...) {
     va_start(arguments, format);
     Buffer text = formatted(format, arguments);
     va_end(arguments);
-    hand(handler, level, std::move(text));
+    writeFormatted(handler, level, std::move(text));
 }
 
 void WLog(LOG_LEVEL level, const wchar_t* format, ...) {
@@ -130,11 +90,11 @@ void WLog(LOG_LEVEL level, const wchar_t* format, ...) {
     va_start(arguments, format);
     Buffer text = formatted(format, arguments);
     va_end(arguments);
-    hand(handler, level, std::move(text));
+    writeFormatted(handler, level, std::move(text));
 }
 
 void LogQuick(LOG_LEVEL level, const char* message) {
     LogHandler& handler = logHandler();
     if (level > handler.GetLevel() || message == nullptr) return;
-    hand(handler, level, message);
+    writeText(handler, level, message);
 }
