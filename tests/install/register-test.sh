@@ -1,5 +1,6 @@
 #!/bin/sh
-# Tests zelsensors-register with stand-ins for the object managers' tools, which record their arguments.
+# Tests zelsensors-register with stand-ins for the object managers' tools: what it calls, what the managers hold
+# afterwards, and what it says.
 #
 # usage: register-test.sh SOURCE-FOLDER
 set -eu
@@ -9,306 +10,767 @@ trap 'rm -rf "$work"' EXIT
 
 # Laid out as installed, in a folder of an arbitrary name.
 place=$work/placed
-mkdir -p "$place/sbin" "$place/share/zelsensors/schema" "$place/share/zelsensors/sfcb" "$place/share/zelsensors/pegasus"
-cp "$source/packaging/zelsensors-register" "$place/sbin/"
-cp "$source"/schema/*.mof "$place/share/zelsensors/schema/"
-cp "$source/schema/sfcb/tqs.reg" "$place/share/zelsensors/sfcb/"
-cp "$source/schema/pegasus/tqs-registration.mof" "$place/share/zelsensors/pegasus/"
 data=$place/share/zelsensors
+library=$place/lib/some-triplet/libzelsensors.so.0
+lay_out() {
+    rm -rf "$place"
+    mkdir -p "$place/sbin" "$data/schema" "$data/sfcb" "$data/pegasus" "${library%/*}/cmpi"
+    cp "$source/packaging/zelsensors-register" "$place/sbin/"
+    cp "$source"/schema/*.mof "$data/schema/"
+    cp "$source/schema/sfcb/tqs.reg" "$data/sfcb/"
+    cp "$source/schema/qualifiers.mof" "$data/sfcb/tqaqualifiers.mof"
+    cp "$source/schema/pegasus/tqs-registration.mof" "$data/pegasus/"
+    : >"$library"
+    ln -s ../libzelsensors.so.0 "${library%/*}/cmpi/libzelsensors.so"
+}
 
-# The system's tools that the script needs, and nothing else: a real manager's tools must not be met.
+# The system's tools that are needed, and nothing else: a real manager's tools must not be met.
 mkdir "$work/system"
-for tool in sh awk cat readlink; do
+for tool in sh awk cat cp ln mkdir mv readlink rm sort; do
     ln -s "$(command -v $tool)" "$work/system/$tool"
 done
 
-# A stand-in records its name and arguments, prints what the file <tool>.output holds, and fails where <tool>.status
-# holds a status and the arguments match the pattern in <tool>.when (any, if there is no such file).
-install_tools() {
-    rm -rf "$work/tools"
-    mkdir "$work/tools"
-    : >"$work/calls"
-    for tool; do
-        cat >"$work/tools/$tool" <<TEXT
-#!/bin/sh
-echo "$tool \$*" >>"$work/calls"
-[ ! -f "$work/tools/$tool.output" ] || cat "$work/tools/$tool.output"
-[ -f "$work/tools/$tool.status" ] || exit 0
-if [ -f "$work/tools/$tool.when" ]; then
-    read -r pattern <"$work/tools/$tool.when"
-    case "\$*" in \$pattern) ;; *) exit 0 ;; esac
-fi
-read -r status <"$work/tools/$tool.status"
-exit "\$status"
-TEXT
-        chmod +x "$work/tools/$tool"
+sfcb=$work/sfcb
+stage=$sfcb/var/lib/sfcb/stage
+repository=$sfcb/var/lib/sfcb/registration/repository
+schema_mof=$sfcb/share/sfcb/CIM/CIM_Schema.mof
+pegasus=$work/pegasus
+server=$pegasus/var
+link=$pegasus/lib/libzelsensors.so
+
+# An sfcb with the DMTF schema, and something of somebody else's staged and built.
+sfcb_is_there() {
+    mkdir -p "$sfcb/bin" "$sfcb/share/sfcb/CIM" "$stage/mofs/root/cimv2" "$stage/regs" "$repository"
+    for tool in sfcbstage sfcbunstage sfcbrepos; do
+        cp "$source/tests/install/managers/sfcb.sh" "$sfcb/bin/$tool"
+        chmod +x "$sfcb/bin/$tool"
+    done
+    printf '// The schema\n#pragma locale ("en_US")\n#pragma include ("qualifiers.mof")\n' >"$schema_mof"
+    awk '$1 == "Qualifier"' "$source/schema/qualifiers.mof" >"$sfcb/share/sfcb/CIM/qualifiers.mof"
+    echo '[Version ("1.0")] class Other {};' >"$stage/mofs/root/cimv2/other.mof"
+    printf '[Other]\n' >"$stage/regs/other.reg"
+    echo before >"$repository/built"
+    : >"$sfcb/var/calls"
+}
+
+# An OpenPegasus with the DMTF schema and a module of somebody else, running.
+pegasus_is_there() {
+    mkdir -p "$pegasus/bin" "$pegasus/lib" "$server/qualifiers" "$server/namespaces/root/cimv2"
+    for tool in cimconfig cimprovider cimmof cimcli; do
+        cp "$source/tests/install/managers/pegasus.sh" "$pegasus/bin/$tool"
+        chmod +x "$pegasus/bin/$tool"
+    done
+    awk -v folder="$server/qualifiers/" '$1 == "Qualifier" { printf "" >(folder $2) }' "$source/schema/qualifiers.mof"
+    echo lib >"$server/providerDir"
+    printf 'MODULE                  STATUS\nOtherModule             OK\n' >"$server/modules"
+    : >"$server/running"
+    : >"$server/calls"
+}
+
+# start CASE [MANAGER...]: a case with these managers, as new.
+start() {
+    case=$1
+    shift
+    rm -rf "$sfcb" "$pegasus"
+    lay_out
+    path=$work/system
+    unset PEGASUS_HOME
+    for each; do
+        "${each}_is_there"
+        path=$work/$each/bin:$path
     done
 }
 
-sfcb_tools="sfcbstage sfcbunstage sfcbrepos"
-pegasus_tools="cimmof cimprovider cimcli"
-
 register() {
     status=0
-    PATH=$work/tools:$work/system "$place/sbin/zelsensors-register" "$@" >"$work/output" 2>"$work/error" || status=$?
+    PATH=$path "$place/sbin/zelsensors-register" "$@" >"$work/output" 2>"$work/error" || status=$?
 }
 
 failures=0
 wrong() {
     printf 'FAILED: %s: %s\n' "$case" "$1"
-    sed 's/^/    /' "$work/calls" "$work/output" "$work/error"
+    cat "$sfcb/var/calls" "$server/calls" "$work/output" "$work/error" 2>/dev/null | sed 's/^/    /'
     failures=$((failures + 1))
 }
 
 expect_status() { [ "$status" = "$1" ] || wrong "status $status instead of $1"; }
-expect_calls() {
-    printf '%s' "$1" >"$work/expected"
-    cmp -s "$work/expected" "$work/calls" || wrong "other calls than expected: $(cat "$work/expected")"
-}
 expect_output() { grep -qF -- "$1" "$work/output" || wrong "output lacks '$1'"; }
-expect_error() { grep -qF -- "$1" "$work/error" || wrong "standard error lacks '$1'"; }
+expect_error() { tr '\n' ' ' <"$work/error" | grep -qF -- "$1" || wrong "standard error lacks '$1'"; }
+expect_no_error() { [ ! -s "$work/error" ] || wrong "something on standard error"; }
 expect_no_output() { ! grep -qF -- "$1" "$work/output" || wrong "output has '$1'"; }
 
+# expect_calls MANAGER LINES: all calls of its tools.
+expect_calls() {
+    printf '%s' "$2" >"$work/expected"
+    cmp -s "$work/expected" "$work/$1/var/calls" || wrong "other calls than expected: $(cat "$work/expected")"
+}
+# expect_changes LINES: the commands that were shown, which are those that change something.
+expect_changes() {
+    printf '%s' "$1" >"$work/expected"
+    sed -n 's/^+ //p' "$work/output" | cmp -s - "$work/expected" || wrong "other changes than: $(cat "$work/expected")"
+}
+expect_staged() {
+    staged=$(cd "$stage" && find . -type f | sort | tr '\n' ' ')
+    [ "$staged" = "$1" ] || wrong "staged is '$staged'"
+}
+expect_built() {
+    built=
+    [ ! -f "$repository/built" ] || built=$(tr '\n' ' ' <"$repository/built")
+    [ "$built" = "$1" ] || wrong "the repository is built of '$built'"
+}
+expect_link() { [ "$(readlink "$link")" = "$library" ] || wrong "no link $link"; }
+expect_no_link() { [ ! -L "$link" ] || wrong "there is a link $link"; }
+expect_module() {
+    module=$(awk '$1 == "zelsensorsModule" { print $2 }' "$server/modules")
+    [ "$module" = "$1" ] || wrong "the module's state is '$module'"
+}
+# expect_class VERSION: of the sensors' class; none, if there is to be no class.
+held=$server/namespaces/root/cimv2/TQS_NumericSensor
+expect_class() {
+    if [ -f "$held" ]; then version=$(awk -F '"' '/Version/ { print $2; exit }' "$held"); else version=none; fi
+    [ "$version" = "$1" ] || wrong "the class has version $version"
+}
+
+others="./mofs/root/cimv2/other.mof ./regs/other.reg "
+ours="./mofs/root/cimv2/other.mof ./mofs/root/cimv2/tqs.mof ./regs/other.reg ./regs/tqs.reg "
 sfcb_added="sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/tqs.mof
 sfcbrepos -f
 "
-pegasus_added="cimmof -uc -n root/cimv2 $data/schema/tqs.mof
+sfcb_added_with_qualifiers="sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/sfcb/tqaqualifiers.mof $data/schema/tqs.mof
+sfcbrepos -f
+"
+sfcb_undone="sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof
+sfcbrepos -f
+"
+without_schema() {
+    : >"$schema_mof"
+    rm "$sfcb/share/sfcb/CIM/qualifiers.mof" "$stage/mofs/root/cimv2/other.mof" "$stage/regs/other.reg"
+}
+
+start "sfcb: add stages schema and registration, then rebuilds the repository" sfcb
+register add
+expect_status 0
+expect_calls sfcb "$sfcb_added"
+expect_changes "$sfcb_added"
+expect_staged "$ours"
+expect_built "qualifiers.mof CIM_Schema.mof other.mof tqs.mof "
+expect_output "sfcb: schema and provider are registered; restart its daemon"
+expect_no_error
+
+start "sfcb: add works the same again" sfcb
+register add
+register add
+expect_status 0
+expect_calls sfcb "$sfcb_added$sfcb_added"
+
+start "sfcb: without the DMTF schema the qualifiers are staged, under a name that comes before the classes'" sfcb
+without_schema
+register add
+expect_status 0
+expect_calls sfcb "$sfcb_added_with_qualifiers"
+expect_staged "./mofs/root/cimv2/tqaqualifiers.mof ./mofs/root/cimv2/tqs.mof ./regs/tqs.reg "
+expect_built "CIM_Schema.mof tqaqualifiers.mof tqs.mof "
+expect_output "sfcb: qualifiers have to be declared: yes"
+
+start "sfcb: add finds its own qualifiers no reason to leave them away" sfcb
+without_schema
+register add
+register add
+expect_status 0
+expect_calls sfcb "$sfcb_added_with_qualifiers$sfcb_added_with_qualifiers"
+
+start "sfcb: qualifiers in the schema's own file count as declared" sfcb
+mv "$sfcb/share/sfcb/CIM/qualifiers.mof" "$schema_mof"
+register add
+expect_status 0
+expect_calls sfcb "$sfcb_added"
+
+start "sfcb: qualifiers in another capitalisation and over two lines count as declared" sfcb
+without_schema
+printf '// Qualifier Key : in a comment\n\tQUALIFIER\r\n   Description: string = null;\n' >"$schema_mof"
+register add --dry-run
+expect_output "sfcb: qualifiers have to be declared: no"
+
+start "sfcb: qualifiers that somebody else has staged count as declared" sfcb
+without_schema
+cp "$source/schema/qualifiers.mof" "$stage/mofs/root/cimv2/another.mof"
+register add
+expect_status 0
+expect_calls sfcb "$sfcb_added"
+
+start "sfcb: a comment or another word declares no qualifier" sfcb
+without_schema
+printf '// Qualifier Key : boolean;\n#pragma include ("no-such-qualifiers.mof")\nQualifier Keys : boolean;\n' >"$schema_mof"
+register add --dry-run
+expect_output "sfcb: qualifiers have to be declared: yes"
+
+start "sfcb: qualifiers that were staged go when the DMTF schema has come" sfcb
+without_schema
+register add
+awk '$1 == "Qualifier"' "$source/schema/qualifiers.mof" >"$schema_mof"
+: >"$sfcb/var/calls"
+register add
+expect_status 0
+expect_calls sfcb "sfcbunstage -n root/cimv2 tqaqualifiers.mof
+$sfcb_added"
+
+start "sfcb: without a schema file sfcbrepos would break the manager, so nothing is changed" sfcb
+rm "$schema_mof"
+register add
+expect_status 1
+expect_calls sfcb ""
+expect_error "sfcb: there is no $schema_mof, without which sfcbrepos fails; nothing has been changed."
+
+start "sfcb: --qualifiers overrides what is found out" sfcb
+register add --qualifiers yes --dry-run
+expect_changes "$sfcb_added_with_qualifiers"
+rm "$schema_mof"
+register add --qualifiers=no --dry-run
+expect_changes "$sfcb_added"
+
+start "sfcb: a failing repository build is undone" sfcb
+register add --qualifiers yes
+expect_status 1
+expect_calls sfcb "${sfcb_added_with_qualifiers}sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof tqaqualifiers.mof
+sfcbrepos -f
+"
+expect_staged "$others"
+expect_built "qualifiers.mof CIM_Schema.mof other.mof "
+expect_error "'sfcbrepos -f' failed with status 1"
+expect_error "sfcb: not registered. Our files are out of the staging folder and the repository is rebuilt: sfcb works as"
+expect_error "add failed for: sfcb"
+expect_no_output "are registered"
+
+start "sfcb: a repository that cannot be rebuilt is told" sfcb
+echo garbage >>"$stage/mofs/root/cimv2/other.mof"
+register add
+expect_status 1
+expect_calls sfcb "$sfcb_added$sfcb_undone"
+expect_staged "$others"
+expect_built ""
+expect_error "sfcb is broken: its repository is gone, and building it fails without our files too. Fix what sfcbrepos"
+expect_error "complains of, then run 'sfcbrepos -f' and restart its daemon"
+
+start "sfcb: files that cannot be taken out of the staging folder are told" sfcb
+echo garbage >>"$stage/mofs/root/cimv2/other.mof"
+echo 5 >"$sfcb/var/fail-sfcbunstage"
+register add
+expect_status 1
+expect_staged "$ours"
+expect_error "sfcb is broken: its repository is gone, and some of our files (tqs.reg, tqs.mof, tqaqualifiers.mof) may still be"
+
+start "sfcb: a failing sfcbstage leaves nothing staged and the repository alone" sfcb
+echo 3 >"$sfcb/var/fail-sfcbstage"
+cp "$data/schema/tqs.mof" "$stage/mofs/root/cimv2/"
+register add
+expect_status 1
+expect_calls sfcb "sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/tqs.mof
+sfcbunstage -n root/cimv2 tqs.mof
+"
+expect_staged "$others"
+expect_built "before "
+expect_error "'sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/tqs.mof' failed with status 3"
+expect_error "sfcb: not registered. Our files are out of the staging folder. The repository has not been touched"
+
+start "sfcb: remove takes all of ours, the qualifiers too" sfcb
+without_schema
+register add
+: >"$sfcb/var/calls"
+register remove
+expect_status 0
+expect_calls sfcb "sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof tqaqualifiers.mof
+sfcbrepos -f
+"
+expect_staged ""
+expect_output "sfcb: schema and provider are taken away; restart its daemon"
+expect_no_error
+
+start "sfcb: remove names only what is staged" sfcb
+register add
+: >"$sfcb/var/calls"
+register remove
+register remove
+expect_status 0
+expect_calls sfcb "${sfcb_undone}sfcbrepos -f
+"
+expect_staged "$others"
+
+# A machine with an sfcb has its staging folder in this place.
+if [ ! -d /var/lib/sfcb/stage ]; then
+    start "sfcb: remove names all of ours where the staging folder is not found" sfcb
+    mv "$sfcb/var/lib/sfcb" "$sfcb/var/lib/elsewhere"
+    mkdir -p "$sfcb/var/lib/sfcb"
+    register remove --dry-run
+    expect_changes "sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof tqaqualifiers.mof
+sfcbrepos -f
+"
+fi
+
+start "sfcb: a remove that cannot rebuild says that the repository is gone" sfcb
+register add
+echo garbage >>"$stage/mofs/root/cimv2/other.mof"
+register remove
+expect_status 1
+expect_staged "$others"
+expect_error "sfcb: our files are out of the staging folder, but sfcb is broken: its repository is gone."
+expect_no_output "are taken away"
+
+start "sfcb: a remove that cannot unstage leaves the repository alone" sfcb
+register add
+echo 5 >"$sfcb/var/fail-sfcbunstage"
+register remove
+expect_status 1
+expect_built "qualifiers.mof CIM_Schema.mof other.mof tqs.mof "
+expect_error "sfcb: not taken away. Its repository has not been touched, but some of our files"
+
+start "sfcb: what could not be undone is not begun" sfcb
+rm "$sfcb/bin/sfcbunstage"
+register add
+expect_status 1
+expect_calls sfcb ""
+expect_error "sfcbunstage is not in PATH"
+
+gq() { for each; do echo "cimcli gq $each -n root/cimv2"; done; }
+all_qualifiers=$(gq ArrayType Description Key Read ValueMap Values Version)
+compiled="cimmof -uc -aV -n root/cimv2 $data/schema/tqs.mof
 cimmof -n root/PG_Interop $data/pegasus/tqs-registration.mof
 "
-asked="cimprovider -l -s
+linked="ln -s $library $link
 "
 module_removed="cimprovider -d -m zelsensorsModule
 cimprovider -r -m zelsensorsModule
 "
+classes_shown="cimcli gc TQS_NumericSensor -n root/cimv2
+cimcli gc TQS_SystemEventLog -n root/cimv2
+"
+# A server that has the classes in VERSION, with one property's type as TYPE.
 registered() {
-    printf 'MODULE                  STATUS\nOtherModule             OK\nzelsensorsModule        %s\n' "$1" \
-        >"$work/tools/cimprovider.output"
+    register add
+    sed "s/3\.10\.15/$1/; s/sint32 CurrentReading/$2 CurrentReading/" "$held" >"$work/class"
+    cp "$work/class" "$held"
+    : >"$server/calls"
 }
 
-# The stand-ins' lists are lists of words.
-# shellcheck disable=SC2086
-{
-    case="sfcb: add stages schema and registration, then rebuilds the repository"
-    install_tools $sfcb_tools
-    register add
-    expect_status 0
-    expect_calls "$sfcb_added"
-    expect_output "sfcb: schema and provider are registered; restart its daemon"
-    expect_output "+ sfcbrepos -f"
-
-    case="sfcb: add works the same again"
-    install_tools $sfcb_tools
-    register add
-    register add
-    expect_status 0
-    expect_calls "$sfcb_added$sfcb_added"
-
-    case="sfcb: the qualifiers are staged before the classes"
-    install_tools $sfcb_tools
-    register add --qualifiers
-    expect_calls "sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/qualifiers.mof $data/schema/tqs.mof
-sfcbrepos -f
+start "pegasus: the first add makes the link and compiles schema and registration" pegasus
+register add
+expect_status 0
+expect_calls pegasus "cimconfig -g providerDir
+cimprovider -l -s
+$all_qualifiers
+$classes_shown$compiled${classes_shown}cimprovider -l -s
 "
+expect_changes "$linked$compiled"
+expect_link
+expect_class 3.10.15
+expect_module OK
+expect_output "pegasus: schema and provider are registered; nothing has to be restarted"
+expect_no_error
 
-    case="sfcb: remove unstages by name"
-    install_tools $sfcb_tools
-    register remove
-    expect_status 0
-    expect_calls "sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof
-sfcbrepos -f
-"
-    expect_output "sfcb: schema and provider are taken away; restart its daemon"
+start "pegasus: add works again, removes the module that is registered first, and keeps the link" pegasus
+register add
+register add
+expect_status 0
+expect_changes "$module_removed$compiled"
+expect_link
+expect_class 3.10.15
+expect_module OK
 
-    case="sfcb: remove takes the qualifiers too"
-    install_tools $sfcb_tools
-    register remove --qualifiers
-    expect_calls "sfcbunstage -n root/cimv2 -r tqs.reg qualifiers.mof tqs.mof
-sfcbrepos -f
-"
+start "pegasus: a module that is disabled already is not disabled again" pegasus
+echo 'zelsensorsModule Stopped' >>"$server/modules"
+register add
+expect_status 0
+expect_changes "${linked}cimprovider -r -m zelsensorsModule
+$compiled"
 
-    case="sfcb: remove without sfcbunstage would change nothing, so it fails"
-    install_tools sfcbstage sfcbrepos
-    register remove
-    expect_status 1
-    expect_calls ""
-    expect_error "sfcbunstage is not in PATH"
+start "pegasus: a module whose name only begins alike is not ours" pegasus
+echo 'zelsensorsModule2 OK' >>"$server/modules"
+register add
+expect_status 0
+expect_changes "$linked$compiled"
 
-    case="sfcb: a failing tool ends it"
-    install_tools $sfcb_tools
-    echo 3 >"$work/tools/sfcbstage.status"
-    register add
-    expect_status 1
-    expect_calls "sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/tqs.mof
-"
-    expect_error "'sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/tqs.mof' failed with status 3"
+start "pegasus: a missing qualifier has the qualifiers compiled before the classes" pegasus
+rm "$server/qualifiers/Version"
+register add
+expect_status 0
+expect_changes "${linked}cimmof -uc -aV -n root/cimv2 $data/schema/qualifiers.mof
+$compiled"
+expect_output "pegasus: qualifiers have to be declared: yes"
 
-    case="sfcb: a failing repository build is no success"
-    install_tools $sfcb_tools
-    echo 1 >"$work/tools/sfcbrepos.status"
-    register add
-    expect_status 1
-    expect_error "'sfcbrepos -f' failed with status 1"
-    expect_no_output "are registered"
+start "pegasus: --qualifiers asks nothing" pegasus
+register add --qualifiers no
+! grep -q "cimcli gq" "$server/calls" || wrong "the server was asked for qualifiers"
+expect_changes "$linked$compiled"
 
-    case="pegasus: the first add compiles schema and registration"
-    install_tools $pegasus_tools
-    register add
-    expect_status 0
-    expect_calls "$asked$pegasus_added"
-    expect_output "pegasus: schema and provider are registered; nothing has to be restarted"
+start "pegasus: classes of another version are replaced" pegasus
+registered 3.9.1 uint32
+register add
+expect_status 0
+expect_changes "$module_removed$compiled"
+expect_class 3.10.15
+grep -q "sint32 CurrentReading" "$held" || wrong "the old class is there"
 
-    case="pegasus: add removes the module that is registered first"
-    install_tools $pegasus_tools
-    registered OK
-    register add
-    expect_status 0
-    expect_calls "$asked$module_removed$pegasus_added"
+start "pegasus: classes of our version with other contents are deleted first" pegasus
+registered 3.10.15 uint32
+register add
+expect_status 0
+expect_changes "${module_removed}cimcli dc TQS_NumericSensor -n root/cimv2
+$compiled"
+grep -q "sint32 CurrentReading" "$held" || wrong "the old class is there"
 
-    case="pegasus: a module that is disabled already is not disabled again"
-    install_tools $pegasus_tools
-    registered Stopped
-    register add
-    expect_calls "${asked}cimprovider -r -m zelsensorsModule
-$pegasus_added"
-
-    case="pegasus: a module whose name only begins alike is not ours"
-    install_tools $pegasus_tools
-    echo 'zelsensorsModule2 OK' >"$work/tools/cimprovider.output"
-    register add
-    expect_calls "$asked$pegasus_added"
-
-    case="pegasus: the qualifiers are compiled before the classes"
-    install_tools $pegasus_tools
-    register add --qualifiers
-    expect_calls "${asked}cimmof -uc -n root/cimv2 $data/schema/qualifiers.mof
-$pegasus_added"
-
-    case="pegasus: remove takes module and classes away"
-    install_tools $pegasus_tools
-    registered OK
-    register remove
-    expect_status 0
-    expect_calls "$asked${module_removed}cimcli gc TQS_NumericSensor -n root/cimv2
-cimcli dc TQS_NumericSensor -n root/cimv2
-cimcli gc TQS_SystemEventLog -n root/cimv2
-cimcli dc TQS_SystemEventLog -n root/cimv2
-"
-    expect_output "pegasus: schema and provider are taken away"
-
-    case="pegasus: remove of what is not there is no failure"
-    install_tools $pegasus_tools
-    echo 1 >"$work/tools/cimcli.status"
-    register remove
-    expect_status 0
-    expect_calls "${asked}cimcli gc TQS_NumericSensor -n root/cimv2
-cimcli gc TQS_SystemEventLog -n root/cimv2
-"
-
-    case="pegasus: remove without cimcli says that the classes stay"
-    install_tools cimmof cimprovider
-    registered OK
-    register remove
-    expect_status 0
-    expect_calls "$asked$module_removed"
-    expect_output "the classes (TQS_NumericSensor TQS_SystemEventLog) stay"
-
-    case="pegasus: a server that does not answer is named as a possible cause"
-    install_tools $pegasus_tools
-    echo 1 >"$work/tools/cimprovider.status"
-    register add
-    expect_status 1
-    expect_calls "$asked"
-    expect_error "'cimprovider -l -s' failed with status 1; is the CIM server running?"
-
-    case="pegasus: the registration is not compiled when the schema failed"
-    install_tools $pegasus_tools
-    echo 2 >"$work/tools/cimmof.status"
-    register add
-    expect_status 1
-    expect_error "'cimmof -uc -n root/cimv2 $data/schema/tqs.mof' failed with status 2"
-    expect_calls "${asked}cimmof -uc -n root/cimv2 $data/schema/tqs.mof
-"
-
-    case="pegasus: a refused registration is no success"
-    install_tools $pegasus_tools
-    echo 4 >"$work/tools/cimmof.status"
-    echo '*PG_Interop*' >"$work/tools/cimmof.when"
-    register add
-    expect_status 1
-    expect_error "tqs-registration.mof' failed with status 4"
-    expect_no_output "are registered"
-
-    case="both managers are served"
-    install_tools $sfcb_tools $pegasus_tools
-    register add
-    expect_status 0
-    expect_calls "$sfcb_added$asked$pegasus_added"
-
-    case="--manager leaves the other one alone"
-    install_tools $sfcb_tools $pegasus_tools
-    register add --manager pegasus
-    expect_calls "$asked$pegasus_added"
-    install_tools $sfcb_tools $pegasus_tools
-    register --manager=sfcb add
-    expect_calls "$sfcb_added"
-
-    case="a dry run shows the commands and changes nothing"
-    install_tools $sfcb_tools $pegasus_tools
-    registered OK
+for change in 's/sint32 Accuracy;//' 's/^};/string More;\n};/' 's/boolean IsLinear/boolean IsLinear[]/'; do
+    start "pegasus: a class after '$change' is not ours" pegasus
+    registered 3.10.15 sint32
+    sed "$change" "$held" >"$work/class"
+    cp "$work/class" "$held"
     register add --dry-run
-    expect_status 0
-    expect_calls "$asked"
-    printf '%s' "$sfcb_added$module_removed$pegasus_added" >"$work/expected"
-    grep '^+ ' "$work/output" | sed 's/^+ //' | cmp -s - "$work/expected" || wrong "other commands shown"
-    expect_output "a dry run; nothing has been changed"
-    expect_no_output "are registered"
+    expect_changes "${module_removed}cimcli dc TQS_NumericSensor -n root/cimv2
+$compiled"
+done
 
-    case="no manager"
-    install_tools sfcbrepos cimmof
+start "pegasus: a class that cimmof leaves as it was is no success, and nothing of ours is left" pegasus
+registered 3.9.1 sint32
+echo '0 *schema/tqs.mof*' >"$server/fail-cimmof"
+register add
+expect_status 1
+expect_error "pegasus: the class TQS_NumericSensor that the server holds is not ours: version 3.9.1"
+expect_error "pegasus: not registered. Nothing of ours is left in the server"
+expect_no_output "are registered"
+expect_class none
+expect_module ""
+expect_no_link
+
+start "pegasus: a class that is not there afterwards is no success" pegasus
+echo '0 *schema/tqs.mof*' >"$server/fail-cimmof"
+register add
+expect_status 1
+expect_error "that the server holds is not ours: absent"
+expect_no_link
+
+start "pegasus: a module that is not there afterwards is no success" pegasus
+: >"$server/forgets-modules"
+register add
+expect_status 1
+expect_error "pegasus: the server does not list zelsensorsModule after its registration"
+expect_class none
+expect_no_link
+
+start "pegasus: a class that cannot be read is told, and no failure" pegasus
+: >"$server/shows-xml"
+register add
+expect_status 0
+expect_error "pegasus: what cimcli shows of TQS_NumericSensor cannot be read; compare it with tqs.mof"
+
+start "pegasus: the registration is not compiled when the schema failed, and the link is taken away" pegasus
+echo '2 *schema/tqs.mof*' >"$server/fail-cimmof"
+register add
+expect_status 1
+expect_changes "${linked}cimmof -uc -aV -n root/cimv2 $data/schema/tqs.mof
+rm $link
+"
+expect_error "'cimmof -uc -aV -n root/cimv2 $data/schema/tqs.mof' failed with status 2"
+expect_error "pegasus: not registered. Nothing of ours is left in the server"
+
+start "pegasus: a refused registration takes classes and link away again" pegasus
+echo '4 *PG_Interop*' >"$server/fail-cimmof"
+register add
+expect_status 1
+expect_error "tqs-registration.mof' failed with status 4"
+expect_class none
+expect_no_link
+expect_no_output "are registered"
+
+start "pegasus: what cannot be undone is told" pegasus
+echo '4 *PG_Interop*' >"$server/fail-cimmof"
+echo '9 dc*' >"$server/fail-cimcli"
+register add
+expect_status 1
+expect_error "'cimcli dc TQS_NumericSensor -n root/cimv2' failed with status 9"
+expect_error "pegasus: not registered, and some of ours may be left in the server"
+expect_no_link
+
+start "pegasus: a module that cannot be removed is enabled again, and stays with its classes" pegasus
+registered 3.9.1 sint32
+rm "$link"
+echo '1 -r*' >"$server/fail-cimprovider"
+register add
+expect_status 1
+expect_changes "$linked${module_removed}cimprovider -e -m zelsensorsModule
+rm $link
+"
+expect_error "pegasus: not registered; the server is as it was"
+expect_module OK
+expect_class 3.9.1
+expect_no_link
+
+start "pegasus: a server that does not answer is named as a possible cause" pegasus
+rm "$server/running"
+register add
+expect_status 1
+expect_changes ""
+expect_error "'cimconfig -g providerDir' gave no answer that helps; is the CIM server running?"
+
+start "pegasus: a server that cannot start for its providerDir: the folder and the way out are told" pegasus
+rm "$server/running"
+echo "$work/gone" >"$server/providerDir"
+register add
+expect_status 1
+expect_error "pegasus: the setting providerDir names $work/gone, which does not exist"
+expect_error "'cimconfig -u providerDir -p' sets it back, also while the server is down"
+
+start "pegasus: no folder of providerDir exists" pegasus
+echo "$work/gone:gone-too:" >"$server/providerDir"
+register add
+expect_status 1
+expect_changes ""
+expect_error "providerDir names $work/gone, which does not exist"
+expect_error "providerDir names $pegasus/gone-too, which does not exist"
+expect_error "pegasus: the setting providerDir names no folder that exists; nothing has been changed"
+
+start "pegasus: the link goes into the first folder that exists, and the missing one is told" pegasus
+mkdir "$pegasus/second folder" "$pegasus/third"
+echo "gone:second folder:third" >"$server/providerDir"
+register add
+expect_status 0
+[ "$(readlink "$pegasus/second folder/libzelsensors.so")" = "$library" ] || wrong "no link in the second folder"
+expect_error "providerDir names $pegasus/gone, which does not exist"
+register remove
+[ ! -L "$pegasus/second folder/libzelsensors.so" ] || wrong "the link is left"
+
+start "pegasus: a relative folder is relative to PEGASUS_HOME" pegasus
+mkdir -p "$work/home/lib"
+PEGASUS_HOME=$work/home
+export PEGASUS_HOME
+register add --dry-run
+unset PEGASUS_HOME
+expect_changes "ln -s $library $work/home/lib/libzelsensors.so
+$compiled"
+
+for answer in 'providerDir=lib' 'providerDir = lib '; do
+    start "pegasus: cimconfig answers '$answer'" pegasus
+    printf '%s\n' "$answer" >"$server/providerDir"
     register add
-    expect_status 1
-    expect_calls ""
-    expect_error "no object manager found"
+    expect_status 0
+    expect_link
+done
 
-    case="a manager that is asked for but not there"
-    install_tools $sfcb_tools
-    register add --manager pegasus
-    expect_status 1
-    expect_calls ""
-    expect_error "cimmof is not in PATH"
-}
+start "pegasus: our own folder in providerDir is passed over, and told" pegasus
+echo "${library%/*}/cmpi:lib" >"$server/providerDir"
+register add
+expect_status 0
+expect_link
+expect_error "providerDir names ${library%/*}/cmpi, which goes when this package is removed; then the server can neither"
+register remove
+expect_status 0
+expect_no_link
+[ -L "${library%/*}/cmpi/libzelsensors.so" ] || wrong "the package's own link is gone"
+expect_error "providerDir names ${library%/*}/cmpi, which goes when this package is removed"
 
-install_tools sfcbstage sfcbunstage sfcbrepos
+start "pegasus: the package's own link is enough where its folder is the server's only one" pegasus
+echo "${library%/*}/cmpi" >"$server/providerDir"
+: >"${library%/*}/cmpi/libothers.so"
+register add
+expect_status 0
+expect_changes "$compiled"
+expect_no_error
+register remove
+expect_status 0
+[ -L "${library%/*}/cmpi/libzelsensors.so" ] || wrong "the package's own link is gone"
+
+start "pegasus: a link that does the job already is left alone" pegasus
+mkdir "$pegasus/second"
+echo "lib:second" >"$server/providerDir"
+ln -s "${library%/*}/cmpi/libzelsensors.so" "$pegasus/second/libzelsensors.so"
+register add
+expect_status 0
+expect_changes "$compiled"
+expect_no_link
+register remove
+expect_status 0
+[ -L "$pegasus/second/libzelsensors.so" ] || wrong "a link that is not ours is gone"
+
+start "pegasus: something else of that name is not overwritten" pegasus
+echo "somebody's" >"$link"
+register add
+expect_status 1
+expect_changes ""
+expect_error "pegasus: $link is there and does not lead to $library; nothing has been changed."
+[ "$(cat "$link")" = "somebody's" ] || wrong "the file has changed"
+
+start "pegasus: a link that leads nowhere and is not ours is not overwritten" pegasus
+ln -s /nowhere "$link"
+register add
+expect_status 1
+expect_changes ""
+expect_error "pegasus: $link is there and does not lead to $library; nothing has been changed."
+
+start "pegasus: an old link of ours that leads nowhere is replaced" pegasus
+ln -s "$place/lib64/libzelsensors.so.0" "$link"
+register add
+expect_status 0
+expect_changes "rm $link
+$linked$compiled"
+expect_link
+
+start "pegasus: a link that cannot be made ends it" pegasus
+rm "$work/system/ln"
+printf '#!/bin/sh\nexit 1\n' >"$pegasus/bin/ln"
+chmod +x "$pegasus/bin/ln"
+register add
+expect_status 1
+expect_changes "$linked"
+expect_error "'ln -s $library $link' failed with status 1"
+expect_error "pegasus: without this link the server does not find the provider; nothing has been changed"
+ln -s "$(command -v ln)" "$work/system/ln"
+
+start "pegasus: without the library there is nothing to link to" pegasus
+rm "$library"
+register add
+expect_status 1
+expect_calls pegasus ""
+expect_error "pegasus: there is no libzelsensors.so.0 below $place/lib; nothing has been changed"
+
+start "pegasus: remove takes module, classes and link away" pegasus
+register add
+register remove
+expect_status 0
+expect_changes "${module_removed}cimcli dc TQS_NumericSensor -n root/cimv2
+cimcli dc TQS_SystemEventLog -n root/cimv2
+rm $link
+"
+expect_module ""
+expect_class none
+expect_no_link
+expect_output "pegasus: schema and provider are taken away"
+expect_no_error
+
+start "pegasus: remove of what is not there is no failure" pegasus
+register remove
+expect_status 0
+expect_changes ""
+
+start "pegasus: remove without cimcli says that the classes stay" pegasus
+register add
+rm "$pegasus/bin/cimcli"
+register remove
+expect_status 0
+expect_changes "${module_removed}rm $link
+"
+expect_error "the classes (TQS_NumericSensor TQS_SystemEventLog) stay"
+
+start "pegasus: remove takes the link away though the server does not run" pegasus
+register add
+rm "$server/running"
+register remove
+expect_status 1
+expect_changes "rm $link
+"
+expect_no_link
+expect_error "'cimprovider -l -s' gave no answer that helps; is the CIM server running?"
+expect_error "pegasus: not all of ours is taken away: fix what is told above, then repeat this"
+
+start "pegasus: remove says that a link may be left where nobody knows providerDir" pegasus
+echo '1 *' >"$server/fail-cimconfig"
+register remove
+expect_status 1
+expect_error "pegasus: providerDir cannot be asked for, so a link libzelsensors.so may be left in its folder"
+
+start "both managers are served" sfcb pegasus
+register add
+expect_status 0
+expect_changes "$sfcb_added$linked$compiled"
+
+start "both managers: the failure of the first does not keep the second from being tried" sfcb pegasus
+rm "$schema_mof"
+register add
+expect_status 1
+expect_module OK
+expect_output "pegasus: schema and provider are registered"
+tail -n 1 "$work/error" | grep -qx 'zelsensors-register: add failed for: sfcb' || wrong "it does not say which failed"
+
+start "both managers: both failures are named" sfcb pegasus
+rm "$schema_mof" "$server/running"
+register add
+expect_status 1
+expect_error "add failed for: sfcb pegasus"
+
+start "--manager leaves the other one alone" sfcb pegasus
+register add --manager pegasus
+expect_changes "$linked$compiled"
+expect_calls sfcb ""
+register --manager=sfcb remove
+expect_module OK
+expect_calls sfcb "sfcbrepos -f
+"
+
+start "a dry run shows the commands and changes nothing" sfcb pegasus
+echo 'zelsensorsModule OK' >>"$server/modules"
+register add --dry-run
+expect_status 0
+expect_changes "$sfcb_added$linked$module_removed$compiled"
+expect_calls sfcb ""
+expect_staged "$others"
+expect_module OK
+expect_class none
+expect_no_link
+expect_output "sfcb: a dry run; nothing has been changed"
+expect_output "pegasus: a dry run; nothing has been changed"
+expect_no_output "are registered"
+
+start "a dry run of remove changes nothing" sfcb pegasus
+register add
+register remove --dry-run
+expect_status 0
+expect_changes "${sfcb_undone}${module_removed}cimcli dc TQS_NumericSensor -n root/cimv2
+cimcli dc TQS_SystemEventLog -n root/cimv2
+rm $link
+"
+expect_staged "$ours"
+expect_module OK
+expect_class 3.10.15
+expect_link
+
+start "no manager" sfcb pegasus
+rm "$sfcb/bin/sfcbstage" "$pegasus/bin/cimprovider"
+register add
+expect_status 1
+expect_calls sfcb ""
+expect_calls pegasus ""
+expect_error "no object manager found"
+
+start "a manager that is asked for but not there" sfcb
+register add --manager pegasus
+expect_status 1
+expect_calls sfcb ""
+expect_error "cimmof is not in PATH"
+
 for arguments in "" "--dry-run" "insert" "add add" "add remove" "add --manager" "add --manager cimom" "add --manager=" \
-    "add --force"; do
-    case="wrong usage '$arguments'"
+    "add --force" "add --qualifiers" "add --qualifiers maybe" "add --qualifiers="; do
+    start "wrong usage '$arguments'" sfcb
     # shellcheck disable=SC2086 # a list of words
     register $arguments
     expect_status 2
-    expect_calls ""
+    expect_calls sfcb ""
     expect_error "usage: zelsensors-register"
 done
 
-case="--help"
+start "--help" sfcb
 register --help
 expect_status 0
-expect_calls ""
+expect_calls sfcb ""
 expect_output "usage: zelsensors-register"
 
-case="the script finds its data through a link to it"
-install_tools sfcbstage sfcbunstage sfcbrepos
-ln -s "$place/sbin/zelsensors-register" "$work/link"
-PATH=$work/tools:$work/system "$work/link" add >"$work/output" 2>"$work/error" || wrong "it failed"
-expect_calls "$sfcb_added"
+start "the script finds its data through a link to it" sfcb
+ln -sf "$place/sbin/zelsensors-register" "$work/link"
+PATH=$path "$work/link" add >"$work/output" 2>"$work/error" || wrong "it failed"
+expect_calls sfcb "$sfcb_added"
 
-case="the script without its data"
-install_tools sfcbstage sfcbunstage sfcbrepos
+start "the script without its data" sfcb
 mkdir -p "$work/elsewhere/sbin"
 cp "$place/sbin/zelsensors-register" "$work/elsewhere/sbin/"
 status=0
-PATH=$work/tools:$work/system "$work/elsewhere/sbin/zelsensors-register" add >"$work/output" 2>"$work/error" || status=$?
+PATH=$path "$work/elsewhere/sbin/zelsensors-register" add >"$work/output" 2>"$work/error" || status=$?
 expect_status 1
-expect_calls ""
+expect_calls sfcb ""
 expect_error "no folder $work/elsewhere/share/zelsensors/schema"
 
 [ "$failures" = 0 ] || exit 1
