@@ -53,6 +53,7 @@ set(CPACK_DEBIAN_PROVIDER_PACKAGE_SUGGESTS "zelhost, zelsensors-simulator")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/conffiles
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/postrm
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/prerm
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/triggers)
 
 set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "simulated point-of-sale terminal for the provider zelsensors

@@ -65,6 +65,8 @@ for library in libc6 libgcc-s1 libstdc++6; do
     grep -qF "$library" "$work/depends" || fail "it does not depend on $library: $(cat "$work/depends")"
 done
 if grep -q 'zel' "$work/depends"; then fail "it depends on one of ours: $(cat "$work/depends")"; fi
+dpkg-deb -c "$simulator" | grep -qF ' ./usr/share/doc/zelsensors-simulator/scenario-format.md' ||
+    fail "the simulator's package has no description of scenarios"
 dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
 
 step "A scratch root"
@@ -80,7 +82,7 @@ copy_program() {
         cp -L "$library" "$root$library"
     done
 }
-for program in sh rm rmdir cat readlink awk; do copy_program "$program"; done
+for program in sh rm rmdir cat readlink awk cp ln mkdir mv sort timeout; do copy_program "$program"; done
 cp -L /sbin/ldconfig "$root/usr/sbin/"
 # The packages' own dependencies, as this machine has them.
 needed="libc6 libgcc-s1 libstdc++6"
@@ -100,7 +102,21 @@ mount --rbind /dev "$root/dev"
 inside() { PATH=/usr/sbin:/usr/bin:/sbin:/bin TZ='' LC_ALL=C chroot "$root" "$@"; }
 # What is there but the package manager's own files and what is mounted.
 contents() { find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/proc" -prune -o -path "$root/dev" -prune -o \
-    -path "$root/etc/ld.so.cache" -prune -o -path "$root/var/cache" -prune -o -print | sed "s|^$root||" | sort; }
+    -path "$root/etc/ld.so.cache" -prune -o -path "$root/var/cache" -prune -o -path "$root/opt" -prune -o -print |
+    sed "s|^$root||" | sort; }
+# Stand-ins for the tools of both object managers, neither of which has the DMTF schema; /var/lib/sfcb is where packages of
+# sfcb have its folder.
+manager=$root/opt/manager
+mkdir -p "$manager/bin" "$manager/lib" "$manager/share/sfcb/CIM" "$manager/var/lib/sfcb/stage/mofs/root/cimv2" \
+    "$manager/var/lib/sfcb/stage/regs" "$manager/var/lib/sfcb/registration" "$manager/var/qualifiers" \
+    "$manager/var/namespaces/root/cimv2" "$root/var/lib"
+for tool in sfcbstage sfcbunstage sfcbrepos; do cp "$source/tests/install/managers/sfcb.sh" "$manager/bin/$tool"; done
+for tool in cimconfig cimprovider cimmof cimcli; do cp "$source/tests/install/managers/pegasus.sh" "$manager/bin/$tool"; done
+chmod +x "$manager"/bin/*
+echo lib >"$manager/var/providerDir"
+for file in running calls modules; do : >"$manager/var/$file"; done
+: >"$manager/share/sfcb/CIM/CIM_Schema.mof"
+ln -s /opt/manager/var/lib/sfcb "$root/var/lib/sfcb"
 contents >"$work/before"
 
 step "Installing"
@@ -133,18 +149,15 @@ status=0
 inside zelsensors-register add >"$work/register" 2>&1 || status=$?
 [ "$status" = 1 ] || fail "zelsensors-register without a manager: status $status instead of 1"
 grep -q 'no object manager found' "$work/register" || fail "zelsensors-register: $(cat "$work/register")"
-# Stand-ins for an object manager's tools, which fail where a file that they are given cannot be read.
-for tool in sfcbstage sfcbrepos; do
-    cat >"$root/usr/bin/$tool" <<'TEXT'
-#!/bin/sh
-for file; do
-    case "$file" in /*) cat "$file" >/dev/null || exit 1 ;; esac
+
+step "Registering"
+by_managers() { PATH=/opt/manager/bin:/usr/sbin:/usr/bin:/sbin:/bin TZ='' LC_ALL=C chroot "$root" "$@"; }
+by_managers zelsensors-register add >"$work/register" 2>&1 || { cat "$work/register"; fail "it did not register"; }
+for file in mofs/root/cimv2/tqaqualifiers.mof mofs/root/cimv2/tqs.mof regs/tqs.reg; do
+    [ -s "$root/var/lib/sfcb/stage/$file" ] || fail "$file is not staged for sfcb"
 done
-TEXT
-    chmod +x "$root/usr/bin/$tool"
-done
-inside zelsensors-register add --qualifiers >"$work/register" 2>&1 || { cat "$work/register"; fail "it did not register"; }
-rm "$root/usr/bin/sfcbstage" "$root/usr/bin/sfcbrepos"
+[ "$(readlink "$root/opt/manager/lib/libzelsensors.so")" = "/$libraries/libzelsensors.so.0" ] ||
+    fail "no link in OpenPegasus's provider folder"
 
 # left_after WHAT EXPECTED...: compares what is there more than before.
 left_after() {
@@ -156,8 +169,12 @@ left_after() {
 }
 
 step "Removing"
-dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-simulator zelhost >"$work/remove.log" 2>&1 ||
-    { cat "$work/remove.log"; fail "the packages cannot be removed"; }
+PATH=/opt/manager/bin:$PATH dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-simulator zelhost \
+    >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
+[ ! -L "$manager/lib/libzelsensors.so" ] || fail "the link in OpenPegasus's provider folder is left"
+[ ! -s "$manager/var/modules" ] || fail "OpenPegasus has the module still"
+grep -qF 'sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof && sfcbrepos -f' "$work/remove.log" ||
+    fail "the removal does not say that sfcb has the provider still"
 left_after removal /etc/logrotate.d /etc/logrotate.d/zelsensors /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf \
     /var/log/tarn /var/log/tarn/tarn.log
 
