@@ -198,9 +198,14 @@ register add
 expect_status 0
 expect_calls sfcb "$sfcb_added"
 
-start "sfcb: a comment or another word declares no qualifier" sfcb
+start "sfcb: a comment, another name and a use declare no qualifier" sfcb
 without_schema
-printf '// Qualifier Key : boolean;\n#pragma include ("no-such-qualifiers.mof")\nQualifier Keys : boolean;\n' >"$schema_mof"
+cat >"$schema_mof" <<'TEXT'
+// Qualifier Key : boolean;
+#pragma include ("no-such-qualifiers.mof")
+Qualifier Keys : boolean;
+class Other { [Read, Key : DisableOverride] string Name; };
+TEXT
 register add --dry-run
 expect_output "sfcb: qualifiers have to be declared: yes"
 
