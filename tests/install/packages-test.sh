@@ -65,7 +65,8 @@ for library in libc6 libgcc-s1 libstdc++6; do
     grep -qF "$library" "$work/depends" || fail "it does not depend on $library: $(cat "$work/depends")"
 done
 if grep -q 'zel' "$work/depends"; then fail "it depends on one of ours: $(cat "$work/depends")"; fi
-dpkg-deb -c "$simulator" | grep -qF ' ./usr/share/doc/zelsensors-simulator/scenario-format.md' ||
+dpkg-deb -c "$simulator" >"$work/simulator.list"
+grep -qF ' ./usr/share/doc/zelsensors-simulator/scenario-format.md' "$work/simulator.list" ||
     fail "the simulator's package has no description of scenarios"
 dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
 
@@ -154,7 +155,7 @@ step "Registering"
 by_managers() { PATH=/opt/manager/bin:/usr/sbin:/usr/bin:/sbin:/bin TZ='' LC_ALL=C chroot "$root" "$@"; }
 by_managers zelsensors-register add >"$work/register" 2>&1 || { cat "$work/register"; fail "it did not register"; }
 for file in mofs/root/cimv2/tqaqualifiers.mof mofs/root/cimv2/tqs.mof regs/tqs.reg; do
-    [ -s "$root/var/lib/sfcb/stage/$file" ] || fail "$file is not staged for sfcb"
+    [ -s "$manager/var/lib/sfcb/stage/$file" ] || fail "$file is not staged for sfcb"
 done
 [ "$(readlink "$root/opt/manager/lib/libzelsensors.so")" = "/$libraries/libzelsensors.so.0" ] ||
     fail "no link in OpenPegasus's provider folder"
