@@ -75,12 +75,15 @@ void appendNames(std::vector<std::string>& list, const char* const* names) {
 
 // Keys stay, be they listed or part of the path.
 CMPIrc filterProperties(InstanceContent& content, const char* const* properties, const char* const* keys) {
-    content.filter.reset();
-    if (properties == nullptr) return CMPI_RC_OK;
-    auto& wanted = content.filter.emplace();
+    if (properties == nullptr) {
+        content.filter.reset();
+        return CMPI_RC_OK;
+    }
+    std::vector<std::string> wanted;
     appendNames(wanted, properties);
     appendNames(wanted, keys);
     for (const NamedValue& key : content.instance.path.keys) wanted.push_back(key.name);
+    content.filter = std::move(wanted);
     auto& present = content.instance.properties;
     present.erase(std::remove_if(present.begin(), present.end(),
                                  [&](const NamedValue& property) { return !isWanted(content, property.name); }),
