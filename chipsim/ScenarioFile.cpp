@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "AsciiToml.h"
 #include "Toml.h"
 #include "Words.h"
 
@@ -534,7 +535,9 @@ class ScenarioReader {
 Scenario parseScenario(std::string_view text, const std::string& name) {
     toml::table root;
     try {
-        root = toml::parse(text, std::string_view(name));
+        root = toml::parse(asciiToml(text), std::string_view(name));
+    } catch (const NotToml& error) {
+        fail(name, error.line(), error.what(), "valid TOML");
     } catch (const toml::parse_error& error) {
         fail(name, error.source().begin.line, std::string(error.description()), "valid TOML");
     }

@@ -1,6 +1,8 @@
 // A faulty scenario is refused with one exact message.
 #include <unistd.h>
 
+#include <cstdio>
+
 #include "ChipTest.h"
 #include "OutputCapture.h"
 
@@ -61,7 +63,20 @@ INSTANTIATE_TEST_SUITE_P(
             ":1: Error while parsing key: expected bare key starting character or string delimiter, saw '!', "
             "expected valid TOML"},
         FaultyScenario{"LetterOutsideOfATextThatIsNotAscii", "seed = 1\nmodel = \u00e9\n",
-                       ":2: Error while parsing value: could not determine value type, expected valid TOML"},
+                       ":2: '\u00e9' (U+00E9) stands outside of texts and comments, expected valid TOML"},
+        FaultyScenario{"ControlCharacterThatIsNotAscii", "model = \xc2\x9b\n",
+                       ":1: U+009B stands outside of texts and comments, expected valid TOML"},
+        FaultyScenario{"ByteOrderMarkInsideTheFile", "\n\ufeffseed = 1\n",
+                       ":2: '\ufeff' (U+FEFF) stands outside of texts and comments, expected valid TOML"},
+        FaultyScenario{"BackslashBeforeALetterThatIsNotAscii", "# \u00e9\nmodel = \"\\\u00e9\"\n",
+                       ":2: a backslash stands before '\u00e9' (U+00E9), expected valid TOML"},
+        FaultyScenario{"TextWithoutEnd", "model = \"\u00e9\nseed = 1\"\n",
+                       ":1: Error while parsing string: unescaped control characters other than TAB (U+0009) are "
+                       "explicitly prohibited, expected valid TOML"},
+        FaultyScenario{"TextOfSeveralLinesWithoutEnd", "model = '''\n\u00e9''\n",
+                       ":2: Error while parsing string: encountered end-of-file, expected valid TOML"},
+        FaultyScenario{"UnknownKeyThatIsNotAscii", "\"\u00e9\" = 1\n",
+                       ":1: unknown key '\u00e9' in the file, expected one of model, seed, sensor, event-log, fault"},
         FaultyScenario{"UnknownKey", "# comment\nmodell = 1\n",
                        ":2: unknown key 'modell' in the file, expected one of model, seed, sensor, event-log, fault"},
         FaultyScenario{"UnknownTable", "\n\n[sensors]\n",
@@ -270,6 +285,19 @@ INSTANTIATE_TEST_SUITE_P(
     testName);
 
 class ScenarioErrorTest : public ChipTest {};
+
+TEST_F(ScenarioErrorTest, BytesThatAreNotUtf8AreRefusedEverywhere) {
+    for (const std::string bytes : {"\x80", "\xC1\xBF", "\xC3", "\xC3(", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xE2\x82",
+                                    "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"}) {
+        char number[8];
+        std::snprintf(number, sizeof number, "0x%02X", static_cast<unsigned char>(bytes[0]));
+        const std::string message = path() + ":2: the byte " + number + " is no UTF-8, expected valid TOML\n";
+        for (const std::string before : {"\n", "\n#", "\nmodel = \"", "\nmodel = '", "model = \"\"\"\n"}) {
+            useScenario(before + bytes);
+            EXPECT_EQ(messageOfFailingInitialise(), message) << before;
+        }
+    }
+}
 
 TEST_F(ScenarioErrorTest, EveryNumberOfASensorIsChecked) {
     for (const std::string key :
