@@ -2,7 +2,7 @@
 # Makes the Debian packages, checks them with lintian, installs them into a scratch root, uses what they installed there,
 # and looks at what their removal leaves behind.
 #
-# usage: packages-test.sh SOURCE-FOLDER WORK-FOLDER CMAKE
+# usage: packages-test.sh SOURCE-FOLDER WORK-FOLDER CMAKE IN-PRIVATE-MOUNTS
 set -eu
 source=$1
 work=$2
@@ -21,16 +21,13 @@ fail() {
 
 step() { echo "==> $*"; }
 
-for tool in chroot cpack dpkg dpkg-deb dpkg-shlibdeps file lintian ninja readelf unshare; do
+for tool in chroot cpack dpkg dpkg-deb dpkg-shlibdeps file lintian ninja readelf; do
     command -v "$tool" >/dev/null || skip "$tool is not installed"
 done
-# What is mounted into the scratch root goes with the namespace; without root, a user namespace brings it.
+# What is mounted into the scratch root goes with the namespace.
 if [ -z "${PACKAGES_TEST_NAMESPACE:-}" ]; then
-    set -- --mount sh "$0" "$@"
-    [ "$(id -u)" = 0 ] || set -- --map-root-user "$@"
-    unshare --mount true 2>/dev/null || unshare --map-root-user --mount true 2>/dev/null ||
-        skip "the system gives no private mount namespace"
-    PACKAGES_TEST_NAMESPACE=yes exec unshare "$@"
+    "$4" true || skip "the system gives no private mount namespace"
+    PACKAGES_TEST_NAMESPACE=yes exec "$4" sh "$0" "$@"
 fi
 
 mkdir -p "$work"

@@ -1,7 +1,5 @@
 #include "Sandbox.h"
 
-#include <fcntl.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +12,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "PrivateMounts.h"
 #include "SandboxEntry.h"
 
 namespace fs = std::filesystem;
@@ -37,30 +36,6 @@ void mountOver(const char* source, const fs::path& target, const char* type, uns
 
 void mountMemory(const fs::path& target) {
     mountOver("tmpfs", target, "tmpfs", MS_NOSUID, "mode=755");
-}
-
-void writeProcFile(const char* path, const std::string& text) {
-    const int file = open(path, O_WRONLY | O_CLOEXEC);
-    if (file < 0) fail(path);
-    const ssize_t written = write(file, text.data(), text.size());
-    const int error = errno;
-    close(file);
-    errno = error;
-    if (written != static_cast<ssize_t>(text.size())) fail(path);
-}
-
-std::string identityMap(unsigned id) {
-    return std::to_string(id) + " " + std::to_string(id) + " 1";
-}
-
-void unshareMounts() {
-    const uid_t user = geteuid();
-    const gid_t group = getegid();
-    if (unshare(CLONE_NEWNS) == 0) return;
-    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) fail("unshare");
-    writeProcFile("/proc/self/setgroups", "deny");
-    writeProcFile("/proc/self/uid_map", identityMap(user));
-    writeProcFile("/proc/self/gid_map", identityMap(group));
 }
 
 // The machine's entries, but for /etc/tarn, seen through symbolic links.
@@ -103,8 +78,7 @@ void replaceDev() {
 }
 
 void makeNamespace() {
-    unshareMounts();
-    mountOver("none", "/", "none", MS_REC | MS_PRIVATE, nullptr);
+    enterPrivateMounts(geteuid(), getegid());
     mountMemory("/var/log");
     fs::create_directory("/var/log/tarn");
     replaceEtc();
