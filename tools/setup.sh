@@ -22,7 +22,7 @@ missing_of() {
 
 # install SECTION: brings what is missing, and does nothing, without root, where nothing is.
 install() {
-    command -v dpkg-query >/dev/null || fail "no dpkg-query here; this is made for Debian 12"
+    command -v dpkg-query >/dev/null || fail "no dpkg-query here; this is made for Debian 12 and 13"
     missing=$(missing_of "$1")
     if [ -z "$missing" ]; then
         say "Packages for '$1': all installed"
