@@ -39,8 +39,11 @@ fetch_kernel() {
     dpkg -x "$fetching"/*.deb "$fetching/package"
     mkdir "$fetching/kernel"
     mv "$fetching/package/boot/"vmlinuz-* "$fetching/kernel/vmlinuz"
+    # Of Debian 13 they lie below usr/ and are compressed.
     for module in nvme-fabrics nvme-tcp; do
-        mv "$fetching/package/lib/modules/"*/kernel/drivers/nvme/host/$module.ko "$fetching/kernel/"
+        file=$(find "$fetching/package" -path "*/drivers/nvme/host/$module.ko*")
+        case $file in *.xz) xz --decompress "$file" ;; esac
+        mv "${file%.xz}" "$fetching/kernel/"
     done
     mv "$fetching/kernel" "$cache/kernel"
     rm -rf "$fetching"
@@ -62,7 +65,7 @@ copy() {
 rm -rf "$guest"
 mkdir -p "$guest" "$cache"
 [ "$(dpkg --print-architecture 2>/dev/null)" = amd64 ] || unavailable "the guest is for amd64 only"
-for command in qemu-system-x86_64 busybox cpio strip; do
+for command in qemu-system-x86_64 busybox cpio strip xz; do
     command -v $command >/dev/null || unavailable "there is no $command here"
 done
 # Several builds may be tested at a time.
