@@ -1,10 +1,15 @@
 // The log's file under hard conditions: a disk that is full, a file that others delete, replace, truncate and write to.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -13,9 +18,14 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <memory>
+#include <new>
+#include <set>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "LogHandler.h"
@@ -39,11 +49,14 @@ class OpenHandler : public FileLogHandler {
     void write(std::string line) { WriteLog(line); }
 };
 
-std::string contentsOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
+std::string contentsOf(const std::ifstream& file) {
     std::ostringstream contents;
     if (file) contents << file.rdbuf();
     return contents.str();
+}
+
+std::string contentsOf(const fs::path& path) {
+    return contentsOf(std::ifstream(path, std::ios::binary));
 }
 
 // "<3:41:xxxx>", of the whole length given, newline included, and of one writer's letter.
@@ -75,8 +88,10 @@ Lines countLines(const std::string& contents) {
     return lines;
 }
 
-// Runs the body in that many processes, which begin together; each must end well.
-void inProcesses(unsigned count, const std::function<void(unsigned)>& body) {
+// Runs the body in that many processes, which begin together, and here what is to be done meanwhile; each must end
+// well.
+void inProcesses(
+    unsigned count, const std::function<void(unsigned)>& body, const std::function<void()>& meanwhile = [] {}) {
     std::vector<pid_t> children;
     int start[2];
     ASSERT_EQ(pipe(start), 0);
@@ -85,6 +100,7 @@ void inProcesses(unsigned count, const std::function<void(unsigned)>& body) {
         ASSERT_GE(child, 0);
         if (child == 0) {
             char nothing = 0;
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
             close(start[1]);
             while (read(start[0], &nothing, 1) < 0 && errno == EINTR) continue;
             if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(2);  // where the link counts go
@@ -95,6 +111,7 @@ void inProcesses(unsigned count, const std::function<void(unsigned)>& body) {
     }
     close(start[0]);
     close(start[1]);
+    meanwhile();
     for (const pid_t child : children) {
         int status = 0;
         while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
@@ -127,34 +144,120 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWhole) {
     EXPECT_EQ(lines.whole, processes * each);
 }
 
-TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) {
-    constexpr unsigned writers = 4;
-    inProcesses(writers + 1, [](unsigned process) {
-        OpenHandler handler;
-        std::error_code ignored;
-        for (unsigned i = 0; i < 300; ++i) {
-            if (process < writers) {
-                handler.write(numberedLine(process, i, 20 + i * 37 % 6000));
-                continue;
-            }
-            usleep(1000);
-            const fs::path kept = FOLDER / ("kept-" + std::to_string(i));
-            if (i % 4 == 0) fs::rename(LOG_FILE, kept, ignored);
-            if (i % 4 == 1) fs::remove(LOG_FILE, ignored);
-            if (i % 4 == 2) fs::resize_file(LOG_FILE, 0, ignored);
-            if (i % 4 == 3) {
-                std::ofstream(FOLDER / "new").flush();
-                fs::rename(FOLDER / "new", LOG_FILE, ignored);
-            }
+// Writers and this process take turns that begin together. In each of them this process does something to the file
+// while late lines of the turn before still come; then every writer writes. A turn is over once each has written a line
+// that was begun after the file was changed: where that line must be then does not depend on who was quick and who was
+// slow.
+constexpr unsigned WRITERS = 4;
+constexpr unsigned TURNS = 50;
+constexpr unsigned LINES_A_TURN = 20;
+const fs::path OLD_FILE = FOLDER / "old";
+
+struct Turns {
+    std::atomic<unsigned> current{1};
+    std::array<std::atomic<unsigned>, WRITERS> served{};  // the latest turn of which each writer has written a line
+};
+
+// In memory that the processes share.
+std::unique_ptr<Turns, void (*)(Turns*)> makeTurns() {
+    void* memory = mmap(nullptr, sizeof(Turns), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
+    return {new (memory) Turns, [](Turns* turns) { munmap(turns, sizeof(Turns)); }};
+}
+
+void writeInTurns(unsigned writer, Turns& turns) {
+    OpenHandler handler;
+    for (unsigned turn = 1; turn <= TURNS; ++turn) {
+        while (turns.current < turn) sched_yield();
+        for (unsigned i = 0; i < LINES_A_TURN; ++i) {
+            handler.write(numberedLine(writer, turn, 20 + (turn * LINES_A_TURN + i) * 37 % 6000));
+            turns.served[writer] = turn;
         }
-    });
-    unsigned whole = 0;
-    for (const fs::directory_entry& file : fs::directory_iterator(FOLDER)) {
-        const Lines lines = countLines(contentsOf(file));
-        EXPECT_EQ(lines.torn, 0U) << file;
-        whole += lines.whole;
     }
-    EXPECT_GE(whole, 1U);
+}
+
+// False when a writer has ended too early.
+bool awaitWriters(const Turns& turns, unsigned turn) {
+    for (const std::atomic<unsigned>& served : turns.served) {
+        while (served < turn) {
+            siginfo_t ended{};
+            if (waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid != 0) return served >= turn;
+            sched_yield();
+        }
+    }
+    return true;
+}
+
+// The writers with a whole line of the turn.
+std::set<unsigned> writersIn(const std::string& contents, unsigned turn) {
+    std::set<unsigned> writers;
+    std::istringstream stream(contents);
+    for (std::string line; std::getline(stream, line);) {
+        unsigned writer = 0;
+        unsigned number = 0;
+        if (isWhole(line) && std::sscanf(line.c_str(), "<%u:%u:", &writer, &number) == 2 && number == turn)
+            writers.insert(writer);
+    }
+    return writers;
+}
+
+// What was done to the file, and what must come of it.
+struct Meddling {
+    const char* what = "nothing";
+    fs::path lines = LOG_FILE;  // the file for what is written from now on
+    std::ifstream deleted;      // the file that was deleted, if one was
+};
+
+Meddling meddle(unsigned turn) {
+    switch (turn % 5) {
+        case 1:
+            fs::rename(LOG_FILE, OLD_FILE);
+            return {"renamed", OLD_FILE, {}};
+        case 2: {
+            std::ifstream deleted(OLD_FILE);
+            fs::remove(OLD_FILE);
+            return {"deleted after it was renamed", LOG_FILE, std::move(deleted)};
+        }
+        case 3:
+            fs::resize_file(LOG_FILE, 0);
+            return {"truncated", LOG_FILE, {}};
+        case 4: {
+            std::ifstream deleted(LOG_FILE);
+            std::ofstream(FOLDER / "new").flush();
+            fs::rename(FOLDER / "new", LOG_FILE);
+            return {"replaced", LOG_FILE, std::move(deleted)};
+        }
+        default: {
+            std::ifstream deleted(LOG_FILE);
+            fs::remove(LOG_FILE);
+            return {"deleted", LOG_FILE, std::move(deleted)};
+        }
+    }
+}
+
+void meddleInTurns(Turns& turns) {
+    Meddling last;
+    for (unsigned turn = 1; turn <= TURNS; ++turn) {
+        SCOPED_TRACE(last.what);
+        EXPECT_TRUE(awaitWriters(turns, turn));
+        EXPECT_EQ(writersIn(contentsOf(last.lines), turn).size(), WRITERS);
+        // All have turned to another file.
+        if (last.deleted.is_open()) {
+            EXPECT_EQ(countLines(contentsOf(last.deleted)).torn, 0U);
+        }
+        if (testing::Test::HasFailure()) break;
+        last = meddle(turn);
+        turns.current = turn + 1;
+    }
+    turns.current = TURNS;  // all that the writers wait for, also after a failure
+}
+
+TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) {
+    const auto turns = makeTurns();
+    inProcesses(
+        WRITERS, [&](unsigned writer) { writeInTurns(writer, *turns); }, [&] { meddleInTurns(*turns); });
+    for (const fs::directory_entry& file : fs::directory_iterator(FOLDER))
+        EXPECT_EQ(countLines(contentsOf(file)).torn, 0U) << file;
 }
 
 unsigned openDescriptorsOf(const fs::path& path) {
