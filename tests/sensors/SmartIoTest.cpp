@@ -237,6 +237,11 @@ TEST_F(SmartIoIdentify, ThresholdsAreTheLowSixteenBitsLess273) {
     identifyWithThresholds(drives::underThreshold(node, 0x00000110), drives::overThreshold(node, 0x0000015E), -1, 77);
     identifyWithThresholds(drives::underThreshold(node, 0x0000015E), drives::overThreshold(node, 0x00000110), 77, -1);
     identifyWithThresholds(drives::underThreshold(node, 0xABCD015E), drives::overThreshold(node, 0xFFFF0110), 77, -1);
+    // The sixteenth bit is one of them, and no sign.
+    identifyWithThresholds(drives::underThreshold(node, 0x0000FFFF), drives::overThreshold(node, 0x12348110), 65262,
+                           32767);
+    identifyWithThresholds(drives::underThreshold(node, 0x7FFF8000), drives::overThreshold(node, 0x00007FFF), 32495,
+                           32494);
     // The result is logged whole, and never as a negative number.
     const std::vector<std::string> messages = loggedMessages();
     EXPECT_EQ(messages[10], "NvmeSsd::getIdentifyNVMeData - Under Temperature Threshold RESULT: 2882339166\n");
