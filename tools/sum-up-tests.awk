@@ -1,5 +1,5 @@
 # Of ctest's output: every line of a test that did not pass, with what it printed, and the counts at the end.
-/^ *[0-9]+\/[0-9]+ Test +#[0-9]+:/ {
+/^ *([0-9]+\/[0-9]+ )?Test +#[0-9]+:/ {
     showing = 0
     if (/ Passed +[0-9.]+ sec/) { passed++; next }
     if (/\*\*\*Skipped/) { skipped++ } else { failed++ }

@@ -174,9 +174,10 @@ void writeInTurns(unsigned writer, Turns& turns) {
             turns.served[writer] = turn;
         }
     }
+    while (turns.current <= TURNS) sched_yield();  // until all have been seen
 }
 
-// False when a writer has ended too early.
+// False when a writer has ended.
 bool awaitWriters(const Turns& turns, unsigned turn) {
     for (const std::atomic<unsigned>& served : turns.served) {
         while (served < turn) {
@@ -249,7 +250,7 @@ void meddleInTurns(Turns& turns) {
         last = meddle(turn);
         turns.current = turn + 1;
     }
-    turns.current = TURNS;  // all that the writers wait for, also after a failure
+    turns.current = TURNS + 1;  // all that the writers wait for, also after a failure
 }
 
 TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) {
