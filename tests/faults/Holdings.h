@@ -10,6 +10,9 @@ struct Holdings {
     std::size_t threads;
     std::size_t heapBytes;      // taken from the C library's memory and not given back; 0 where another takes its place
     std::size_t residentBytes;  // 0 likewise, since a sanitizer's own memory grows
+    // What no file backs, be it resident or swapped out; 0 likewise. Of what is resident the system takes pages of
+    // files away where memory gets short, and gives them back later.
+    std::size_t ownBytes;
 
     static Holdings now();
 };
