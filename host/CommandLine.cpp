@@ -1,142 +1,122 @@
 #include "CommandLine.h"
 
-#include <CLI/CLI.hpp>
-#include <map>
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "Failure.h"
+#include "Grammar.h"
+#include "Spelling.h"
+#include "Utf8.h"
 
 namespace host {
 namespace {
 
-constexpr const char* kFooter =
-    "Libraries: without --provider and --chip, the provider and the simulated chip library are those\n"
-    "of zelhost's own tree, built or installed. Where that has no simulated chip library, and with\n"
-    "--chip system, the loader takes the system's libzelchip.so.0.\n"
-    "\n"
-    "Exit codes:\n"
-    "  0  fine\n"
-    "  1  the provider's answer was an error (its CIM status is on standard error), verify found a\n"
-    "     problem, or the output could not be written\n"
-    "  2  wrong usage, or a schema that cannot be read\n"
-    "  3  the provider or the chip library could not be loaded";
-
-void addCommonOptions(CLI::App& app, Options& options) {
-    static const std::map<std::string, Format> formats{
-        {"table", Format::Table}, {"json", Format::Json}, {"mof", Format::Mof}};
-    app.add_option("--provider", options.provider, "Provider library (default: libzelsensors.so.0 of zelhost's tree)")
-        ->type_name("PATH");
-    app.add_option("--provider-name", options.providerName, "Name that its factory bears")
-        ->type_name("NAME")
-        ->capture_default_str();
-    app.add_option("--chip", options.chip,
-                   "Chip library: a file, a folder that holds libzelchip.so.0, or the word system for the system's "
-                   "(default: the simulated one of zelhost's tree, else the system's)")
-        ->type_name("PATH");
-    app.add_option("--scenario", options.scenario,
-                   "What the simulated chip library plays: a file (written with a slash), or a name from the folder "
-                   "of scenarios")
-        ->type_name("NAME|FILE");
-    app.add_option("--namespace", options.nameSpace, "CIM namespace")->type_name("NAME")->capture_default_str();
-    app.add_option("--format", options.format, "Output format: table, json or mof (default: table)")
-        ->type_name("FORMAT")
-        ->transform(CLI::CheckedTransformer(formats).description(""));
-    app.add_option("--provider-output", options.providerOutput,
-                   "Where the provider's own lines go: a file, or - to show them on standard error at the end "
-                   "(default: discarded)")
-        ->type_name("FILE|-");
+std::string meant(const std::string& word, const std::vector<std::string>& candidates) {
+    const std::string nearest = nearestTo(word, candidates);
+    return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
-CLI::App* addCommand(CLI::App& app, Options& options, Command command, const char* description) {
-    return app.add_subcommand(nameOf(command), description)->callback([&options, command] {
-        options.command = command;
-    });
+bool looksLikeOption(const std::string& word) {
+    return word.size() > 1 && word.front() == '-';
 }
 
-void addClassArgument(CLI::App* command, Options& options) {
-    command->add_option("CLASS", options.className, "CIM class")->type_name("")->capture_default_str();
+void refuseCommand(const Grammar& grammar, const std::string& word) {
+    throw UsageError("there is no command " + word + meant(word, grammar.commands()));
 }
 
-void addClassOption(CLI::App* command, Options& options) {
-    command->add_option("--class", options.className, "CIM class")->type_name("CLASS")->capture_default_str();
+// Throws UsageError for words that mean nothing here.
+void refuseUnknownWords(Grammar& grammar) {
+    const std::vector<std::string> unknown = grammar.app().remaining(true);
+    if (unknown.empty()) return;
+    const std::string command = grammar.command();
+    if (command.empty() && !looksLikeOption(unknown.front())) refuseCommand(grammar, unknown.front());
+    const auto option = std::find_if(unknown.begin(), unknown.end(), looksLikeOption);
+    if (option == unknown.end()) throw UsageError(command + ": there is an argument too many: " + unknown.front());
+    const std::string name = option->substr(0, option->find('='));
+    throw UsageError("there is no option " + name + meant(name, grammar.optionNames()));
 }
 
-void addReadingCommands(CLI::App& app, Options& options) {
-    addClassArgument(addCommand(app, options, Command::Names, "Show the names of a class's instances"), options);
-    addClassArgument(addCommand(app, options, Command::Instances, "Show the instances of a class"), options);
-
-    CLI::App* get = addCommand(app, options, Command::Get, "Show one instance with all its properties");
-    get->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("")->required();
-    addClassOption(get, options);
-
-    addCommand(app, options, Command::Log, "Show the lines and the state of the event log");
-
-    CLI::App* watch = addCommand(app, options, Command::Watch, "Show the sensors again and again");
-    addClassArgument(watch, options);
-    watch->add_option("--interval", options.interval, "Seconds between two rounds")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.1, 86400.0).description(""))
-        ->capture_default_str();
-    watch->add_option("--count", options.rounds, "End after so many rounds (default: when interrupted)")
-        ->type_name("ROUNDS")
-        ->check(CLI::PositiveNumber.description(""));
+// Throws UsageError for options that the command does not take, and for those given twice.
+void refuseWrongOptions(Grammar& grammar) {
+    const std::string command = grammar.command();
+    for (const CLI::Option* option : grammar.app().get_options()) {
+        const std::string name = option->get_name();
+        if (grammar.isMisplaced(option, command)) throw UsageError(command + " has no option " + name);
+        if (option->count() > 1 && !grammar.mayBeRepeated(option)) throw UsageError(name + " is given more than once");
+    }
 }
 
-void addVerifyCommand(CLI::App& app, Options& options) {
-    CLI::App* verify = addCommand(app, options, Command::Verify, "Compare all answers with the classes' schema");
-    verify
-        ->add_option("--schema", options.schema,
-                     "MOF file with declarations of qualifiers or classes; may be given again, and each file may use "
-                     "what those before it declare (default: the schema of zelhost's tree)")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
+// What was wrong where it was neither an unknown word nor a value.
+std::string reasonOf(const CLI::ParseError& error, Grammar& grammar, const std::string& lastWord) {
+    if (grammar.app().get_option_no_throw(lastWord) != nullptr) return lastWord + " needs a value";
+    const std::string missing = grammar.missingArgument();
+    return missing.empty() ? error.what() : grammar.command() + ": " + missing + " is missing";
 }
 
-void addWritingCommands(CLI::App& app, Options& options) {
-    CLI::App* create = addCommand(app, options, Command::Create, "Ask for a new instance, and show the refusal");
-    create->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("");
-    addClassOption(create, options);
+enum class Wish { Request, Help, Version };
 
-    CLI::App* modify = addCommand(app, options, Command::Modify, "Ask for a change, and show the refusal");
-    modify->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("")->required();
-    addClassOption(modify, options);
+// Throws UsageError.
+Wish parse(Grammar& grammar, int count, const char* const* arguments) {
+    try {
+        grammar.app().parse(count, arguments);
+        return Wish::Request;
+    } catch (const CLI::CallForHelp&) {
+        refuseUnknownWords(grammar);
+        return Wish::Help;
+    } catch (const CLI::CallForVersion&) {
+        refuseUnknownWords(grammar);
+        return Wish::Version;
+    } catch (const CLI::ParseError& error) {
+        refuseUnknownWords(grammar);
+        throw UsageError(reasonOf(error, grammar, arguments[count - 1]));
+    }
+}
 
-    CLI::App* remove = addCommand(app, options, Command::Delete, "Ask for a removal, and show the refusal");
-    remove->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("")->required();
-    addClassOption(remove, options);
+std::string helpOn(const std::string& topic, const Grammar& grammar) {
+    const std::vector<std::string> commands = grammar.commands();
+    const bool isKnown = topic.empty() || std::find(commands.begin(), commands.end(), topic) != commands.end();
+    if (!isKnown) refuseCommand(grammar, topic);
+    return grammar.helpOf(topic);
+}
 
-    CLI::App* query = addCommand(app, options, Command::Query, "Send a query, and show the refusal");
-    query->add_option("TEXT", options.query, "The query")->type_name("")->required();
-    query->add_option("--language", options.queryLanguage, "The language it is written in")
-        ->type_name("NAME")
-        ->capture_default_str();
-    addClassOption(query, options);
+std::optional<int> read(Grammar& grammar, int count, const char* const* arguments, Options& options,
+                        std::ostream& output, std::ostream& errors) {
+    const Wish wish = parse(grammar, count, arguments);
+    const std::string command = grammar.command();
+    if (wish == Wish::Version || command == "version") {
+        output << "zelhost " ZELHOST_VERSION "\n";
+        return kFine;
+    }
+    if (wish == Wish::Help || command == "help") {
+        output << helpOn(wish == Wish::Help ? command : grammar.topic(), grammar);
+        return kFine;
+    }
+    if (command.empty()) {
+        errors << grammar.helpOf("");
+        return kWrongUsage;
+    }
+    refuseWrongOptions(grammar);
+    if (options.command == Command::Watch && options.className == kEventLogClass) {
+        throw UsageError(std::string("watch: ") + kEventLogClass + " has no readings; log shows it");
+    }
+    if (options.command == Command::Log) options.className = kEventLogClass;
+    return std::nullopt;
 }
 
 }  // namespace
 
 std::optional<int> readCommandLine(int count, const char* const* arguments, Options& options, std::ostream& output,
                                    std::ostream& errors) {
-    CLI::App app{"Loads a CMPI instance provider as an object manager does, and shows what it answers.", "zelhost"};
-    app.set_version_flag("--version", "zelhost " ZELHOST_VERSION);
-    app.footer(kFooter);
-    app.fallthrough();
-    app.require_subcommand(0, 1);
-    addCommonOptions(app, options);
-    addReadingCommands(app, options);
-    addVerifyCommand(app, options);
-    addWritingCommands(app, options);
+    Grammar grammar(options);
     try {
-        app.parse(count, arguments);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error, output, errors) == 0 ? kFine : kWrongUsage;
-    }
-    if (app.get_subcommands().empty()) {
-        errors << app.help();
+        return read(grammar, count, arguments, options, output, errors);
+    } catch (const UsageError& error) {
+        const std::string command = grammar.command();
+        errors << "zelhost: " << printable(error.what()) << "\nSee zelhost " << command << (command.empty() ? "" : " ")
+               << "--help.\n";
         return kWrongUsage;
     }
-    if (options.command == Command::Log) options.className = kEventLogClass;
-    return std::nullopt;
 }
 
 }  // namespace host

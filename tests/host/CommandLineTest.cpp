@@ -12,6 +12,8 @@ using host::Command;
 using host::Format;
 using host::Options;
 using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
 
 struct Read {
     std::optional<int> ended;
@@ -32,11 +34,13 @@ Read read(std::vector<const char*> arguments) {
     return result;
 }
 
-void expectWrongUsage(const std::vector<const char*>& arguments) {
+// With the complaint's first line, and whose help its second line points to.
+void expectWrongUsage(const std::vector<const char*>& arguments, const std::string& complaint,
+                      const std::string& command = "") {
     const Read result = read(arguments);
     EXPECT_EQ(result.ended, 2) << testing::PrintToString(arguments);
     EXPECT_EQ(result.output, "");
-    EXPECT_NE(result.errors, "");
+    EXPECT_EQ(result.errors, "zelhost: " + complaint + "\nSee zelhost " + command + "--help.\n");
 }
 
 TEST(CommandLine, Defaults) {
@@ -112,28 +116,96 @@ TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
     EXPECT_EQ(read({"log", "--format", "table"}).options.format, Format::Table);
 }
 
-TEST(CommandLine, WrongUsageIsTwoWhateverIsWrong) {
-    expectWrongUsage({});
-    expectWrongUsage({"frobnicate"});
-    expectWrongUsage({"get"});
-    expectWrongUsage({"modify"});
-    expectWrongUsage({"delete"});
-    expectWrongUsage({"query"});
-    expectWrongUsage({"instances", "--no-such-option"});
-    expectWrongUsage({"instances", "A", "B"});
-    expectWrongUsage({"instances", "--format", "xml"});
-    expectWrongUsage({"instances", "--provider"});
-    expectWrongUsage({"instances", "--schema", "q.mof"});
-    expectWrongUsage({"verify", "--schema", "q.mof", "a.mof"});
-    expectWrongUsage({"verify", "TQS_NumericSensor"});
+TEST(CommandLine, OptionsOfOneCommandBeforeAndAfterIt) {
+    const Options watch = read({"--interval", "1", "--count", "7", "watch"}).options;
+    EXPECT_EQ(watch.command, Command::Watch);
+    EXPECT_EQ(watch.interval, 1);
+    EXPECT_EQ(watch.rounds, 7U);
+    for (const char* command : {"get", "create", "modify", "delete"}) {
+        const Read result = read({"--class", "X", command, "Y"});
+        EXPECT_EQ(result.ended, std::nullopt) << result.errors;
+        EXPECT_EQ(result.options.className, "X") << command;
+        EXPECT_EQ(result.options.instanceName, "Y") << command;
+    }
+    const Options query = read({"--language", "CQL", "query", "text", "--class", "X"}).options;
+    EXPECT_EQ(query.queryLanguage, "CQL");
+    EXPECT_EQ(query.className, "X");
+    EXPECT_EQ(read({"--schema", "q.mof", "verify", "--schema", "a.mof"}).options.schema,
+              (std::vector<std::string>{"q.mof", "a.mof"}));
+}
+
+TEST(CommandLine, OptionOfAnotherCommandIsRefusedWhereverItStands) {
+    expectWrongUsage({"instances", "--schema", "q.mof"}, "instances has no option --schema", "instances ");
+    expectWrongUsage({"--schema", "q.mof", "instances"}, "instances has no option --schema", "instances ");
+    expectWrongUsage({"names", "--interval", "1"}, "names has no option --interval", "names ");
+    expectWrongUsage({"--count", "1", "log"}, "log has no option --count", "log ");
+    expectWrongUsage({"watch", "--class", "X"}, "watch has no option --class", "watch ");
+    expectWrongUsage({"get", "--language", "CQL", "X"}, "get has no option --language", "get ");
+}
+
+TEST(CommandLine, CommandsWordIsAnOrdinaryArgumentAfterTheCommand) {
+    EXPECT_EQ(read({"get", "log"}).options.instanceName, "log");
+    EXPECT_EQ(read({"get", "help"}).options.instanceName, "help");
+    EXPECT_EQ(read({"names", "version"}).options.className, "version");
+    EXPECT_EQ(read({"names", "version"}).options.command, Command::Names);
+}
+
+TEST(CommandLine, UnknownWordsAreNamedWithWhatMayBeMeant) {
+    expectWrongUsage({"frobnicate"}, "there is no command frobnicate");
+    expectWrongUsage({"instnces"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"instnces", "--help"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"--help", "instnces"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"instnces", "--version"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"help", "lgo"}, "there is no command lgo; did you mean log?", "help ");
+    expectWrongUsage({"bad\x1b"}, "there is no command bad\\x1b");
+    expectWrongUsage({"instances", "--no-such-option"}, "there is no option --no-such-option", "instances ");
+    expectWrongUsage({"names", "--formt=json"}, "there is no option --formt; did you mean --format?", "names ");
+    expectWrongUsage({"names", "--formt", "json", "X"}, "there is no option --formt; did you mean --format?", "names ");
+    expectWrongUsage({"names", "-x"}, "there is no option -x", "names ");
+}
+
+TEST(CommandLine, TooManyAndTooFewWordsAreNamed) {
+    expectWrongUsage({"instances", "A", "B"}, "instances: there is an argument too many: B", "instances ");
+    expectWrongUsage({"verify", "TQS_NumericSensor"}, "verify: there is an argument too many: TQS_NumericSensor",
+                     "verify ");
+    expectWrongUsage({"verify", "--schema", "q.mof", "a.mof"}, "verify: there is an argument too many: a.mof",
+                     "verify ");
+    expectWrongUsage({"get"}, "get: NAME is missing", "get ");
+    expectWrongUsage({"modify"}, "modify: NAME is missing", "modify ");
+    expectWrongUsage({"delete"}, "delete: NAME is missing", "delete ");
+    expectWrongUsage({"query"}, "query: TEXT is missing", "query ");
+    expectWrongUsage({"instances", "--provider"}, "--provider needs a value", "instances ");
+    expectWrongUsage({"verify", "--schema"}, "--schema needs a value", "verify ");
+    expectWrongUsage({"--format", "json", "names", "--format", "mof"}, "--format is given more than once", "names ");
+}
+
+TEST(CommandLine, FormatsAreTheThreeWords) {
+    for (const std::string word : {"xml", "csv", "1", "JSON", ""}) {
+        expectWrongUsage({"instances", "--format", word.c_str()},
+                         "--format: '" + word + "' is not one of table, json, mof", "instances ");
+    }
 }
 
 TEST(CommandLine, WatchRefusesNumbersWithoutSense) {
-    expectWrongUsage({"watch", "--interval", "0"});
-    expectWrongUsage({"watch", "--interval", "-1"});
-    expectWrongUsage({"watch", "--interval", "soon"});
-    expectWrongUsage({"watch", "--count", "0"});
-    expectWrongUsage({"watch", "--count", "-1"});
+    for (const std::string text : {"0", "0.09", "-1", "86400.1", "soon", "nan", "-nan", "inf", "-inf", "1s", " 1"}) {
+        expectWrongUsage({"watch", "--interval", text.c_str()},
+                         "--interval: '" + text + "' is not a number of seconds from 0.1 to 86400", "watch ");
+    }
+    for (const std::string text : {"0", "-1", "2.5", "4294967296", "many", "1 "}) {
+        expectWrongUsage({"watch", "--count", text.c_str()},
+                         "--count: '" + text + "' is not a whole number from 1 to 4294967295", "watch ");
+    }
+}
+
+TEST(CommandLine, WatchTakesTheEndsOfTheRanges) {
+    EXPECT_EQ(read({"watch", "--interval", "0.1"}).options.interval, 0.1);
+    EXPECT_EQ(read({"watch", "--interval", "86400"}).options.interval, 86400);
+    EXPECT_EQ(read({"watch", "--count", "4294967295"}).options.rounds, 4294967295U);
+}
+
+TEST(CommandLine, WatchOfTheEventLogPointsToLog) {
+    expectWrongUsage({"watch", "TQS_SystemEventLog"}, "watch: TQS_SystemEventLog has no readings; log shows it",
+                     "watch ");
 }
 
 TEST(CommandLine, HelpIsFineAndTellsTheExitCodes) {
@@ -142,12 +214,50 @@ TEST(CommandLine, HelpIsFineAndTellsTheExitCodes) {
     EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, HasSubstr("Exit codes:\n  0  fine\n"));
     EXPECT_THAT(result.output, HasSubstr("--chip system"));
-    EXPECT_EQ(read({"watch", "--help"}).ended, 0);
-    EXPECT_EQ(read({"--version"}).ended, 0);
+    for (const char* option : {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS",
+                               "--count ROUNDS", "--language NAME", "--schema FILE"}) {
+        EXPECT_THAT(result.output, HasSubstr(option));
+    }
+}
+
+TEST(CommandLine, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
+    const std::string get = read({"get", "--help"}).output;
+    EXPECT_THAT(get, StartsWith("Show one instance with all its properties\nUsage: zelhost get [OPTIONS] NAME\n"));
+    for (const char* option :
+         {"--class CLASS", "--help", "--version", "--provider PATH", "--provider-name NAME", "--chip PATH",
+          "--scenario NAME|FILE", "--namespace NAME", "--format FORMAT", "--provider-output FILE|-"}) {
+        EXPECT_THAT(get, HasSubstr(option));
+    }
+    for (const char* option : {"--interval", "--count", "--language", "--schema"}) {
+        EXPECT_THAT(get, Not(HasSubstr(option)));
+    }
+    const std::string watch = read({"watch", "-h"}).output;
+    EXPECT_THAT(watch, HasSubstr("Usage: zelhost watch [OPTIONS] [CLASS]\n"));
+    EXPECT_THAT(watch, HasSubstr("--interval SECONDS"));
+    EXPECT_THAT(watch, Not(HasSubstr("--class")));
+}
+
+TEST(CommandLine, HelpAndVersionAlsoAsWordsAndLetters) {
+    const std::string help = read({"--help"}).output;
+    for (const std::vector<const char*>& same : {std::vector<const char*>{"help"}, {"-h"}}) {
+        EXPECT_EQ(read(same).ended, 0);
+        EXPECT_EQ(read(same).output, help);
+        EXPECT_EQ(read(same).errors, "");
+    }
+    EXPECT_EQ(read({"help", "get"}).ended, 0);
+    EXPECT_EQ(read({"help", "get"}).output, read({"get", "--help"}).output);
+    const std::string version = read({"--version"}).output;
+    EXPECT_THAT(version, testing::MatchesRegex("zelhost [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    for (const char* same : {"version", "-V"}) {
+        EXPECT_EQ(read({same}).ended, 0);
+        EXPECT_EQ(read({same}).output, version);
+    }
 }
 
 TEST(CommandLine, WithoutCommandTheHelpIsTheComplaint) {
-    EXPECT_THAT(read({}).errors, HasSubstr("Exit codes:"));
+    EXPECT_EQ(read({}).ended, 2);
+    EXPECT_EQ(read({}).output, "");
+    EXPECT_EQ(read({}).errors, read({"--help"}).output);
 }
 
 }  // namespace
