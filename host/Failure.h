@@ -11,6 +11,7 @@ enum ExitCode : int {
     kAnsweredError = 1,  // the provider's answer was an error or against the schema, or our output cannot be written
     kWrongUsage = 2,     // also a schema that cannot be read
     kNotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
+    kReaderGone = 141,   // what a shell shows for an end by SIGPIPE, which is how the program ends then
 };
 
 // The command line asks for something that cannot be.
@@ -23,6 +24,12 @@ class UsageError : public std::runtime_error {
 class OutputError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
+};
+
+// Nobody reads it any more: the reader of a pipe has gone.
+class ReaderGone : public OutputError {
+  public:
+    using OutputError::OutputError;
 };
 
 }  // namespace host

@@ -36,15 +36,26 @@ std::string namesIn(const std::string& folder) {
     return text;
 }
 
-std::string scenarioFile(const std::string& nameOrFile, const std::string& folder) {
+// Throws UsageError for what the chip library cannot read as a file, and that more than once.
+void requireFile(const std::string& file) {
     std::error_code error;
+    const fs::file_type type = fs::status(file, error).type();
+    if (type == fs::file_type::regular) return;
+    if (type == fs::file_type::not_found) throw UsageError("there is no scenario file " + file);
+    const std::string what = "the scenario " + file;
+    if (type == fs::file_type::directory) throw UsageError(what + " is a folder; a scenario is a file");
+    if (type == fs::file_type::none) throw UsageError(what + " cannot be read: " + error.message());
+    throw UsageError(what + " is not a regular file");
+}
+
+std::string scenarioFile(const std::string& nameOrFile, const std::string& folder) {
     if (nameOrFile.find('/') != std::string::npos) {
-        if (fs::is_regular_file(nameOrFile, error)) return nameOrFile;
-        throw UsageError("there is no scenario file " + nameOrFile);
+        requireFile(nameOrFile);
+        return nameOrFile;
     }
     if (folder.empty()) throw UsageError("there is no folder of scenarios; give the scenario's file, with a slash");
     const fs::path file = fs::path(folder) / (nameOrFile + ".toml");
-    if (fs::is_regular_file(file, error)) return file;
+    if (std::error_code error; fs::is_regular_file(file, error)) return file;
     throw UsageError("there is no scenario " + nameOrFile + " in " + folder + "; there are: " + namesIn(folder));
 }
 

@@ -30,8 +30,8 @@ struct Choice {
     std::string scenario;  // a file; empty: as the environment says
 };
 
-// Throws UsageError for a scenario that is not there (the message lists those that are), and for a scenario without a
-// simulated chip library.
+// Throws UsageError for a scenario that is not there (the message lists those that are) or is no regular file, and for
+// a scenario without a simulated chip library.
 Choice choose(const Options& options, const OwnTree& tree);
 
 // The MOF files that verify compares with, in the order of reading. Throws UsageError where none is named and the tree

@@ -22,7 +22,9 @@ void Output::write(std::string_view text) {
             pollfd wanted{m_descriptor, POLLOUT, 0};
             ::poll(&wanted, 1, -1);
         } else if (errno != EINTR) {
-            throw OutputError(std::string("the output cannot be written: ") + std::strerror(errno));
+            const std::string complaint = std::string("the output cannot be written: ") + std::strerror(errno);
+            if (errno == EPIPE) throw ReaderGone(complaint);
+            throw OutputError(complaint);
         }
     }
 }

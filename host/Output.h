@@ -11,7 +11,7 @@ class Output {
   public:
     explicit Output(int descriptor) : m_descriptor(descriptor) {}
 
-    // Writes all of the text. Throws OutputError.
+    // Writes all of the text. Throws OutputError, and ReaderGone where SIGPIPE is ignored.
     void write(std::string_view text);
 
     bool isTerminal() const;

@@ -19,10 +19,13 @@ int privateCopy(int descriptor) {
     return fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
 }
 
+bool isCollected(const std::string& destination) {
+    return destination.empty() || destination == "-";
+}
+
 int opened(const std::string& destination) {
-    if (destination == "-") return memfd_create("provider-output", MFD_CLOEXEC);
-    const std::string file = destination.empty() ? "/dev/null" : destination;
-    return open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
+    if (isCollected(destination)) return memfd_create("provider-output", MFD_CLOEXEC);
+    return open(destination.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
 }
 
 int openSink(const std::string& destination) {
@@ -31,10 +34,17 @@ int openSink(const std::string& destination) {
     const int error = errno;
     if (first >= 0) close(first);
     if (sink < 0) {
-        const std::string what = destination.empty() ? "/dev/null" : destination;
+        const std::string what = isCollected(destination) ? "memory" : destination;
         throw UsageError("the provider's output cannot go to " + what + ": " + std::strerror(error));
     }
     return sink;
+}
+
+// From here on; what is still buffered goes where it went so far.
+void sendTo(int sink) {
+    std::fflush(nullptr);
+    dup2(sink, STDOUT_FILENO);
+    dup2(sink, STDERR_FILENO);
 }
 
 void giveBack(int saved, int descriptor) {
@@ -49,13 +59,12 @@ void giveBack(int saved, int descriptor) {
 }  // namespace
 
 ProviderOutput::ProviderOutput(const std::string& destination)
-    : m_sink(openSink(destination)),
+    : m_isCollecting(isCollected(destination)),
+      m_sink(openSink(destination)),
+      m_nowhere(destination.empty() ? openSink("/dev/null") : -1),
       m_output(privateCopy(STDOUT_FILENO)),
-      m_error(privateCopy(STDERR_FILENO)),
-      m_isCollecting(destination == "-") {
-    std::fflush(nullptr);
-    dup2(m_sink, STDOUT_FILENO);
-    dup2(m_sink, STDERR_FILENO);
+      m_error(privateCopy(STDERR_FILENO)) {
+    sendTo(m_sink);
 }
 
 ProviderOutput::~ProviderOutput() {
@@ -64,6 +73,11 @@ ProviderOutput::~ProviderOutput() {
     giveBack(m_output, STDOUT_FILENO);
     giveBack(m_error, STDERR_FILENO);
     close(m_sink);
+    if (m_nowhere >= 0) close(m_nowhere);
+}
+
+void ProviderOutput::endStart() {
+    if (m_nowhere >= 0) sendTo(m_nowhere);
 }
 
 std::string ProviderOutput::collected() const {

@@ -11,8 +11,8 @@ namespace host {
 // ours, which no child inherits. One at a time.
 class ProviderOutput {
   public:
-    // An empty destination: discarded. "-": collected, in the order written. Otherwise a file, replaced. Throws
-    // UsageError when the file cannot be written, having changed nothing.
+    // An empty destination: collected up to endStart(), then discarded. "-": collected to the end. Otherwise a file,
+    // replaced. Throws UsageError when the file cannot be written, having changed nothing.
     explicit ProviderOutput(const std::string& destination);
     // Gives the descriptors back.
     ~ProviderOutput();
@@ -23,14 +23,18 @@ class ProviderOutput {
     int standardOutput() const { return m_output; }
     int standardError() const { return m_error; }
 
-    // What has been written so far; always empty unless the destination is "-".
+    // The provider's start is over: with an empty destination nothing more is collected, however long it runs.
+    void endStart();
+
+    // What has been collected so far, in the order written; always empty where it goes to a file.
     std::string collected() const;
 
   private:
+    bool m_isCollecting;
     int m_sink;
+    int m_nowhere;  // -1 unless the sink is for the start alone
     int m_output;
     int m_error;
-    bool m_isCollecting;
 };
 
 }  // namespace host

@@ -52,73 +52,6 @@ void tell(Output& errors, const std::string& text) {
     }
 }
 
-void report(const broker::Status& status, const Options& options, Output& errors) {
-    tell(errors, "zelhost: the provider answered " + statusText(status) + '\n');
-    if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE && options.providerOutput.empty()) {
-        tell(errors, "zelhost: it may have said why; --provider-output - shows its own lines\n");
-    }
-}
-
-int ask(const Options& options, const Choice& choice, Output& output, Output& errors) {
-    Session session(options, choice);
-    const Answer answer{options.command, options.nameSpace, options.className, session.request()};
-    output.write(textOf(answer, options.format, chipNote(choice)));
-    if (answer.reply.status.rc == CMPI_RC_OK) return kFine;
-    report(answer.reply.status, options, errors);
-    return kAnsweredError;
-}
-
-int askAgain(const Options& options, const Choice& choice, Output& output, Output& errors) {
-    Session session(options, choice);
-    const WatchOutcome outcome = watch(
-        options, chipNote(choice), [&session] { return session.request(); }, output);
-    if (outcome.failedRounds == 0) return kFine;
-    tell(errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
-                     " rounds failed; the last failure was:\n");
-    report(outcome.lastFailure, options, errors);
-    return kAnsweredError;
-}
-
-int verifyAnswers(const Options& options, const Choice& choice, const std::vector<std::string>& files, Output& output,
-                  Output& errors) {
-    if (options.format == Format::Mof) throw UsageError("verify has no MOF format");
-    const mof::Schema schema = readSchema(files);
-    Session session(options, choice);
-    broker::InstanceProvider& provider = session.provider();
-    const Questions questions{[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
-                              [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
-                              [&](const broker::ObjectPath& path) { return provider.getInstance(path); }};
-    const Verification verification = verify(schema, options.nameSpace, questions);
-    output.write(options.format == Format::Json ? verificationJson(verification) : verificationText(verification));
-    if (verification.firstFailure) report(*verification.firstFailure, options, errors);
-    return verification.conforms() ? kFine : kAnsweredError;
-}
-
-int complain(Output& errors, const std::exception& failure, int exitCode) {
-    tell(errors, "zelhost: " + printable(failure.what()) + '\n');
-    return exitCode;
-}
-
-int runReported(const Options& options, const OwnTree& tree, Output& output, Output& errors) {
-    try {
-        const Choice choice = choose(options, tree);
-        if (!choice.scenario.empty()) setenv("ZELCHIP_SCENARIO", choice.scenario.c_str(), 1);
-        if (options.command == Command::Verify) {
-            return verifyAnswers(options, choice, schemaFiles(options, tree), output, errors);
-        }
-        const auto run = options.command == Command::Watch ? askAgain : ask;
-        return run(options, choice, output, errors);
-    } catch (const UsageError& failure) {
-        return complain(errors, failure, kWrongUsage);
-    } catch (const mof::MofError& failure) {
-        return complain(errors, failure, kWrongUsage);
-    } catch (const broker::LoadError& failure) {
-        return complain(errors, failure, kNotLoaded);
-    } catch (const std::exception& failure) {
-        return complain(errors, failure, kAnsweredError);
-    }
-}
-
 // With a word before each line, so that nobody takes it for ours.
 std::string marked(std::string_view lines) {
     std::string text;
@@ -130,14 +63,108 @@ std::string marked(std::string_view lines) {
     return text;
 }
 
+// Where a run's texts go, and the provider's own lines come from.
+struct Streams {
+    ProviderOutput& provider;
+    Output output;
+    Output errors;
+};
+
+// Nobody asked for the provider's own lines, but those of its start say why it failed.
+void explainStart(const Options& options, Streams& streams) {
+    if (options.providerOutput == "-") return;  // all of them are shown at the end
+    if (!options.providerOutput.empty()) {
+        tell(streams.errors,
+             "zelhost: its start failed; its own lines are in " + printable(options.providerOutput) + '\n');
+        return;
+    }
+    const std::string lines = marked(streams.provider.collected());
+    tell(streams.errors, lines.empty() ? "zelhost: its start failed, without a line of its own\n"
+                                       : "zelhost: its start failed; its own lines:\n" + lines);
+}
+
+void report(const broker::Status& status, const Options& options, Streams& streams) {
+    tell(streams.errors, "zelhost: the provider answered " + statusText(status) + '\n');
+    if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE) explainStart(options, streams);
+}
+
+int ask(const Options& options, const Choice& choice, Streams& streams) {
+    Session session(options, choice);
+    streams.provider.endStart();
+    const Answer answer{options.command, options.nameSpace, options.className, session.request()};
+    streams.output.write(textOf(answer, options.format, chipNote(choice)));
+    if (answer.reply.status.rc == CMPI_RC_OK) return kFine;
+    report(answer.reply.status, options, streams);
+    return kAnsweredError;
+}
+
+int askAgain(const Options& options, const Choice& choice, Streams& streams) {
+    Session session(options, choice);
+    streams.provider.endStart();
+    const WatchOutcome outcome = watch(
+        options, chipNote(choice), [&session] { return session.request(); }, streams.output);
+    if (outcome.failedRounds == 0) return kFine;
+    tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
+                             " rounds failed; the last failure was:\n");
+    report(outcome.lastFailure, options, streams);
+    return kAnsweredError;
+}
+
+int verifyAnswers(const Options& options, const Choice& choice, const std::vector<std::string>& files,
+                  Streams& streams) {
+    if (options.format == Format::Mof) throw UsageError("verify has no MOF format");
+    const mof::Schema schema = readSchema(files);
+    Session session(options, choice);
+    streams.provider.endStart();
+    broker::InstanceProvider& provider = session.provider();
+    const Questions questions{[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
+                              [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
+                              [&](const broker::ObjectPath& path) { return provider.getInstance(path); }};
+    const Verification verification = verify(schema, options.nameSpace, questions);
+    streams.output.write(options.format == Format::Json ? verificationJson(verification)
+                                                        : verificationText(verification));
+    if (verification.firstFailure) report(*verification.firstFailure, options, streams);
+    return verification.conforms() ? kFine : kAnsweredError;
+}
+
+int complain(Output& errors, const std::exception& failure, int exitCode) {
+    tell(errors, "zelhost: " + printable(failure.what()) + '\n');
+    return exitCode;
+}
+
+int runReported(const Options& options, const OwnTree& tree, Streams& streams) {
+    Output& errors = streams.errors;
+    try {
+        const Choice choice = choose(options, tree);
+        if (!choice.scenario.empty()) setenv("ZELCHIP_SCENARIO", choice.scenario.c_str(), 1);
+        if (options.command == Command::Verify) {
+            return verifyAnswers(options, choice, schemaFiles(options, tree), streams);
+        }
+        const auto run = options.command == Command::Watch ? askAgain : ask;
+        return run(options, choice, streams);
+    } catch (const ReaderGone&) {
+        return kReaderGone;
+    } catch (const UsageError& failure) {
+        return complain(errors, failure, kWrongUsage);
+    } catch (const mof::MofError& failure) {
+        return complain(errors, failure, kWrongUsage);
+    } catch (const broker::LoadError& failure) {
+        complain(errors, failure, kNotLoaded);
+        // A factory that failed may have said why.
+        if (options.providerOutput.empty()) tell(errors, marked(streams.provider.collected()));
+        return kNotLoaded;
+    } catch (const std::exception& failure) {
+        return complain(errors, failure, kAnsweredError);
+    }
+}
+
 }  // namespace
 
 int run(const Options& options, const OwnTree& tree) {
-    const ProviderOutput providerOutput(options.providerOutput);
-    Output output(providerOutput.standardOutput());
-    Output errors(providerOutput.standardError());
-    const int exitCode = runReported(options, tree, output, errors);
-    tell(errors, marked(providerOutput.collected()));
+    ProviderOutput providerOutput(options.providerOutput);
+    Streams streams{providerOutput, Output(providerOutput.standardOutput()), Output(providerOutput.standardError())};
+    const int exitCode = runReported(options, tree, streams);
+    if (options.providerOutput == "-") tell(streams.errors, marked(providerOutput.collected()));
     return exitCode;
 }
 

@@ -23,10 +23,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kBarCells = 24;
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interrupted = 0;  // the signal's number
 
-extern "C" void noteInterruption(int) {
-    interrupted = 1;
+extern "C" void noteInterruption(int signal) {
+    interrupted = signal;
 }
 
 // Catches the signals that ask for an end, and lets them come while it waits only: a request is never cut short.
@@ -198,7 +198,10 @@ WatchOutcome watch(const Options& options, const std::string& note, const std::f
         }
         if (options.rounds != 0 && outcome.rounds >= options.rounds) return outcome;
         next = std::max(next + interval, Clock::now());
-        if (!interruption.waitUntil(next)) return outcome;
+        if (interruption.waitUntil(next)) continue;
+        // The terminal shows "^C"; what comes next shall not stand behind it.
+        if (interrupted == SIGINT && output.isTerminal()) output.write("\n");
+        return outcome;
     }
 }
 

@@ -1,7 +1,9 @@
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -24,13 +26,11 @@ int runProgram(int count, char** arguments) {
     return *ended;
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
-    // A reader that has gone away is an output that cannot be written, and is told as such.
-    std::signal(SIGPIPE, SIG_IGN);
+int runReported(int count, char** arguments) {
     try {
         return runProgram(count, arguments);
+    } catch (const host::ReaderGone&) {
+        return host::kReaderGone;
     } catch (const host::UsageError& failure) {
         std::fprintf(stderr, "zelhost: %s\n", failure.what());
         return host::kWrongUsage;
@@ -38,4 +38,24 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "zelhost: %s\n", failure.what());
         return host::kAnsweredError;
     }
+}
+
+// As every program ends whose reader goes away, and as others do where SIGPIPE was ignored from the start.
+int endWithoutReader(bool isSignalIgnored) {
+    if (isSignalIgnored) {
+        std::fprintf(stderr, "zelhost: the output cannot be written: %s\n", std::strerror(EPIPE));
+        return host::kAnsweredError;
+    }
+    std::signal(SIGPIPE, SIG_DFL);
+    std::raise(SIGPIPE);
+    return host::kReaderGone;  // where the signal is blocked
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    // Not before the provider has been cleaned up.
+    const bool isIgnored = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;
+    const int exitCode = runReported(count, arguments);
+    return exitCode == host::kReaderGone ? endWithoutReader(isIgnored) : exitCode;
 }
