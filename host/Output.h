@@ -4,14 +4,20 @@
 #include <cstddef>
 #include <string_view>
 
+#include "Charset.h"
+
 namespace host {
 
 // Writes to a descriptor, which stays its owner's.
 class Output {
   public:
-    explicit Output(int descriptor) : m_descriptor(descriptor) {}
+    // Whoever reads it can show that charset.
+    explicit Output(int descriptor, Charset charset = Charset::Utf8) : m_descriptor(descriptor), m_charset(charset) {}
 
-    // Writes all of the text. Throws OutputError, and ReaderGone where SIGPIPE is ignored.
+    // What texts for people have to be made for.
+    Charset charset() const { return m_charset; }
+
+    // Writes all of the text, as it is. Throws OutputError, and ReaderGone where SIGPIPE is ignored.
     void write(std::string_view text);
 
     bool isTerminal() const;
@@ -27,6 +33,7 @@ class Output {
 
   private:
     int m_descriptor;
+    Charset m_charset;
 };
 
 }  // namespace host

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Answer.h"
+#include "Charset.h"
 #include "Failure.h"
 #include "JsonFormat.h"
 #include "MofFormat.h"
@@ -35,18 +36,18 @@ bool showsReadings(Command command) {
     return command == Command::Instances || command == Command::Get || command == Command::Log;
 }
 
-std::string textOf(const Answer& answer, Format format, const std::string& note) {
+std::string textOf(const Answer& answer, Format format, const std::string& note, Charset charset) {
     if (format == Format::Json) return jsonText(answer, JsonLayout::Indented);
     if (format == Format::Mof) return mofText(answer);
-    std::string text = tableText(answer);
-    if (!text.empty() && showsReadings(answer.command)) text += '\n' + note + '\n';
+    std::string text = tableText(answer, charset);
+    if (!text.empty() && showsReadings(answer.command)) text += '\n' + shownIn(charset, note) + '\n';
     return text;
 }
 
 // Standard error that cannot be written changes nothing: there is nobody to tell, and the exit code says it too.
 void tell(Output& errors, const std::string& text) {
     try {
-        errors.write(text);
+        errors.write(shownIn(errors.charset(), text));
     } catch (const OutputError&) {
         return;
     }
@@ -92,7 +93,7 @@ int ask(const Options& options, const Choice& choice, Streams& streams) {
     Session session(options, choice);
     streams.provider.endStart();
     const Answer answer{options.command, options.nameSpace, options.className, session.request()};
-    streams.output.write(textOf(answer, options.format, chipNote(choice)));
+    streams.output.write(textOf(answer, options.format, chipNote(choice), streams.output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return kFine;
     report(answer.reply.status, options, streams);
     return kAnsweredError;
@@ -121,8 +122,9 @@ int verifyAnswers(const Options& options, const Choice& choice, const std::vecto
                               [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
                               [&](const broker::ObjectPath& path) { return provider.getInstance(path); }};
     const Verification verification = verify(schema, options.nameSpace, questions);
-    streams.output.write(options.format == Format::Json ? verificationJson(verification)
-                                                        : verificationText(verification));
+    streams.output.write(options.format == Format::Json
+                             ? verificationJson(verification)
+                             : shownIn(streams.output.charset(), verificationText(verification)));
     if (verification.firstFailure) report(*verification.firstFailure, options, streams);
     return verification.conforms() ? kFine : kAnsweredError;
 }
@@ -162,7 +164,9 @@ int runReported(const Options& options, const OwnTree& tree, Streams& streams) {
 
 int run(const Options& options, const OwnTree& tree) {
     ProviderOutput providerOutput(options.providerOutput);
-    Streams streams{providerOutput, Output(providerOutput.standardOutput()), Output(providerOutput.standardError())};
+    const Charset charset = charsetOfEnvironment();
+    Streams streams{providerOutput, Output(providerOutput.standardOutput(), charset),
+                    Output(providerOutput.standardError(), charset)};
     const int exitCode = runReported(options, tree, streams);
     if (options.providerOutput == "-") tell(streams.errors, marked(providerOutput.collected()));
     return exitCode;

@@ -21,7 +21,7 @@ using broker::Value;
 constexpr std::size_t kBarCells = 40;
 
 // A column for each key, in the order in which the keys first come.
-std::string namesTable(const std::vector<ObjectPath>& paths) {
+std::string namesTable(const std::vector<ObjectPath>& paths, Charset charset) {
     ObjectPath seen;
     std::vector<TextTable::Column> columns;
     for (const ObjectPath& path : paths) {
@@ -31,7 +31,7 @@ std::string namesTable(const std::vector<ObjectPath>& paths) {
             columns.push_back({printable(key.name)});
         }
     }
-    TextTable table(columns);
+    TextTable table(columns, charset);
     for (const ObjectPath& path : paths) {
         std::vector<std::string> cells;
         for (const NamedValue& key : seen.keys) {
@@ -48,9 +48,10 @@ std::string limitsText(const SensorView& sensor, const std::array<Number, 3>& li
     return sensor.scaled(limits[0]) + " / " + sensor.scaled(limits[1]) + " / " + sensor.scaled(limits[2]);
 }
 
-std::string sensorsTable(const std::vector<SensorView>& sensors) {
+std::string sensorsTable(const std::vector<SensorView>& sensors, Charset charset) {
     TextTable table(
-        {{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Lower limits (n/c/f)"}, {"Upper limits (n/c/f)"}});
+        {{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Lower limits (n/c/f)"}, {"Upper limits (n/c/f)"}},
+        charset);
     for (const SensorView& sensor : sensors) {
         table.add({printable(sensor.name), sensor.withUnit(sensor.reading), stateOf(sensor).word(),
                    limitsText(sensor, {sensor.lowerNonCritical, sensor.lowerCritical, sensor.lowerFatal}),
@@ -74,9 +75,9 @@ std::string propertyText(const NamedValue& property, const std::optional<SensorV
     return text;
 }
 
-std::string propertiesTable(const Instance& instance) {
+std::string propertiesTable(const Instance& instance, Charset charset) {
     const std::optional<SensorView> sensor = SensorView::of(instance);
-    TextTable table({{"Property"}, {"Type"}, {"Value"}});
+    TextTable table({{"Property"}, {"Type"}, {"Value"}}, charset);
     for (const NamedValue& property : instance.properties) {
         table.add({printable(property.name), broker::nameOfType(property.value.type), propertyText(property, sensor)});
     }
@@ -88,11 +89,11 @@ std::string propertiesTable(const Instance& instance) {
     return text;
 }
 
-std::string eventLogText(const Instance& log) {
+std::string eventLogText(const Instance& log, Charset charset) {
     std::string text;
     const Value* lines = log.findProperty("LogLines");
     if (lines != nullptr && !lines->elements.empty()) {
-        TextTable table({{"No.", Align::Right}, {"Line"}});
+        TextTable table({{"No.", Align::Right}, {"Line"}}, charset);
         std::size_t number = 0;
         for (const Value& line : lines->elements) table.add({std::to_string(++number), valueText(line)});
         text += table.text();
@@ -108,25 +109,25 @@ std::string eventLogText(const Instance& log) {
 }
 
 // One line for each sensor where all are sensors; otherwise all properties of each instance.
-std::string instancesText(const std::vector<Instance>& instances) {
+std::string instancesText(const std::vector<Instance>& instances, Charset charset) {
     std::vector<SensorView> sensors;
     for (const Instance& instance : instances) {
         if (std::optional<SensorView> sensor = SensorView::of(instance)) sensors.push_back(std::move(*sensor));
     }
-    if (sensors.size() == instances.size()) return sensorsTable(sensors);
+    if (sensors.size() == instances.size()) return sensorsTable(sensors, charset);
     std::string text;
     for (const Instance& instance : instances) {
         if (!text.empty()) text += '\n';
-        text += propertiesTable(instance);
+        text += propertiesTable(instance, charset);
     }
     return text;
 }
 
-std::string instancesTextOf(const Answer& answer) {
+std::string instancesTextOf(const Answer& answer, Charset charset) {
     const std::vector<Instance>& instances = answer.reply.instances;
-    if (answer.command == Command::Get) return propertiesTable(instances.front());
-    if (answer.command == Command::Log) return eventLogText(instances.front());
-    return instancesText(instances);
+    if (answer.command == Command::Get) return propertiesTable(instances.front(), charset);
+    if (answer.command == Command::Log) return eventLogText(instances.front(), charset);
+    return instancesText(instances, charset);
 }
 
 }  // namespace
@@ -137,16 +138,17 @@ std::string statusText(const broker::Status& status) {
     return text;
 }
 
-std::string tableText(const Answer& answer) {
+std::string tableText(const Answer& answer, Charset charset) {
     const broker::Reply& reply = answer.reply;
     const bool isEmpty = reply.paths.empty() && reply.instances.empty();
     const bool isFine = reply.status.rc == CMPI_RC_OK;
-    if (isEmpty) return isFine ? "The provider answered " + statusText(reply.status) + ", without data.\n" : "";
+    if (isEmpty && !isFine) return "";
     std::string text;
-    if (!reply.paths.empty()) text += namesTable(reply.paths);
-    if (!reply.instances.empty()) text += instancesTextOf(answer);
+    if (isEmpty) text += "The provider answered " + statusText(reply.status) + ", without data.\n";
+    if (!reply.paths.empty()) text += namesTable(reply.paths, charset);
+    if (!reply.instances.empty()) text += instancesTextOf(answer, charset);
     if (!isFine) text += "\nIncomplete: the provider ended with " + statusText(reply.status) + ".\n";
-    return text;
+    return shownIn(charset, text);  // the tables are already
 }
 
 }  // namespace host

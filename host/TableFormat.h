@@ -5,12 +5,13 @@
 #include <string>
 
 #include "Answer.h"
+#include "Charset.h"
 
 namespace host {
 
-// The whole answer as text, in lines. An answer with an error and without data gives an empty text; a partial list ends
-// with a line that says so.
-std::string tableText(const Answer& answer);
+// The whole answer as text of that charset, in lines. An answer with an error and without data gives an empty text; a
+// partial list ends with a line that says so.
+std::string tableText(const Answer& answer, Charset charset);
 
 }  // namespace host
 

@@ -7,14 +7,15 @@
 
 namespace host {
 
-TextTable::TextTable(std::vector<Column> columns) : m_columns(std::move(columns)) {
+TextTable::TextTable(std::vector<Column> columns, Charset charset) : m_columns(std::move(columns)), m_charset(charset) {
     std::vector<std::string> titles;
     titles.reserve(m_columns.size());
     for (const Column& column : m_columns) titles.push_back(column.title);
-    m_rows.push_back(std::move(titles));
+    add(std::move(titles));
 }
 
 void TextTable::add(std::vector<std::string> cells) {
+    for (std::string& cell : cells) cell = shownIn(m_charset, cell);
     m_rows.push_back(std::move(cells));
 }
 

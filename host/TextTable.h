@@ -4,18 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "Charset.h"
+
 namespace host {
 
 enum class Align { Left, Right };
 
-// Rows of text in columns as wide as their widest cell, two blanks apart.
+// Rows of text in columns as wide as their widest cell as the charset shows it, two blanks apart.
 class TextTable {
   public:
     struct Column {
         std::string title;
         Align align = Align::Left;
     };
-    explicit TextTable(std::vector<Column> columns);
+    TextTable(std::vector<Column> columns, Charset charset);
 
     // As many cells as there are columns. The text must be fit for a terminal (see printable()).
     void add(std::vector<std::string> cells);
@@ -27,6 +29,7 @@ class TextTable {
 
   private:
     std::vector<Column> m_columns;
+    Charset m_charset;
     std::vector<std::vector<std::string>> m_rows;
 };
 

@@ -24,16 +24,6 @@ Lead leadOf(unsigned byte) {
     return {0, 0, 0};
 }
 
-void appendEscaped(std::string& to, std::string_view bytes) {
-    static constexpr char kDigits[] = "0123456789abcdef";
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const unsigned byte = byteAt(bytes, i);
-        to += "\\x";
-        to += kDigits[byte >> 4];
-        to += kDigits[byte & 0x0f];
-    }
-}
-
 }  // namespace
 
 Character firstCharacter(std::string_view text) {
@@ -56,13 +46,25 @@ bool isControl(char32_t codePoint) {
     return codePoint < 0x20 || (codePoint >= 0x7f && codePoint < 0xa0);
 }
 
+std::string escaped(std::string_view bytes) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string result;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const unsigned byte = byteAt(bytes, i);
+        result += "\\x";
+        result += kDigits[byte >> 4];
+        result += kDigits[byte & 0x0f];
+    }
+    return result;
+}
+
 std::string printable(std::string_view text) {
     std::string result;
     while (!text.empty()) {
         const Character next = firstCharacter(text);
         const std::string_view bytes = text.substr(0, next.length);
         if (!next.isUtf8 || isControl(next.codePoint)) {
-            appendEscaped(result, bytes);
+            result += escaped(bytes);
         } else {
             result += bytes;
         }

@@ -20,6 +20,9 @@ Character firstCharacter(std::string_view text);
 // C0, DEL and C1.
 bool isControl(char32_t codePoint);
 
+// Each byte as \xNN.
+std::string escaped(std::string_view bytes);
+
 // The text as it may go to a terminal: each byte of a control character, and each byte that is no UTF-8, as \xNN.
 std::string printable(std::string_view text);
 

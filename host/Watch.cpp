@@ -130,8 +130,8 @@ std::string headOf(unsigned round, const std::string& note) {
 
 }  // namespace
 
-std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head) {
-    TextTable table({{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Between its limits"}});
+std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head, Charset charset) {
+    TextTable table({{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Between its limits"}}, charset);
     std::vector<Severity> severities;
     std::size_t past = 0;
     for (const broker::Instance& instance : answer.reply.instances) {
@@ -145,11 +145,11 @@ std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head)
     }
     const bool isFine = answer.reply.status.rc == CMPI_RC_OK;
     std::vector<WatchLine> lines;
-    lines.push_back({head});
-    lines.push_back(
-        {"Status " + statusText(answer.reply.status) + (isFine || severities.empty() ? "" : " (incomplete)") +
-             "; sensors: " + std::to_string(severities.size()) + ", past a threshold: " + std::to_string(past),
-         isFine ? Severity::Normal : Severity::Critical});
+    lines.push_back({shownIn(charset, head)});
+    const std::string status =
+        "Status " + statusText(answer.reply.status) + (isFine || severities.empty() ? "" : " (incomplete)") +
+        "; sensors: " + std::to_string(severities.size()) + ", past a threshold: " + std::to_string(past);
+    lines.push_back({shownIn(charset, status), isFine ? Severity::Normal : Severity::Critical});
     const std::vector<std::string> rows = table.lines();
     lines.push_back({rows.front()});
     for (std::size_t i = 0; i < severities.size(); ++i) lines.push_back({rows.at(i + 1), severities[i]});
@@ -193,7 +193,7 @@ WatchOutcome watch(const Options& options, const std::string& note, const std::f
         } else if (options.format == Format::Mof) {
             output.write(mofText(answer));
         } else {
-            const std::vector<WatchLine> lines = watchLines(answer, headOf(outcome.rounds, note));
+            const std::vector<WatchLine> lines = watchLines(answer, headOf(outcome.rounds, note), output.charset());
             screen ? screen->draw(lines) : output.write(plainText(lines));
         }
         if (options.rounds != 0 && outcome.rounds >= options.rounds) return outcome;

@@ -17,8 +17,8 @@ struct WatchLine {
     Severity severity = Severity::Normal;
 };
 
-// A round as people read it: the head (which time and status), then a line for each sensor.
-std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head);
+// A round as people read it, in that charset: the head (which time and status), then a line for each sensor.
+std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head, Charset charset);
 
 // The lines as they are drawn over the last round's on a terminal of that size (0: not known): each cut to the width,
 // and as many as there is room for, the last saying how many are missing.

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -130,6 +131,21 @@ TEST_F(LocationsTest, ScenarioByFile) {
     EXPECT_EQ(choose(options, {"p", "c", "", ""}).scenario, options.scenario);
     options.scenario = m_folder / "missing.toml";
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "there is no scenario file " + options.scenario);
+}
+
+TEST_F(LocationsTest, ScenarioThatIsNoFileIsToldAsWhatItIs) {
+    Options options;
+    options.scenario = m_folder;
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}),
+              "the scenario " + m_folder.string() + " is a folder; a scenario is a file");
+    options.scenario = "/dev/null";
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "the scenario /dev/null is not a regular file");
+    options.scenario = m_folder / "pipe";
+    ASSERT_EQ(mkfifo(options.scenario.c_str(), 0600), 0);
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "the scenario " + options.scenario + " is not a regular file");
+    options.scenario = m_folder / std::string(300, 'x');
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}),
+              "the scenario " + options.scenario + " cannot be read: File name too long");
 }
 
 TEST_F(LocationsTest, ScenarioNeedsASimulatedChip) {

@@ -39,6 +39,16 @@ TEST(Output, FullDiskIsAFailure) {
     close(full);
 }
 
+TEST(Output, ReaderThatIsGoneIsAFailureOfItsOwn) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    const auto before = signal(SIGPIPE, SIG_IGN);
+    EXPECT_THROW(Output(ends[1]).write("x"), host::ReaderGone);
+    signal(SIGPIPE, before);
+    close(ends[1]);
+}
+
 TEST(Output, MissingDescriptorIsAFailure) {
     EXPECT_THROW(Output(-1).write("x"), host::OutputError);
 }

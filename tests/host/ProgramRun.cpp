@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <set>
 #include <system_error>
 
 #include "MemoryFile.h"
@@ -19,11 +20,15 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     return pointers;
 }
 
+bool isKept(const std::string& variable) {
+    static const std::set<std::string> leftOut{"ZELCHIP_SCENARIO", "NO_COLOR", "TERM", "LANG", "LC_CTYPE", "LC_ALL"};
+    return leftOut.count(variable) == 0;
+}
+
 std::vector<std::string> environmentWith(const std::vector<std::string>& more) {
-    std::vector<std::string> all;
+    std::vector<std::string> all{"LANG=C.UTF-8"};
     for (char** each = environ; *each != nullptr; ++each) {
-        const std::string name(*each, std::strcspn(*each, "="));
-        if (name != "ZELCHIP_SCENARIO" && name != "NO_COLOR" && name != "TERM") all.emplace_back(*each);
+        if (isKept(std::string(*each, std::strcspn(*each, "=")))) all.emplace_back(*each);
     }
     all.insert(all.end(), more.begin(), more.end());
     return all;

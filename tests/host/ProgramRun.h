@@ -16,7 +16,7 @@ struct ProgramEnd {
 using Arguments = std::vector<std::string>;
 
 // Where the program's standard output and standard error go, and variables for its environment ("NAME=value"), which
-// otherwise is the test's without ZELCHIP_SCENARIO, NO_COLOR and TERM.
+// otherwise is the test's without ZELCHIP_SCENARIO, NO_COLOR and TERM, and with LANG=C.UTF-8 as its only locale.
 struct Surroundings {
     int output = -1;  // -1: closed
     int errors = -1;

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -16,6 +17,7 @@ namespace {
 
 using nlohmann::json;
 using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -34,6 +36,15 @@ class ProgramTest : public testing::Test {
 
     TestFolder m_folder;
 };
+
+// Line 3 is wrong.
+constexpr const char* kFaultyScenario = "model = \"none\"\n[[sensor]]\nhandle = \"x\"\n";
+
+std::string contentsOf(const std::string& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
 
 json jsonIn(const ProgramEnd& end) {
     return json::parse(end.output, nullptr, false);
@@ -87,7 +98,7 @@ TEST_F(ProgramTest, InstanceAsMof) {
     EXPECT_THAT(end.output, StartsWith("instance of TQS_NumericSensor {\n"));
     EXPECT_THAT(end.output, HasSubstr("    CurrentReading = 2999;\n"));
     EXPECT_THAT(end.output, HasSubstr("    Name = \"Bad\\x001B[2J(0000001a)\";\n"));
-    EXPECT_THAT(end.output, testing::EndsWith("};\n"));
+    EXPECT_THAT(end.output, EndsWith("};\n"));
 }
 
 TEST_F(ProgramTest, OneInstanceAsTable) {
@@ -136,9 +147,9 @@ TEST_F(ProgramTest, MissingDriverIsSixteen) {
     const ProgramEnd end = runProgram({"instances", "--scenario", "no-driver"});
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(end.errors,
-              "zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
-              "zelhost: it may have said why; --provider-output - shows its own lines\n");
+    EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+                                       "zelhost: its start failed; its own lines:\n"
+                                       "provider: CONSTRUCTOR\n"));
 }
 
 TEST_F(ProgramTest, WrongClassAndNamespaceAreTheProvidersErrors) {
@@ -240,10 +251,8 @@ TEST_F(ProgramTest, ProvidersOwnLinesAreSavedInAFile) {
     const ProgramEnd end = run({"names", "--provider-output", file});
     EXPECT_EQ(end.exitCode, 0);
     EXPECT_EQ(end.errors, "");
-    std::ostringstream lines;
-    lines << std::ifstream(file).rdbuf();
-    EXPECT_THAT(lines.str(), StartsWith("CONSTRUCTOR\n"));
-    EXPECT_THAT(lines.str(), HasSubstr("\nDESTRUCTOR\n"));
+    EXPECT_THAT(contentsOf(file), StartsWith("CONSTRUCTOR\n"));
+    EXPECT_THAT(contentsOf(file), HasSubstr("\nDESTRUCTOR\n"));
     EXPECT_THAT(end.output, Not(HasSubstr("drvEnumInstanceNames")));
 }
 
@@ -254,16 +263,58 @@ TEST_F(ProgramTest, UnwritableFileForTheProvidersLinesIsWrongUsage) {
               "zelhost: the provider's output cannot go to /dev/nowhere/lines: No such file or directory\n");
 }
 
-TEST_F(ProgramTest, FaultyScenarioIsExplainedByTheProvidersLines) {
-    const ProgramEnd end = run({"names", "--provider-output", "-"}, "model = \"none\"\n[[sensor]]\nhandle = \"x\"\n");
+TEST_F(ProgramTest, FaultyScenarioIsExplainedByTheLinesOfTheStart) {
+    const ProgramEnd end = run({"instances", "--format", "json"}, kFaultyScenario);
     EXPECT_EQ(end.exitCode, 1);
-    EXPECT_THAT(end.errors, HasSubstr("16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"));
+    EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+                                       "zelhost: its start failed; its own lines:\n"
+                                       "provider: CONSTRUCTOR\n"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_folder.path("scenario.toml") +
+                                      ":3: 'handle' in [[sensor]] is a string, expected an integer from 0 to "
+                                      "4294967295\n"));
+    EXPECT_THAT(end.errors, Not(HasSubstr("drvEnumInstances")));
+    EXPECT_THAT(end.errors, Not(HasSubstr("DESTRUCTOR")));
+    EXPECT_EQ(jsonIn(end)["status"]["rc"], 16) << end.output;
+}
+
+TEST_F(ProgramTest, LinesOfAFailedStartComeOnceWhereAllAreAskedFor) {
+    const ProgramEnd end = run({"names", "--provider-output", "-"}, kFaultyScenario);
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+                                       "provider: CONSTRUCTOR\n"));
     EXPECT_THAT(end.errors, ContainsRegex("\nprovider: .*scenario\\.toml:3"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: DESTRUCTOR\n"));
+}
+
+TEST_F(ProgramTest, FailedStartPointsToTheFileOfTheProvidersLines) {
+    const std::string file = m_folder.path("lines");
+    const ProgramEnd end = run({"names", "--provider-output", file}, kFaultyScenario);
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.errors,
+              "zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+              "zelhost: its start failed; its own lines are in " +
+                  file + "\n");
+    EXPECT_THAT(contentsOf(file), ContainsRegex("scenario\\.toml:3: 'handle'"));
+}
+
+TEST_F(ProgramTest, FactoryThatFailsIsExplainedByItsLines) {
+    const ProgramEnd end = run({"names", "--provider", FAILING_PROVIDER, "--provider-name", "Failing"});
+    EXPECT_EQ(end.exitCode, 3);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors, "zelhost: the factory of Failing in " FAILING_PROVIDER
+                          " answered CMPI_RC_ERR_ACCESS_DENIED: out of order\n"
+                          "provider: no device\n");
+}
+
+TEST_F(ProgramTest, OtherFailuresShowNoLinesOfTheProvider) {
+    EXPECT_EQ(run({"create"}).errors, "zelhost: the provider answered 7 CMPI_RC_ERR_NOT_SUPPORTED\n");
 }
 
 TEST_F(ProgramTest, WrongUsageIsTwo) {
     for (const Arguments& arguments :
-         {Arguments{}, Arguments{"frobnicate"}, Arguments{"get"}, Arguments{"names", "--format", "xml"}}) {
+         {Arguments{}, Arguments{"frobnicate"}, Arguments{"get"}, Arguments{"names", "--format", "xml"},
+          Arguments{"instnces", "--help"}, Arguments{"watch", "TQS_SystemEventLog"},
+          Arguments{"watch", "--interval", "nan"}, Arguments{"names", "--scenario", "/dev/null"}}) {
         const ProgramEnd end = runProgram(arguments);
         EXPECT_EQ(end.exitCode, 2) << testing::PrintToString(arguments);
         EXPECT_EQ(end.output, "");
@@ -289,15 +340,73 @@ TEST_F(ProgramTest, FullDiskIsTold) {
     }
 }
 
-TEST_F(ProgramTest, ReaderThatIsGoneIsToldAndNoSignalEndsIt) {
+// Runs the program with a pipe that nobody reads as its standard output.
+ProgramEnd runUnread(const Arguments& arguments, const std::string& program = "") {
     int ends[2];
-    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    if (pipe2(ends, O_CLOEXEC) != 0) return {};
     close(ends[0]);
     const int errors = makeMemoryFile();
-    EXPECT_EQ(waitForProgram(startProgram({"instances"}, {ends[1], errors, {}})), 1);
-    EXPECT_EQ(takeContents(errors), "zelhost: the output cannot be written: Broken pipe\n");
+    ProgramEnd end;
+    end.exitCode = waitForProgram(startProgram(arguments, {ends[1], errors, {}}, program));
+    end.errors = takeContents(errors);
     close(ends[1]);
     close(errors);
+    return end;
+}
+
+TEST_F(ProgramTest, ReaderThatIsGoneEndsItWithoutAWordByTheUsualSignal) {
+    for (const Arguments& arguments :
+         {Arguments{"instances"}, Arguments{"get", "CPU Temperature(00000010)", "--format", "json"},
+          Arguments{"verify"}, Arguments{"names", "--scenario", "no-driver", "--format", "json"},
+          Arguments{"--help"}}) {
+        const ProgramEnd end = runUnread(arguments);
+        EXPECT_EQ(end.exitCode, 128 + SIGPIPE) << testing::PrintToString(arguments);
+        EXPECT_EQ(end.errors, "");
+    }
+}
+
+TEST_F(ProgramTest, ProviderIsCleanedUpThoughTheReaderIsGone) {
+    const std::string file = m_folder.path("lines");
+    EXPECT_EQ(runUnread({"instances", "--provider-output", file}).exitCode, 128 + SIGPIPE);
+    EXPECT_THAT(contentsOf(file), HasSubstr("drvInstanceCleanup"));
+    EXPECT_THAT(contentsOf(file), HasSubstr("\nDESTRUCTOR\n"));
+}
+
+TEST_F(ProgramTest, WhereTheSignalIsIgnoredAReaderThatIsGoneIsTold) {
+    const ProgramEnd end = runUnread({"-c", "trap '' PIPE; exec " ZELHOST " instances"}, "/bin/sh");
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.errors, "zelhost: the output cannot be written: Broken pipe\n");
+}
+
+TEST_F(ProgramTest, TablesAreAsciiWhereTheLocaleIsNotUtf8) {
+    const std::string scenario = m_folder.write("t\u00fcr.toml", kTwoSensors);
+    const ProgramEnd end = runProgram({"instances", "--scenario", scenario}, {"LC_ALL=C"});
+    EXPECT_EQ(end.exitCode, 0) << end.errors;
+    EXPECT_THAT(
+        end.output,
+        StartsWith("Sensor                   Reading  State         Lower limits (n/c/f)  Upper limits (n/c/f)\n"
+                   "CPU(00000001)         42.00 degC  ok            -                     80.00 / - / -\n"
+                   "Bad\\x1b[2J(0000001a)     2.999 V  critical low  - / 3.000 / -         -\n"));
+    EXPECT_THAT(runProgram({"watch", "--count", "1", "--scenario", scenario}, {"LC_ALL=C"}).output,
+                HasSubstr("\nCPU(00000001)         42.00 degC  ok  "));
+    EXPECT_THAT(runProgram({"get", "CPU(00000001)", "--scenario", scenario}, {"LC_ALL=C"}).output,
+                HasSubstr("4200 (42.00 degC)\n"));
+    EXPECT_THAT(runProgram({"names", "--scenario", scenario + 'x'}, {"LC_ALL=C"}).errors,
+                EndsWith("/t\\xc3\\xbcr.tomlx\n"));
+}
+
+TEST_F(ProgramTest, OnlyPeoplesTextsDependOnTheLocale) {
+    const std::string scenario =
+        std::string(kTwoSensors) + "[[sensor]]\nhandle = 2\nname = \"T\u00fcr\"\nreading = 1\n";
+    const std::string file = m_folder.write("scenario.toml", scenario);
+    for (const char* format : {"json", "mof"}) {
+        const Arguments arguments{"instances", "--scenario", file, "--format", format};
+        EXPECT_EQ(runProgram(arguments, {"LC_ALL=C"}).output, runProgram(arguments).output);
+    }
+    EXPECT_THAT(runProgram({"instances", "--scenario", file, "--format", "mof"}, {"LC_ALL=C"}).output,
+                HasSubstr("T\u00fcr(00000002)"));
+    EXPECT_THAT(runProgram({"names", "--scenario", file}, {"LC_ALL=C"}).output, EndsWith("\nT\\xc3\\xbcr(00000002)\n"));
+    EXPECT_THAT(runProgram({"verify", "--scenario", file}, {"LC_ALL=C"}).output, Not(HasSubstr("\u00fc")));
 }
 
 TEST_F(ProgramTest, ClosedStandardErrorKeepsTheExitCode) {

@@ -32,17 +32,48 @@ void writeTo(int descriptor, const std::string& text) {
     EXPECT_EQ(write(descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
 }
 
-TEST(ProviderOutput, IsDiscardedWhileOursGoesOut) {
+TEST(ProviderOutput, StaysApartWhileOursGoesOut) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         const ProviderOutput apart("");
         chatter();
         writeTo(apart.standardOutput(), "ours\n");
         writeTo(apart.standardError(), "complaint\n");
-        EXPECT_EQ(apart.collected(), "");
     });
     EXPECT_EQ(outcome.standardOutput, "ours\n");
     EXPECT_EQ(outcome.standardError, "complaint\n");
     EXPECT_EQ(outcome.exitCode, 0);
+}
+
+TEST(ProviderOutput, WithoutDestinationTheStartAloneIsCollected) {
+    const ProcessOutcome outcome = runInFreshProcess([] {
+        ProviderOutput apart("");
+        chatter();
+        std::printf("buffered");
+        apart.endStart();
+        chatter();
+        EXPECT_EQ(apart.collected(), "to output\nto error\nbuffered");
+    });
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
+    EXPECT_EQ(outcome.standardOutput, "");
+}
+
+TEST(ProviderOutput, ChosenDestinationsGetTheRestToo) {
+    const std::string file = std::filesystem::temp_directory_path() / ("zelhost-all-" + std::to_string(getpid()));
+    const ProcessOutcome outcome = runInFreshProcess([&file] {
+        {
+            ProviderOutput apart("-");
+            apart.endStart();
+            chatter();
+            EXPECT_EQ(apart.collected(), "to output\nto error\n");
+        }
+        ProviderOutput apart(file);
+        apart.endStart();
+        chatter();
+        EXPECT_EQ(apart.collected(), "");
+    });
+    EXPECT_EQ(contentsOf(file), "to output\nto error\n");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
+    std::filesystem::remove(file);
 }
 
 TEST(ProviderOutput, IsCollectedInOrderWithWhatStillWasBuffered) {

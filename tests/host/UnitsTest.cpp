@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <string>
+
+#include "Charset.h"
 #include "Units.h"
 
 namespace {
@@ -37,6 +40,16 @@ TEST(Units, CodeBeyondTheListIsShownAsItIs) {
     EXPECT_EQ(unitText(67, 0), "unit 67");
     EXPECT_EQ(unitText(65535, 0), "unit 65535");
     EXPECT_EQ(unitText(-1, 0), "unit -1");
+}
+
+TEST(Units, AllCanBeShownInAscii) {
+    for (int base = 0; base <= 66; ++base) {
+        for (int rate = 0; rate <= 9; ++rate) {
+            const std::string shown = host::shownIn(host::Charset::Ascii, unitText(base, rate));
+            EXPECT_EQ(shown.find('\\'), std::string::npos) << shown;
+        }
+    }
+    EXPECT_EQ(host::shownIn(host::Charset::Ascii, unitText(49, 1)), "ohm/us");
 }
 
 TEST(Units, RateFollowsTheUnit) {

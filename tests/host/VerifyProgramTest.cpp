@@ -16,6 +16,7 @@ using nlohmann::json;
 using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* kQualifiers = SCHEMA "/qualifiers.mof";
@@ -127,6 +128,17 @@ TEST_F(VerifyProgramTest, FailedRequestsAreToldOnBothOutputs) {
               "instances root/cimv2:TQS_SystemEventLog: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
               "TQS_SystemEventLog: 0 names, 0 instances, 0 single requests, 2 problems\n");
     EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"));
+}
+
+TEST_F(VerifyProgramTest, FailedStartIsExplainedByItsLines) {
+    const ProgramEnd end = run({"verify", "--format", "json"}, "seed = -1\n");
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(json::parse(end.output)["conforms"], false);
+    EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+                                       "zelhost: its start failed; its own lines:\n"
+                                       "provider: CONSTRUCTOR\n"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_folder.path("scenario.toml") + ":1: 'seed'"));
+    EXPECT_THAT(end.errors, Not(HasSubstr("DESTRUCTOR")));
 }
 
 // With each of them set, verify compares the type of every declared property.

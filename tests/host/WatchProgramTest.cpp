@@ -110,6 +110,19 @@ TEST_F(WatchProgramTest, FailedRoundsDoNotEndIt) {
                                       "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n"));
 }
 
+TEST_F(WatchProgramTest, FailedStartIsExplainedAtTheEnd) {
+    const std::string scenario = m_folder.write("faulty.toml", "seed = -1\n");
+    const ProgramEnd end = runProgram({"watch", "--count", "2", "--interval", "0.1", "--scenario", scenario});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_THAT(end.output, HasSubstr("  round 2  "));
+    EXPECT_THAT(end.errors, StartsWith("zelhost: 2 of 2 rounds failed; the last failure was:\n"
+                                       "zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+                                       "zelhost: its start failed; its own lines:\n"
+                                       "provider: CONSTRUCTOR\n"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + scenario + ":1: 'seed'"));
+    EXPECT_THAT(end.errors, Not(HasSubstr("drvEnumInstances")));
+}
+
 TEST_F(WatchProgramTest, InterruptionOnATerminalEndsCleanly) {
     Terminal terminal;
     if (!terminal.isUsable()) GTEST_SKIP() << "no pseudo-terminal can be had here";
@@ -124,13 +137,24 @@ TEST_F(WatchProgramTest, InterruptionOnATerminalEndsCleanly) {
     const std::string shown = terminal.readAll();
     EXPECT_EQ(waitForProgram(process), 0);
     EXPECT_THAT(shown, HasSubstr("\x1b[31mBad\\x1b[2J(0000001a)"));
-    EXPECT_THAT(shown, EndsWith("\x1b[0m\x1b[?25h"));
+    EXPECT_THAT(shown, EndsWith("\x1b[J\n\x1b[0m\x1b[?25h"));
     EXPECT_EQ(takeContents(errors), "");
     std::ostringstream said;
     said << std::ifstream(lines).rdbuf();
     EXPECT_THAT(said.str(), HasSubstr("drvInstanceCleanup"));
     EXPECT_THAT(said.str(), HasSubstr("DESTRUCTOR"));
     close(errors);
+}
+
+TEST_F(WatchProgramTest, OnlyTheInterruptionThatTheTerminalShowsAddsALine) {
+    Terminal terminal;
+    if (!terminal.isUsable()) GTEST_SKIP() << "no pseudo-terminal can be had here";
+    const pid_t process = startProgram({"watch", "--scenario", m_scenario}, {terminal.programs(), -1, {}});
+    terminal.closePrograms();
+    terminal.readUntil("  round 1  ");
+    kill(process, SIGTERM);
+    EXPECT_THAT(terminal.readAll(), EndsWith("\x1b[K\n\x1b[J\x1b[0m\x1b[?25h"));
+    EXPECT_EQ(waitForProgram(process), 0);
 }
 
 TEST_F(WatchProgramTest, NoColourWhereItIsNotWanted) {
@@ -155,8 +179,8 @@ TEST_F(WatchProgramTest, ReaderThatGoesAwayEndsIt) {
     char first = 0;
     EXPECT_EQ(read(ends[0], &first, 1), 1);
     close(ends[0]);
-    EXPECT_EQ(waitForProgram(process), 1);
-    EXPECT_EQ(takeContents(errors), "zelhost: the output cannot be written: Broken pipe\n");
+    EXPECT_EQ(waitForProgram(process), 128 + SIGPIPE);
+    EXPECT_EQ(takeContents(errors), "");
     close(errors);
 }
 

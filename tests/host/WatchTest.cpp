@@ -21,12 +21,15 @@ using host::Output;
 using host::Severity;
 using host::watch;
 using host::WatchLine;
-using host::watchLines;
 using host::WatchOutcome;
 using testing::HasSubstr;
 
 const std::vector<WatchLine> kLines{
     {"head"}, {"status"}, {"titles"}, {"first"}, {"second", Severity::NonCritical}, {"third", Severity::Fatal}};
+
+std::vector<WatchLine> watchLines(const host::Answer& answer, const std::string& head) {
+    return host::watchLines(answer, head, host::Charset::Utf8);
+}
 
 TEST(WatchLines, SensorsWithStateAndBar) {
     const std::vector<WatchLine> lines =
@@ -51,6 +54,17 @@ TEST(WatchLines, FailedRoundShowsItsStatus) {
     EXPECT_EQ(partial[1].severity, Severity::Critical);
     const std::vector<WatchLine> none = watchLines(answerOf(Command::Watch, replyOf(CMPI_RC_ERR_FAILED, {})), "");
     EXPECT_EQ(none[1].text, "Status 1 CMPI_RC_ERR_FAILED; sensors: 0, past a threshold: 0");
+}
+
+TEST(WatchLines, AsciiThroughout) {
+    broker::Reply reply = replyOf(CMPI_RC_ERR_FAILED, {sensorOf("\u00c4", 1, 2, 0)});
+    reply.status.message = "\u00f6";
+    const std::vector<WatchLine> lines =
+        host::watchLines(answerOf(Command::Watch, reply), "/\u00fc", host::Charset::Ascii);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0].text, "/\\xc3\\xbc");
+    EXPECT_EQ(lines[1].text, "Status 1 CMPI_RC_ERR_FAILED: \\xc3\\xb6 (incomplete); sensors: 1, past a threshold: 0");
+    EXPECT_EQ(lines[3].text, "\\xc3\\x84   1 degC  ok");
 }
 
 TEST(WatchLines, NamesAreMadeFitForATerminal) {

@@ -1,11 +1,12 @@
 // Providers for the broker to drive.
 //   Echo     answers each operation with what it was given; cleanup is put off unless the broker terminates
 //   Null     its factory answers null with status 0
-//   Failing  its factory answers a status with text
+//   Failing  its factory writes a line to standard error, and answers a status with text
 #include <cmpidt.h>
 #include <cmpift.h>
 #include <cmpimacs.h>
 
+#include <cstdio>
 #include <string>
 
 // How often Echo was cleaned up, by the value of `terminating`.
@@ -120,6 +121,7 @@ CMPI_EXTERN_C CMPIInstanceMI* Null_Create_InstanceMI(const CMPIBroker*, const CM
 }
 
 CMPI_EXTERN_C CMPIInstanceMI* Failing_Create_InstanceMI(const CMPIBroker* mb, const CMPIContext*, CMPIStatus* rc) {
+    std::fputs("no device\n", stderr);
     *rc = {CMPI_RC_ERR_ACCESS_DENIED, mb->eft->newString(mb, "out of order", nullptr)};
     return &echo;
 }
