@@ -1,11 +1,11 @@
 #include "Charset.h"
 
 #include <langinfo.h>
-#include <locale.h>
 #include <strings.h>
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstdlib>
 
 #include "Utf8.h"

@@ -40,9 +40,10 @@ void refuseUnknownWords(Grammar& grammar) {
 // Throws UsageError for options that the command does not take, and for those given twice.
 void refuseWrongOptions(Grammar& grammar) {
     const std::string command = grammar.command();
+    const std::string refusal = command + " has no option ";
     for (const CLI::Option* option : grammar.app().get_options()) {
         const std::string name = option->get_name();
-        if (grammar.isMisplaced(option, command)) throw UsageError(command + " has no option " + name);
+        if (grammar.isMisplaced(option, command)) throw UsageError(refusal + name);
         if (option->count() > 1 && !grammar.mayBeRepeated(option)) throw UsageError(name + " is given more than once");
     }
 }
