@@ -298,12 +298,27 @@ TEST_F(ProgramTest, FailedStartPointsToTheFileOfTheProvidersLines) {
 }
 
 TEST_F(ProgramTest, FactoryThatFailsIsExplainedByItsLines) {
-    const ProgramEnd end = run({"names", "--provider", FAILING_PROVIDER, "--provider-name", "Failing"});
+    const ProgramEnd end = run({"names", "--provider", TEST_PROVIDER, "--provider-name", "Failing"});
     EXPECT_EQ(end.exitCode, 3);
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(end.errors, "zelhost: the factory of Failing in " FAILING_PROVIDER
+    EXPECT_EQ(end.errors, "zelhost: the factory of Failing in " TEST_PROVIDER
                           " answered CMPI_RC_ERR_ACCESS_DENIED: out of order\n"
                           "provider: no device\n");
+}
+
+TEST_F(ProgramTest, OnlyTheLinesOfTheStartExplainIt) {
+    const std::string schema = m_folder.write("a.mof", "class A { [Key] string Id; };");
+    for (const Arguments& command : {Arguments{"names"}, Arguments{"watch", "--count", "3", "--interval", "0.1"},
+                                     Arguments{"verify", "--schema", schema}}) {
+        Arguments arguments{"--provider", TEST_PROVIDER, "--provider-name", "Unready"};
+        arguments.insert(arguments.end(), command.begin(), command.end());
+        const ProgramEnd end = run(arguments);
+        EXPECT_EQ(end.exitCode, 1) << command.front();
+        EXPECT_THAT(end.errors, EndsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
+                                         "zelhost: its start failed; its own lines:\n"
+                                         "provider: no driver\n"))
+            << command.front();
+    }
 }
 
 TEST_F(ProgramTest, OtherFailuresShowNoLinesOfTheProvider) {
@@ -397,16 +412,23 @@ TEST_F(ProgramTest, TablesAreAsciiWhereTheLocaleIsNotUtf8) {
 
 TEST_F(ProgramTest, OnlyPeoplesTextsDependOnTheLocale) {
     const std::string scenario =
-        std::string(kTwoSensors) + "[[sensor]]\nhandle = 2\nname = \"T\u00fcr\"\nreading = 1\n";
+        std::string(kTwoSensors) + "[[sensor]]\nhandle = 2\nname = \"T\u00fcr\\u0007\"\nreading = 1\n";
     const std::string file = m_folder.write("scenario.toml", scenario);
     for (const char* format : {"json", "mof"}) {
         const Arguments arguments{"instances", "--scenario", file, "--format", format};
         EXPECT_EQ(runProgram(arguments, {"LC_ALL=C"}).output, runProgram(arguments).output);
     }
     EXPECT_THAT(runProgram({"instances", "--scenario", file, "--format", "mof"}, {"LC_ALL=C"}).output,
-                HasSubstr("T\u00fcr(00000002)"));
-    EXPECT_THAT(runProgram({"names", "--scenario", file}, {"LC_ALL=C"}).output, EndsWith("\nT\\xc3\\xbcr(00000002)\n"));
-    EXPECT_THAT(runProgram({"verify", "--scenario", file}, {"LC_ALL=C"}).output, Not(HasSubstr("\u00fc")));
+                HasSubstr("T\u00fcr\\x0007(00000002)"));
+    EXPECT_THAT(runProgram({"names", "--scenario", file}, {"LC_ALL=C"}).output,
+                EndsWith("\nT\\xc3\\xbcr\\x07(00000002)\n"));
+    EXPECT_THAT(runProgram({"verify", "--scenario", file}, {"LC_ALL=C"}).output,
+                HasSubstr("has control characters: T\\xc3\\xbcr\\x07(00000002)\n"));
+    const std::filesystem::path chip = m_folder.path("t\u00fcr");
+    std::filesystem::create_directory(chip);
+    std::filesystem::copy_file(CHIP, chip / "libzelchip.so.0");
+    EXPECT_THAT(runProgram({"instances", "--chip", chip}, {"LC_ALL=C"}).output,
+                EndsWith("/t\\xc3\\xbcr/libzelchip.so.0\n"));
 }
 
 TEST_F(ProgramTest, ClosedStandardErrorKeepsTheExitCode) {

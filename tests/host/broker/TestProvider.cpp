@@ -2,6 +2,7 @@
 //   Echo     answers each operation with what it was given; cleanup is put off unless the broker terminates
 //   Null     its factory answers null with status 0
 //   Failing  its factory writes a line to standard error, and answers a status with text
+//   Unready  a start that failed: enumerations answer status 16; the start, each of them and the cleanup write a line
 #include <cmpidt.h>
 #include <cmpift.h>
 #include <cmpimacs.h>
@@ -107,6 +108,35 @@ CMPIInstanceMIFT echoFunctions = {100,
                                   execQuery};
 CMPIInstanceMI echo = {nullptr, &echoFunctions};
 
+CMPIStatus unreadyCleanup(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean) {
+    std::puts("gone");
+    return {CMPI_RC_OK, nullptr};
+}
+
+CMPIStatus refuseNames(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*) {
+    std::puts("asked");
+    return {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, nullptr};
+}
+
+CMPIStatus refuseInstances(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
+                           const char**) {
+    std::puts("asked");
+    return {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, nullptr};
+}
+
+CMPIInstanceMIFT unreadyFunctions = {100,
+                                     100,
+                                     "Unready",
+                                     unreadyCleanup,
+                                     refuseNames,
+                                     refuseInstances,
+                                     getInstance,
+                                     createInstance,
+                                     modifyInstance,
+                                     deleteInstance,
+                                     execQuery};
+CMPIInstanceMI unready = {nullptr, &unreadyFunctions};
+
 }  // namespace
 
 CMPI_EXTERN_C CMPIInstanceMI* Echo_Create_InstanceMI(const CMPIBroker* mb, const CMPIContext* context, CMPIStatus* rc) {
@@ -124,4 +154,9 @@ CMPI_EXTERN_C CMPIInstanceMI* Failing_Create_InstanceMI(const CMPIBroker* mb, co
     std::fputs("no device\n", stderr);
     *rc = {CMPI_RC_ERR_ACCESS_DENIED, mb->eft->newString(mb, "out of order", nullptr)};
     return &echo;
+}
+
+CMPI_EXTERN_C CMPIInstanceMI* Unready_Create_InstanceMI(const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+    std::puts("no driver");
+    return &unready;
 }
