@@ -99,11 +99,10 @@ class Writer {
         }
     }
 
-    // Where the text that begins here ends, or where it can be told to have no end.
+    // Where the text that begins here ends. That one in simple quotes may not go over lines is left to the parser.
     std::size_t endOfText(std::string_view quotes) const {
         std::size_t at = m_at + quotes.size();
         while (at < m_toml.size()) {
-            if (quotes.size() == 1 && m_toml[at] == '\n') return at;
             if (m_toml.compare(at, quotes.size(), quotes) == 0) {
                 at += quotes.size();
                 // A text of several lines may end in up to two quotes of its own.

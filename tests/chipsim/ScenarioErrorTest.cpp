@@ -73,6 +73,9 @@ INSTANTIATE_TEST_SUITE_P(
         FaultyScenario{"TextWithoutEnd", "model = \"\u00e9\nseed = 1\"\n",
                        ":1: Error while parsing string: unescaped control characters other than TAB (U+0009) are "
                        "explicitly prohibited, expected valid TOML"},
+        FaultyScenario{"TextWithoutEndBeforeOtherCharacters", "model = 'none\nseed = \u00e9\n",
+                       ":1: Error while parsing string: unescaped control characters other than TAB (U+0009) are "
+                       "explicitly prohibited, expected valid TOML"},
         FaultyScenario{"TextOfSeveralLinesWithoutEnd", "model = '''\n\u00e9''\n",
                        ":2: Error while parsing string: encountered end-of-file, expected valid TOML"},
         FaultyScenario{"UnknownKeyThatIsNotAscii", "\"\u00e9\" = 1\n",
