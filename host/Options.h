@@ -29,7 +29,7 @@ struct Options {
     std::string scenario;  // a name or a file; empty: what the environment says
     std::string nameSpace = "root/cimv2";
     Format format = Format::Table;
-    std::string providerOutput;  // a file, or "-"; empty: discarded
+    std::string providerOutput;  // a file, or "-"; empty: only the lines of a start that fails are shown
 };
 
 // The command's word on the command line.

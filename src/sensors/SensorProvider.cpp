@@ -18,12 +18,18 @@ struct MemoryFreer {
     void operator()(void* memory) const { ::operator delete(memory); }
 };
 
+// Null when there is no memory. A function of its own: in the caller the compiler could leave the zeros out, as those of
+// an object that is only constructed afterwards.
+[[gnu::noinline]] void* zeroedMemory(std::size_t size) {
+    void* memory = ::operator new(size, std::nothrow);
+    return memory == nullptr ? nullptr : std::memset(memory, 0, size);
+}
+
 // In zeroed memory, which its reserved room is to be. Null when there is no memory; passes on what the constructor
 // throws.
 CChip* makeChip() {
-    std::unique_ptr<void, MemoryFreer> memory(::operator new(sizeof(CChip), std::nothrow));
+    std::unique_ptr<void, MemoryFreer> memory(zeroedMemory(sizeof(CChip)));
     if (memory == nullptr) return nullptr;
-    std::memset(memory.get(), 0, sizeof(CChip));
     CChip* chip = new (memory.get()) CChip;
     memory.release();
     return chip;

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <string>
 
-#include "LogHandler.h"
 #include "FreshProcess.h"
+#include "LogHandler.h"
 #include "Sandbox.h"
 
 namespace {

@@ -80,7 +80,7 @@ copy_program() {
         cp -L "$library" "$root$library"
     done
 }
-for program in sh rm rmdir cat readlink awk cp ln mkdir mv sort timeout; do copy_program "$program"; done
+for program in sh rm rmdir cat readlink awk cmp cp ln mkdir mv sort timeout; do copy_program "$program"; done
 cp -L /sbin/ldconfig "$root/usr/sbin/"
 # The packages' own dependencies, as this machine has them.
 needed="libc6 libgcc-s1 libstdc++6"

@@ -26,7 +26,7 @@ lay_out() {
 
 # The system's tools that are needed, and nothing else: a real manager's tools must not be met.
 mkdir "$work/system"
-for tool in sh awk cat cp ln mkdir mv readlink rm sort; do
+for tool in sh awk cat cmp cp ln mkdir mv readlink rm sort; do
     ln -s "$(command -v $tool)" "$work/system/$tool"
 done
 
@@ -296,19 +296,59 @@ register add
 register remove
 register remove
 expect_status 0
-expect_calls sfcb "${sfcb_undone}sfcbrepos -f
-"
+expect_calls sfcb "$sfcb_undone"
 expect_staged "$others"
+expect_output "sfcb: nothing of ours is there; nothing has been changed"
+
+start "sfcb: remove without the schema file leaves the repository alone" sfcb
+register add
+rm "$schema_mof"
+register remove
+expect_status 1
+expect_staged "$others"
+expect_built "qualifiers.mof CIM_Schema.mof other.mof tqs.mof "
+expect_error "The repository has not been rebuilt, since sfcbrepos fails without $schema_mof: sfcb keeps our classes"
+
+start "sfcb: a remove after one that could not rebuild rebuilds" sfcb
+register add
+echo garbage >>"$stage/mofs/root/cimv2/other.mof"
+register remove
+echo '[Version ("1.0")] class Other {};' >"$stage/mofs/root/cimv2/other.mof"
+register remove
+expect_status 0
+expect_built "qualifiers.mof CIM_Schema.mof other.mof "
+expect_output "sfcb: schema and provider are taken away; restart its daemon"
+
+start "sfcb: qualifiers that an older version has staged are ours" sfcb
+without_schema
+register add --qualifiers yes
+mv "$stage/mofs/root/cimv2/tqaqualifiers.mof" "$stage/mofs/root/cimv2/qualifiers.mof"
+register add --dry-run
+expect_output "sfcb: qualifiers have to be declared: yes"
+: >"$sfcb/var/calls"
+register remove
+expect_status 0
+expect_calls sfcb "sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof qualifiers.mof
+sfcbrepos -f
+"
+expect_staged ""
 
 # A machine with an sfcb has its staging folder in this place.
 if [ ! -d /var/lib/sfcb/stage ]; then
-    start "sfcb: remove names all of ours where the staging folder is not found" sfcb
-    mv "$sfcb/var/lib/sfcb" "$sfcb/var/lib/elsewhere"
-    mkdir -p "$sfcb/var/lib/sfcb"
-    register remove --dry-run
-    expect_changes "sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof tqaqualifiers.mof
+    start "sfcb: add and remove work where the staging folder is not found" sfcb
+    export SFCB_STAGE="$sfcb/var/lib/elsewhere"
+    mv "$stage" "$SFCB_STAGE"
+    register add
+    expect_status 0
+    : >"$sfcb/var/calls"
+    register remove
+    expect_status 0
+    expect_calls sfcb "sfcbunstage -n root/cimv2 tqaqualifiers.mof
+sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof
 sfcbrepos -f
 "
+    expect_built "qualifiers.mof CIM_Schema.mof other.mof "
+    unset SFCB_STAGE
 fi
 
 start "sfcb: a remove that cannot rebuild says that the repository is gone" sfcb
@@ -461,6 +501,12 @@ expect_no_link
 
 start "pegasus: a class that cannot be read is told, and no failure" pegasus
 : >"$server/shows-xml"
+register add
+expect_status 0
+expect_error "pegasus: what cimcli shows of TQS_NumericSensor cannot be read; compare it with tqs.mof"
+
+start "pegasus: a class that is shown without its version is told, and no failure" pegasus
+: >"$server/shows-no-qualifiers"
 register add
 expect_status 0
 expect_error "pegasus: what cimcli shows of TQS_NumericSensor cannot be read; compare it with tqs.mof"
@@ -702,10 +748,10 @@ start "--manager leaves the other one alone" sfcb pegasus
 register add --manager pegasus
 expect_changes "$linked$compiled"
 expect_calls sfcb ""
+register --manager=sfcb add
 register --manager=sfcb remove
 expect_module OK
-expect_calls sfcb "sfcbrepos -f
-"
+expect_calls sfcb "$sfcb_added$sfcb_undone"
 
 start "a dry run shows the commands and changes nothing" sfcb pegasus
 echo 'zelsensorsModule OK' >>"$server/modules"

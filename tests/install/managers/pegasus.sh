@@ -113,7 +113,16 @@ cimcli() {
     object=$var/namespaces/$4/$2
     case "$1" in
         gq) [ -f "$var/qualifiers/$2" ] && echo "Qualifier $2 : ..." ;;
-        gc) [ -f "$object" ] && if [ -f "$var/shows-xml" ]; then echo "<CLASS NAME=\"$2\">"; else show_class "$object"; fi ;;
+        gc)
+            [ -f "$object" ] || return 1
+            if [ -f "$var/shows-xml" ]; then
+                echo "<CLASS NAME=\"$2\">"
+            elif [ -f "$var/shows-no-qualifiers" ]; then
+                show_class "$object" | awk '!/^ *\[/'
+            else
+                show_class "$object"
+            fi
+            ;;
         dc) [ -f "$object" ] && rm "$object" ;;
         *) exit 64 ;;
     esac
