@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "Model.h"
+#include "broker/Model.h"
 #include "chip.h"
 
 class Floor {

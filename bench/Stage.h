@@ -6,9 +6,9 @@
 #include <memory>
 #include <optional>
 
-#include "Broker.h"
 #include "Floor.h"
-#include "ProviderLibrary.h"
+#include "broker/Broker.h"
+#include "broker/ProviderLibrary.h"
 
 class Stage {
   public:

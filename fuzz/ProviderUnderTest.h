@@ -2,7 +2,7 @@
 #ifndef ZELSENSORS_FUZZ_PROVIDERUNDERTEST_H
 #define ZELSENSORS_FUZZ_PROVIDERUNDERTEST_H
 
-#include <Broker.h>
+#include <broker/Broker.h>
 
 #include <string>
 

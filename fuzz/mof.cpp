@@ -2,8 +2,8 @@
 // "file:line: what is wrong", whose line is one of the file's, or accepted. An accepted file's declarations are sound
 // by themselves, and what must not matter does not: a comment at the end changes nothing, and a class put before it
 // only moves the lines. Declared once more on top of themselves they are refused.
-#include <Utf8.h>
 #include <mof/MofReader.h>
+#include <text/Utf8.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
-#include "Broker.h"
+#include "broker/Broker.h"
 
 #include <algorithm>
 
-#include "State.h"
-#include "Values.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 

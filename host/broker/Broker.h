@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "Model.h"
+#include "broker/Model.h"
 
 namespace broker {
 

@@ -1,6 +1,6 @@
 // The broker's own table: attaching threads, and calls to other providers, of which this broker has none.
-#include "State.h"
-#include "Values.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

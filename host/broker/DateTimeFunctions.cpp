@@ -1,5 +1,5 @@
-#include "Dates.h"
-#include "State.h"
+#include "broker/Dates.h"
+#include "broker/State.h"
 
 namespace broker {
 namespace {

@@ -1,4 +1,4 @@
-#include "Dates.h"
+#include "broker/Dates.h"
 
 #include <algorithm>
 #include <array>

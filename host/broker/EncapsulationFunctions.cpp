@@ -3,10 +3,10 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "Dates.h"
-#include "Rendering.h"
-#include "State.h"
-#include "Values.h"
+#include "broker/Dates.h"
+#include "broker/Rendering.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

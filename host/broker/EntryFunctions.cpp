@@ -1,6 +1,6 @@
 // The functions of contexts and of arguments: both are lists of named values.
-#include "State.h"
-#include "Values.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "State.h"
-#include "Values.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

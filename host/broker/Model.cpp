@@ -1,4 +1,4 @@
-#include "Model.h"
+#include "broker/Model.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "Rendering.h"
-#include "State.h"
-#include "Values.h"
+#include "broker/Rendering.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

@@ -1,4 +1,4 @@
-#include "ProviderLibrary.h"
+#include "broker/ProviderLibrary.h"
 
 #include <dlfcn.h>
 

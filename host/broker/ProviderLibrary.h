@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Broker.h"
+#include "broker/Broker.h"
 
 namespace broker {
 

@@ -1,4 +1,4 @@
-#include "Rendering.h"
+#include "broker/Rendering.h"
 
 #include <sstream>
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "Model.h"
+#include "broker/Model.h"
 
 namespace broker {
 

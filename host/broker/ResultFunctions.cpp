@@ -1,5 +1,5 @@
-#include "State.h"
-#include "Values.h"
+#include "broker/State.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

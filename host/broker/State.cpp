@@ -1,9 +1,9 @@
-#include "State.h"
+#include "broker/State.h"
 
 #include <algorithm>
 #include <stdexcept>
 
-#include "Values.h"
+#include "broker/Values.h"
 
 namespace broker {
 namespace {

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "Broker.h"
+#include "broker/Broker.h"
 
 namespace broker {
 

@@ -1,4 +1,4 @@
-#include "State.h"
+#include "broker/State.h"
 
 namespace broker {
 namespace {

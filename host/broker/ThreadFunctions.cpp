@@ -7,7 +7,7 @@
 #include <ctime>
 #include <memory>
 
-#include "State.h"
+#include "broker/State.h"
 
 namespace broker {
 namespace {

@@ -1,4 +1,4 @@
-#include "Values.h"
+#include "broker/Values.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "State.h"
+#include "broker/State.h"
 
 namespace broker {
 

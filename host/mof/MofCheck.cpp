@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Model.h"
+#include "broker/Model.h"
 
 namespace mof {
 namespace {

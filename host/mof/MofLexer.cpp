@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "Utf8.h"
 #include "mof/MofNumber.h"
 #include "mof/MofReader.h"
+#include "text/Utf8.h"
 
 namespace mof {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Model.h"
+#include "broker/Model.h"
 #include "mof/MofCheck.h"
 
 namespace mof {

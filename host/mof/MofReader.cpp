@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "Utf8.h"
 #include "mof/MofParser.h"
+#include "text/Utf8.h"
 
 namespace mof {
 

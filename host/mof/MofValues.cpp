@@ -1,7 +1,7 @@
 // The parser's rules for qualifier lists and values, and its way with tokens.
 #include <utility>
 
-#include "Model.h"
+#include "broker/Model.h"
 #include "mof/MofCheck.h"
 #include "mof/MofParser.h"
 

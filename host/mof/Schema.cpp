@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "Model.h"
+#include "broker/Model.h"
 
 namespace mof {
 namespace {

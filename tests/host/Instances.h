@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Answer.h"
+#include "source/Answer.h"
 
 inline broker::Instance instanceOf(const std::string& className, const std::string& name,
                                    std::vector<broker::NamedValue> properties) {

@@ -22,9 +22,9 @@
 #include <thread>
 #include <vector>
 
-#include "Broker.h"
-#include "ProviderLibrary.h"
 #include "Sandbox.h"
+#include "broker/Broker.h"
+#include "broker/ProviderLibrary.h"
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;

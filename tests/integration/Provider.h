@@ -9,14 +9,14 @@
 #include <string>
 #include <vector>
 
-#include "Broker.h"
 #include "FakeClock.h"
 #include "FakeDrives.h"
 #include "FreshProcess.h"
 #include "LogLines.h"
 #include "OutputCapture.h"
-#include "ProviderLibrary.h"
 #include "Sandbox.h"
+#include "broker/Broker.h"
+#include "broker/ProviderLibrary.h"
 
 using Strings = std::vector<std::string>;
 

@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "AdditionalInfo.h"
-#include "Broker.h"
 #include "CimText.h"
 #include "FakeClock.h"
 #include "FakeDrives.h"
 #include "FullLog.h"
 #include "LogLines.h"
 #include "Sandbox.h"
+#include "broker/Broker.h"
 
 using testing::AllOf;
 using testing::Contains;

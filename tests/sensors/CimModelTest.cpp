@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "Broker.h"
 #include "CimModel.h"
 #include "CimText.h"
+#include "broker/Broker.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Broker.h"
+#include "broker/Broker.h"
 
 // "sint32 -5", "chars 'text'", "chars[] ['a', 'b']", "boolean true".
 std::string describe(const broker::Value& value);

@@ -8,7 +8,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "Broker.h"
 #include "CimText.h"
 #include "FakeClock.h"
 #include "FullLog.h"
@@ -16,6 +15,7 @@
 #include "OutputCapture.h"
 #include "Sandbox.h"
 #include "TQS_NumericSensor.h"
+#include "broker/Broker.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

@@ -7,11 +7,11 @@
 #include <fstream>
 #include <string>
 
-#include "Broker.h"
 #include "FullLog.h"
 #include "LogLines.h"
 #include "Sandbox.h"
 #include "SensorProvider.h"
+#include "broker/Broker.h"
 
 using testing::Contains;
 

@@ -5,9 +5,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "Broker.h"
 #include "CimText.h"
 #include "TQS_SystemEventLog.h"
+#include "broker/Broker.h"
 
 using testing::ElementsAre;
 

@@ -44,10 +44,10 @@
 #include <string>
 #include <vector>
 
-#include "Broker.h"
 #include "FakeClock.h"
 #include "NvmeSsd.h"
-#include "ProviderLibrary.h"
+#include "broker/Broker.h"
+#include "broker/ProviderLibrary.h"
 
 namespace {
 

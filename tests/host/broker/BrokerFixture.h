@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "Broker.h"
+#include "broker/Broker.h"
 
 // Characters as CMPI takes them where a value is asked for.
 inline const CMPIValue* chars(const char* text) {

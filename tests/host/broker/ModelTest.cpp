@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Model.h"
+#include "broker/Model.h"
 
 using broker::Value;
 

@@ -1,7 +1,7 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
-#include "ProviderLibrary.h"
+#include "broker/ProviderLibrary.h"
 
 using broker::Broker;
 using broker::InstanceProvider;

@@ -1,0 +1,123 @@
+#include "cli/CommandLine.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "cli/Failure.h"
+#include "cli/Grammar.h"
+#include "cli/Spelling.h"
+#include "text/Utf8.h"
+
+namespace host {
+namespace {
+
+std::string meant(const std::string& word, const std::vector<std::string>& candidates) {
+    const std::string nearest = nearestTo(word, candidates);
+    return nearest.empty() ? "" : "; did you mean " + nearest + "?";
+}
+
+bool looksLikeOption(const std::string& word) {
+    return word.size() > 1 && word.front() == '-';
+}
+
+void refuseCommand(const Grammar& grammar, const std::string& word) {
+    throw UsageError("there is no command " + word + meant(word, grammar.commands()));
+}
+
+// Throws UsageError for words that mean nothing here.
+void refuseUnknownWords(Grammar& grammar) {
+    const std::vector<std::string> unknown = grammar.app().remaining(true);
+    if (unknown.empty()) return;
+    const std::string command = grammar.command();
+    if (command.empty() && !looksLikeOption(unknown.front())) refuseCommand(grammar, unknown.front());
+    const auto option = std::find_if(unknown.begin(), unknown.end(), looksLikeOption);
+    if (option == unknown.end()) throw UsageError(command + ": there is an argument too many: " + unknown.front());
+    const std::string name = option->substr(0, option->find('='));
+    throw UsageError("there is no option " + name + meant(name, grammar.optionNames()));
+}
+
+// Throws UsageError for options that the command does not take, and for those given twice.
+void refuseWrongOptions(Grammar& grammar) {
+    const std::string command = grammar.command();
+    const std::string refusal = command + " has no option ";
+    for (const CLI::Option* option : grammar.app().get_options()) {
+        const std::string name = option->get_name();
+        if (grammar.isMisplaced(option, command)) throw UsageError(refusal + name);
+        if (option->count() > 1 && !grammar.mayBeRepeated(option)) throw UsageError(name + " is given more than once");
+    }
+}
+
+// What was wrong where it was neither an unknown word nor a value.
+std::string reasonOf(const CLI::ParseError& error, Grammar& grammar, const std::string& lastWord) {
+    if (grammar.app().get_option_no_throw(lastWord) != nullptr) return lastWord + " needs a value";
+    const std::string missing = grammar.missingArgument();
+    return missing.empty() ? error.what() : grammar.command() + ": " + missing + " is missing";
+}
+
+enum class Wish { Request, Help, Version };
+
+// Throws UsageError.
+Wish parse(Grammar& grammar, int count, const char* const* arguments) {
+    try {
+        grammar.app().parse(count, arguments);
+        return Wish::Request;
+    } catch (const CLI::CallForHelp&) {
+        refuseUnknownWords(grammar);
+        return Wish::Help;
+    } catch (const CLI::CallForVersion&) {
+        refuseUnknownWords(grammar);
+        return Wish::Version;
+    } catch (const CLI::ParseError& error) {
+        refuseUnknownWords(grammar);
+        throw UsageError(reasonOf(error, grammar, arguments[count - 1]));
+    }
+}
+
+std::string helpOn(const std::string& topic, const Grammar& grammar) {
+    const std::vector<std::string> commands = grammar.commands();
+    const bool isKnown = topic.empty() || std::find(commands.begin(), commands.end(), topic) != commands.end();
+    if (!isKnown) refuseCommand(grammar, topic);
+    return grammar.helpOf(topic);
+}
+
+std::optional<int> read(Grammar& grammar, int count, const char* const* arguments, Options& options,
+                        std::ostream& output, std::ostream& errors) {
+    const Wish wish = parse(grammar, count, arguments);
+    const std::string command = grammar.command();
+    if (wish == Wish::Version || command == "version") {
+        output << "zelhost " ZELHOST_VERSION "\n";
+        return kFine;
+    }
+    if (wish == Wish::Help || command == "help") {
+        output << helpOn(wish == Wish::Help ? command : grammar.topic(), grammar);
+        return kFine;
+    }
+    if (command.empty()) {
+        errors << grammar.helpOf("");
+        return kWrongUsage;
+    }
+    refuseWrongOptions(grammar);
+    if (options.command == Command::Watch && options.className == kEventLogClass) {
+        throw UsageError(std::string("watch: ") + kEventLogClass + " has no readings; log shows it");
+    }
+    if (options.command == Command::Log) options.className = kEventLogClass;
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<int> readCommandLine(int count, const char* const* arguments, Options& options, std::ostream& output,
+                                   std::ostream& errors) {
+    Grammar grammar(options);
+    try {
+        return read(grammar, count, arguments, options, output, errors);
+    } catch (const UsageError& error) {
+        const std::string command = grammar.command();
+        errors << "zelhost: " << printable(error.what()) << "\nSee zelhost " << command << (command.empty() ? "" : " ")
+               << "--help.\n";
+        return kWrongUsage;
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,37 @@
+// How the program ends, and the failures that decide it.
+#ifndef ZELSENSORS_CLI_FAILURE_H
+#define ZELSENSORS_CLI_FAILURE_H
+
+#include <stdexcept>
+
+namespace host {
+
+enum ExitCode : int {
+    kFine = 0,
+    kAnsweredError = 1,  // the provider's answer was an error or against the schema, or our output cannot be written
+    kWrongUsage = 2,     // also a schema that cannot be read
+    kNotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
+    kReaderGone = 141,   // what a shell shows for an end by SIGPIPE, which is how the program ends then
+};
+
+// The command line asks for something that cannot be.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Our own output could not be written.
+class OutputError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Nobody reads it any more: the reader of a pipe has gone.
+class ReaderGone : public OutputError {
+  public:
+    using OutputError::OutputError;
+};
+
+}  // namespace host
+
+#endif

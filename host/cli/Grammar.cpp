@@ -1,0 +1,260 @@
+#include "cli/Grammar.h"
+
+#include <charconv>
+#include <cstdint>
+#include <sstream>
+#include <system_error>
+
+#include "cli/Failure.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kFooter =
+    "Options may stand before and after the command.\n"
+    "\n"
+    "Libraries: without --provider and --chip, the provider and the simulated chip library are those\n"
+    "of zelhost's own tree, built or installed. Where that has no simulated chip library, and with\n"
+    "--chip system, the loader takes the system's libzelchip.so.0.\n"
+    "\n"
+    "Exit codes:\n"
+    "  0  fine\n"
+    "  1  the provider's answer was an error (its CIM status is on standard error), verify found a\n"
+    "     problem, or the output could not be written\n"
+    "  2  wrong usage, or a schema that cannot be read\n"
+    "  3  the provider or the chip library could not be loaded\n";
+
+constexpr const char* kCommonGroup = "Options of every command";
+constexpr const char* kSpecialGroup = "Options of some commands";
+
+// Help of one layout whatever the version of the library, in which a command shows the program's options that it takes.
+class HelpLayout : public CLI::Formatter {
+  public:
+    explicit HelpLayout(std::shared_ptr<const SpecialOptions> special) : m_special(std::move(special)) {
+        label("REQUIRED", "(required)");
+    }
+
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        std::ostringstream text;
+        if (const CLI::App* program = app->get_parent(); program != nullptr) {
+            text << make_description(app) << "Usage: " << name << " [OPTIONS]" << usageOf(app->get_options()) << '\n'
+                 << (app->get_options().empty() ? "" : make_group("Arguments", true, app->get_options()))
+                 << optionsOf(program, kSpecialGroup, app->get_name())
+                 << optionsOf(program, kCommonGroup, app->get_name());
+        } else {
+            text << make_description(app) << "Usage: " << name << " [OPTIONS] COMMAND\n"
+                 << make_subcommands(app, mode) << optionsOf(app, kCommonGroup, "") << optionsOf(app, kSpecialGroup, "")
+                 << '\n'
+                 << kFooter;
+        }
+        return text.str();
+    }
+
+  private:
+    static std::string usageOf(const std::vector<const CLI::Option*>& arguments) {
+        std::string text;
+        for (const CLI::Option* option : arguments) {
+            const std::string name = option->get_name(true);
+            text += option->get_required() ? ' ' + name : " [" + name + ']';
+        }
+        return text;
+    }
+
+    // Those of a group that the command takes; for an empty command all of the group.
+    std::string optionsOf(const CLI::App* program, const std::string& group, const std::string& command) const {
+        const auto isShown = [&](const CLI::Option* option) {
+            const auto takers = m_special->find(option);
+            const bool isTaken = command.empty() || takers == m_special->end() || takers->second.count(command) != 0;
+            return option->get_group() == group && isTaken;
+        };
+        const std::vector<const CLI::Option*> shown = program->get_options(isShown);
+        const bool isOwn = !command.empty() && group == kSpecialGroup;
+        return shown.empty() ? "" : make_group(isOwn ? "Options" : group, false, shown);
+    }
+
+    std::shared_ptr<const SpecialOptions> m_special;
+};
+
+// All of the text as a number, without regard to the locale.
+template <typename Number>
+bool isNumber(const std::string& text, Number& number) {
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+double intervalIn(const std::string& text) {
+    double seconds = 0;
+    if (isNumber(text, seconds) && seconds >= 0.1 && seconds <= 86400) return seconds;
+    throw UsageError("--interval: '" + text + "' is not a number of seconds from 0.1 to 86400");
+}
+
+unsigned countIn(const std::string& text) {
+    std::uint32_t rounds = 0;
+    if (isNumber(text, rounds) && rounds > 0) return rounds;
+    throw UsageError("--count: '" + text + "' is not a whole number from 1 to 4294967295");
+}
+
+Format formatIn(const std::string& text) {
+    if (text == "table") return Format::Table;
+    if (text == "json") return Format::Json;
+    if (text == "mof") return Format::Mof;
+    throw UsageError("--format: '" + text + "' is not one of table, json, mof");
+}
+
+// The value is taken when all has been read; an option that stands there twice is refused then.
+template <typename Read>
+CLI::Option* addOption(CLI::App& app, const char* name, const char* type, const char* description, const Read& read) {
+    return app.add_option_function<std::string>(name, read, description)->type_name(type)->take_last();
+}
+
+CLI::Option* addText(CLI::App& app, const char* name, const char* type, const char* description, std::string& text) {
+    CLI::Option* option = app.add_option(name, text, description)->type_name(type)->take_last();
+    return text.empty() ? option : option->capture_default_str();
+}
+
+CLI::App* addCommand(CLI::App& app, Options& options, Command command, const char* description) {
+    CLI::App* added = app.add_subcommand(nameOf(command), description)->group("Commands");
+    // The program's serves: a second one of the command's own would hide it.
+    added->set_help_flag();
+    added->callback([&options, command] { options.command = command; });
+    return added;
+}
+
+void addClassArgument(CLI::App* command, Options& options) {
+    command->add_option("CLASS", options.className, "CIM class")->type_name("")->capture_default_str();
+}
+
+CLI::Option* addNameArgument(CLI::App* command, Options& options) {
+    return command->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("");
+}
+
+}  // namespace
+
+Grammar::Grammar(Options& options)
+    : m_app("Loads a CMPI instance provider as an object manager does, and shows what it answers.", "zelhost") {
+    m_app.formatter(std::make_shared<HelpLayout>(m_special));
+    m_app.fallthrough();
+    m_app.require_subcommand(0, 1);
+    addCommonOptions(options);
+    addSpecialOptions(options);
+    addReadingCommands(options);
+    addWritingCommands(options);
+    addOwnCommands();
+}
+
+void Grammar::addCommonOptions(Options& options) {
+    m_app.option_defaults()->group(kCommonGroup);
+    m_app.set_help_flag("-h,--help", "Show this help, or that of the command")->group(kCommonGroup);
+    m_app.set_version_flag("-V,--version", "zelhost " ZELHOST_VERSION, "Show the version")->group(kCommonGroup);
+    addText(m_app, "--provider", "PATH", "Provider library (default: libzelsensors.so.0 of zelhost's tree)",
+            options.provider);
+    addText(m_app, "--provider-name", "NAME", "Name that its factory bears", options.providerName);
+    addText(m_app, "--chip", "PATH",
+            "Chip library: a file, a folder that holds libzelchip.so.0, or the word system for the system's (default: "
+            "the simulated one of zelhost's tree, else the system's)",
+            options.chip);
+    addText(m_app, "--scenario", "NAME|FILE",
+            "What the simulated chip library plays: a file (written with a slash), or a name from the folder of "
+            "scenarios",
+            options.scenario);
+    addText(m_app, "--namespace", "NAME", "CIM namespace", options.nameSpace);
+    addOption(m_app, "--format", "FORMAT", "Output format: table, json or mof (default: table)",
+              [&options](const std::string& text) { options.format = formatIn(text); });
+    addText(m_app, "--provider-output", "FILE|-",
+            "Where the provider's own lines go: a file, or - to show them on standard error at the end (default: "
+            "discarded, but those of a start that fails are shown)",
+            options.providerOutput);
+}
+
+void Grammar::addSpecialOptions(Options& options) {
+    m_app.option_defaults()->group(kSpecialGroup);
+    SpecialOptions& special = *m_special;
+    special[addText(m_app, "--class", "CLASS", "CIM class of get, create, modify, delete and query",
+                    options.className)] = {"get", "create", "modify", "delete", "query"};
+    special[addText(m_app, "--language", "NAME", "The language that a query is written in", options.queryLanguage)] = {
+        "query"};
+    special[addOption(m_app, "--interval", "SECONDS", "Seconds between two rounds of watch",
+                      [&options](const std::string& text) { options.interval = intervalIn(text); })
+                ->default_str("2")] = {"watch"};
+    special[addOption(m_app, "--count", "ROUNDS", "End watch after so many rounds (default: when interrupted)",
+                      [&options](const std::string& text) { options.rounds = countIn(text); })] = {"watch"};
+    m_schema = m_app
+                   .add_option("--schema", options.schema,
+                               "MOF file with declarations of qualifiers or classes, for verify; may be given again, "
+                               "and each file may use what those before it declare (default: the schema of zelhost's "
+                               "tree)")
+                   ->type_name("FILE")
+                   ->allow_extra_args(false);
+    special[m_schema] = {"verify"};
+}
+
+void Grammar::addReadingCommands(Options& options) {
+    addClassArgument(addCommand(m_app, options, Command::Names, "Show the names of a class's instances"), options);
+    addClassArgument(addCommand(m_app, options, Command::Instances, "Show the instances of a class"), options);
+    addNameArgument(addCommand(m_app, options, Command::Get, "Show one instance with all its properties"), options)
+        ->required();
+    addCommand(m_app, options, Command::Log, "Show the lines and the state of the event log");
+    addClassArgument(addCommand(m_app, options, Command::Watch, "Show the sensors again and again"), options);
+    addCommand(m_app, options, Command::Verify, "Compare all answers with the classes' schema");
+}
+
+void Grammar::addWritingCommands(Options& options) {
+    addNameArgument(addCommand(m_app, options, Command::Create, "Ask for a new instance, and show the refusal"),
+                    options);
+    addNameArgument(addCommand(m_app, options, Command::Modify, "Ask for a change, and show the refusal"), options)
+        ->required();
+    addNameArgument(addCommand(m_app, options, Command::Delete, "Ask for a removal, and show the refusal"), options)
+        ->required();
+    addCommand(m_app, options, Command::Query, "Send a query, and show the refusal")
+        ->add_option("TEXT", options.query, "The query")
+        ->type_name("")
+        ->required();
+}
+
+void Grammar::addOwnCommands() {
+    CLI::App* help = m_app.add_subcommand("help", "Show this help, or that of a command")->group("Commands");
+    help->set_help_flag();
+    help->add_option("COMMAND", m_topic, "The command")->type_name("");
+    m_app.add_subcommand("version", "Show the version")->group("Commands")->set_help_flag();
+}
+
+std::string Grammar::command() const {
+    const std::vector<CLI::App*> chosen = m_app.get_subcommands();
+    return chosen.empty() ? "" : chosen.front()->get_name();
+}
+
+std::vector<std::string> Grammar::commands() const {
+    std::vector<std::string> names;
+    for (const CLI::App* each : m_app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(each->get_name());
+    }
+    return names;
+}
+
+std::vector<std::string> Grammar::optionNames() const {
+    std::vector<std::string> names;
+    for (const CLI::Option* each : m_app.get_options()) names.push_back("--" + each->get_lnames().front());
+    return names;
+}
+
+bool Grammar::isMisplaced(const CLI::Option* option, const std::string& command) const {
+    const auto takers = m_special->find(option);
+    return option->count() > 0 && takers != m_special->end() && takers->second.count(command) == 0;
+}
+
+std::string Grammar::missingArgument() const {
+    if (command().empty()) return "";
+    for (const CLI::Option* each : m_app.get_subcommand(command())->get_options()) {
+        if (each->get_required() && each->count() == 0) return each->get_name(true);
+    }
+    return "";
+}
+
+std::string Grammar::helpOf(const std::string& command) const {
+    const CLI::App* app = command.empty() ? &m_app : m_app.get_subcommand(command);
+    const std::string name = command.empty() ? "zelhost" : "zelhost " + command;
+    return app->get_formatter()->make_help(app, name, CLI::AppFormatMode::Normal);
+}
+
+}  // namespace host

@@ -1,0 +1,59 @@
+// The words of the command line: the commands, the options, and which command takes which option.
+#ifndef ZELSENSORS_CLI_GRAMMAR_H
+#define ZELSENSORS_CLI_GRAMMAR_H
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "cli/Options.h"
+
+namespace host {
+
+// The options that only some commands take, with the names of those commands.
+using SpecialOptions = std::map<const CLI::Option*, std::set<std::string>>;
+
+// Every option is the program's, so that it may stand before and after the command; what it stands for is written into
+// `options`, which must outlive this object.
+class Grammar {
+  public:
+    explicit Grammar(Options& options);
+    Grammar(const Grammar&) = delete;
+    Grammar& operator=(const Grammar&) = delete;
+
+    CLI::App& app() { return m_app; }
+
+    // The command that was read: a name of commands(), or empty. What `help` is asked about is in topic().
+    std::string command() const;
+    const std::string& topic() const { return m_topic; }
+    std::vector<std::string> commands() const;
+    std::vector<std::string> optionNames() const;
+
+    // The option stands on the command line, and this command does not take it.
+    bool isMisplaced(const CLI::Option* option, const std::string& command) const;
+    bool mayBeRepeated(const CLI::Option* option) const { return option == m_schema; }
+    // The command's argument that has to be there and is not; empty for none.
+    std::string missingArgument() const;
+
+    // Of the program, for an empty command.
+    std::string helpOf(const std::string& command) const;
+
+  private:
+    void addCommonOptions(Options& options);
+    void addSpecialOptions(Options& options);
+    void addReadingCommands(Options& options);
+    void addWritingCommands(Options& options);
+    void addOwnCommands();
+
+    std::shared_ptr<SpecialOptions> m_special = std::make_shared<SpecialOptions>();
+    CLI::App m_app;
+    const CLI::Option* m_schema = nullptr;
+    std::string m_topic;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,43 @@
+// Where the libraries, the scenarios and the schema are.
+#ifndef ZELSENSORS_CLI_LOCATIONS_H
+#define ZELSENSORS_CLI_LOCATIONS_H
+
+#include <string>
+#include <vector>
+
+#include "cli/Options.h"
+
+namespace host {
+
+// What belongs to the tree that the program stands in, built or installed.
+struct OwnTree {
+    std::string provider;       // a path; "libzelsensors.so.0", for the loader to find, where the tree has none
+    std::string simulatedChip;  // a path, or empty
+    std::string scenarios;      // a folder, or empty
+    std::string schema;         // a folder, or empty
+};
+
+// The folder of the running program. Throws std::runtime_error where /proc does not say.
+std::string programFolder();
+
+OwnTree ownTree(const std::string& programFolder);
+
+// What is to be loaded, and with which scenario.
+struct Choice {
+    std::string provider;
+    std::string chip;      // a path; empty: the loader finds the system's
+    bool isChipSimulated;  // the tree's own simulated chip library
+    std::string scenario;  // a file; empty: as the environment says
+};
+
+// Throws UsageError for a scenario that is not there (the message lists those that are) or is no regular file, and for
+// a scenario without a simulated chip library.
+Choice choose(const Options& options, const OwnTree& tree);
+
+// The MOF files that verify compares with, in the order of reading. Throws UsageError where none is named and the tree
+// has none.
+std::vector<std::string> schemaFiles(const Options& options, const OwnTree& tree);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,31 @@
+#include "cli/Options.h"
+
+namespace host {
+
+const char* nameOf(Command command) {
+    switch (command) {
+        case Command::Names:
+            return "names";
+        case Command::Instances:
+            return "instances";
+        case Command::Get:
+            return "get";
+        case Command::Log:
+            return "log";
+        case Command::Watch:
+            return "watch";
+        case Command::Create:
+            return "create";
+        case Command::Modify:
+            return "modify";
+        case Command::Delete:
+            return "delete";
+        case Command::Query:
+            return "query";
+        case Command::Verify:
+            return "verify";
+    }
+    return "";
+}
+
+}  // namespace host

@@ -1,0 +1,154 @@
+#include "format/TableFormat.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "format/ValueText.h"
+#include "health/SensorView.h"
+#include "text/TextTable.h"
+#include "text/Utf8.h"
+
+namespace host {
+namespace {
+
+using broker::Instance;
+using broker::NamedValue;
+using broker::ObjectPath;
+using broker::Value;
+
+constexpr std::size_t kBarCells = 40;
+
+// A column for each key, in the order in which the keys first come.
+std::string namesTable(const std::vector<ObjectPath>& paths, Charset charset) {
+    ObjectPath seen;
+    std::vector<TextTable::Column> columns;
+    for (const ObjectPath& path : paths) {
+        for (const NamedValue& key : path.keys) {
+            if (seen.findKey(key.name) != nullptr) continue;
+            seen.keys.push_back(key);
+            columns.push_back({printable(key.name)});
+        }
+    }
+    TextTable table(columns, charset);
+    for (const ObjectPath& path : paths) {
+        std::vector<std::string> cells;
+        for (const NamedValue& key : seen.keys) {
+            const Value* value = path.findKey(key.name);
+            cells.push_back(value == nullptr ? "" : valueText(*value));
+        }
+        table.add(std::move(cells));
+    }
+    return table.text();
+}
+
+std::string limitsText(const SensorView& sensor, const std::array<Number, 3>& limits) {
+    if (std::none_of(limits.begin(), limits.end(), [](const Number& limit) { return limit.has_value(); })) return "-";
+    return sensor.scaled(limits[0]) + " / " + sensor.scaled(limits[1]) + " / " + sensor.scaled(limits[2]);
+}
+
+std::string sensorsTable(const std::vector<SensorView>& sensors, Charset charset) {
+    TextTable table(
+        {{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Lower limits (n/c/f)"}, {"Upper limits (n/c/f)"}},
+        charset);
+    for (const SensorView& sensor : sensors) {
+        table.add({printable(sensor.name), sensor.withUnit(sensor.reading), stateOf(sensor).word(),
+                   limitsText(sensor, {sensor.lowerNonCritical, sensor.lowerCritical, sensor.lowerFatal}),
+                   limitsText(sensor, {sensor.upperNonCritical, sensor.upperCritical, sensor.upperFatal})});
+    }
+    return table.text();
+}
+
+// Whether a property's number is counted in the sensor's units.
+bool isInSensorUnits(const std::string& property) {
+    static const std::array<std::string, 6> inUnits{"CurrentReading", "Hysteresis",     "MaxReadable",
+                                                    "MinReadable",    "NominalReading", "Resolution"};
+    return std::find(inUnits.begin(), inUnits.end(), property) != inUnits.end() ||
+           property.find("Threshold") != std::string::npos;
+}
+
+std::string propertyText(const NamedValue& property, const std::optional<SensorView>& sensor) {
+    std::string text = valueText(property.value);
+    const Number number = numberIn(property.value);
+    if (sensor && number && isInSensorUnits(property.name)) text += " (" + sensor->withUnit(*number) + ')';
+    return text;
+}
+
+std::string propertiesTable(const Instance& instance, Charset charset) {
+    const std::optional<SensorView> sensor = SensorView::of(instance);
+    TextTable table({{"Property"}, {"Type"}, {"Value"}}, charset);
+    for (const NamedValue& property : instance.properties) {
+        table.add({printable(property.name), broker::nameOfType(property.value.type), propertyText(property, sensor)});
+    }
+    std::string text = printable(pathText(instance.path)) + "\n\n" + table.text();
+    if (!sensor) return text;
+    text += "\nState: " + stateOf(*sensor).word() + '\n';
+    if (const std::string bar = limitsBar(*sensor, kBarCells); !bar.empty())
+        text += "Between its limits: " + bar + '\n';
+    return text;
+}
+
+std::string eventLogText(const Instance& log, Charset charset) {
+    std::string text;
+    const Value* lines = log.findProperty("LogLines");
+    if (lines != nullptr && !lines->elements.empty()) {
+        TextTable table({{"No.", Align::Right}, {"Line"}}, charset);
+        std::size_t number = 0;
+        for (const Value& line : lines->elements) table.add({std::to_string(++number), valueText(line)});
+        text += table.text();
+    } else {
+        text += "The event log has no lines.\n";
+    }
+    text += '\n';
+    for (const char* state : {"LogValid", "LogFull", "LogMultipleEventCountIncrement", "LogMultipleEventTimeWindow"}) {
+        const Value* value = log.findProperty(state);
+        if (value != nullptr) text += std::string(state) + ": " + valueText(*value) + '\n';
+    }
+    return text;
+}
+
+// One line for each sensor where all are sensors; otherwise all properties of each instance.
+std::string instancesText(const std::vector<Instance>& instances, Charset charset) {
+    std::vector<SensorView> sensors;
+    for (const Instance& instance : instances) {
+        if (std::optional<SensorView> sensor = SensorView::of(instance)) sensors.push_back(std::move(*sensor));
+    }
+    if (sensors.size() == instances.size()) return sensorsTable(sensors, charset);
+    std::string text;
+    for (const Instance& instance : instances) {
+        if (!text.empty()) text += '\n';
+        text += propertiesTable(instance, charset);
+    }
+    return text;
+}
+
+std::string instancesTextOf(const Answer& answer, Charset charset) {
+    const std::vector<Instance>& instances = answer.reply.instances;
+    if (answer.command == Command::Get) return propertiesTable(instances.front(), charset);
+    if (answer.command == Command::Log) return eventLogText(instances.front(), charset);
+    return instancesText(instances, charset);
+}
+
+}  // namespace
+
+std::string statusText(const broker::Status& status) {
+    std::string text = std::to_string(status.rc) + ' ' + broker::nameOfStatus(status.rc);
+    if (status.message) text += ": " + printable(*status.message);
+    return text;
+}
+
+std::string tableText(const Answer& answer, Charset charset) {
+    const broker::Reply& reply = answer.reply;
+    const bool isEmpty = reply.paths.empty() && reply.instances.empty();
+    const bool isFine = reply.status.rc == CMPI_RC_OK;
+    if (isEmpty && !isFine) return "";
+    std::string text;
+    if (isEmpty) text += "The provider answered " + statusText(reply.status) + ", without data.\n";
+    if (!reply.paths.empty()) text += namesTable(reply.paths, charset);
+    if (!reply.instances.empty()) text += instancesTextOf(answer, charset);
+    if (!isFine) text += "\nIncomplete: the provider ended with " + statusText(reply.status) + ".\n";
+    return shownIn(charset, text);  // the tables are already
+}
+
+}  // namespace host

@@ -1,0 +1,15 @@
+#ifndef ZELSENSORS_HEALTH_DECIMAL_H
+#define ZELSENSORS_HEALTH_DECIMAL_H
+
+#include <cstdint>
+#include <string>
+
+namespace host {
+
+// value × 10^modifier, exactly, by moving the decimal point: all digits of the value are kept ("42.00" for 4200 and
+// -2). A modifier beyond ±18, which no real unit needs, is written out: "5×10^25".
+std::string scaledDecimal(std::int64_t value, std::int64_t modifier);
+
+}  // namespace host
+
+#endif

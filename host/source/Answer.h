@@ -1,0 +1,24 @@
+#ifndef ZELSENSORS_SOURCE_ANSWER_H
+#define ZELSENSORS_SOURCE_ANSWER_H
+
+#include <string>
+
+#include "broker/Model.h"
+#include "cli/Options.h"
+
+namespace host {
+
+// A provider's answer, with what was asked.
+struct Answer {
+    Command command = Command::Instances;
+    std::string nameSpace;
+    std::string className;
+    broker::Reply reply;
+};
+
+// "16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE", with ": " and the message where there is one; fit for a terminal.
+std::string statusText(const broker::Status& status);
+
+}  // namespace host
+
+#endif

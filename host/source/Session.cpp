@@ -1,0 +1,50 @@
+#include "source/Session.h"
+
+#include <dlfcn.h>
+
+namespace host {
+
+ChipLibrary::ChipLibrary(const std::string& path) {
+    if (path.empty()) return;
+    m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
+    if (m_handle == nullptr) throw broker::LoadError(std::string("the chip library cannot be loaded: ") + dlerror());
+}
+
+ChipLibrary::~ChipLibrary() {
+    if (m_handle != nullptr) dlclose(m_handle);
+}
+
+Session::Session(const Options& options, const Choice& choice)
+    : m_options(options),
+      m_chip(choice.chip),
+      m_library(choice.provider),
+      m_provider(m_library, options.providerName, m_broker) {}
+
+broker::Reply Session::request() {
+    const broker::ObjectPath classPath{"", m_options.nameSpace, m_options.className, {}};
+    broker::ObjectPath path = classPath;
+    path.keys.push_back({"Name", broker::Value::ofText(m_options.instanceName)});
+    switch (m_options.command) {
+        case Command::Names:
+            return m_provider.enumerateInstanceNames(classPath);
+        case Command::Instances:
+        case Command::Log:
+        case Command::Watch:
+            return m_provider.enumerateInstances(classPath);
+        case Command::Get:
+            return m_provider.getInstance(path);
+        case Command::Create:
+            return m_provider.createInstance(classPath, {path, path.keys});
+        case Command::Modify:
+            return m_provider.modifyInstance(path, {path, path.keys});
+        case Command::Delete:
+            return m_provider.deleteInstance(path);
+        case Command::Query:
+            return m_provider.execQuery(classPath, m_options.query, m_options.queryLanguage);
+        case Command::Verify:
+            break;  // many requests, made through provider()
+    }
+    return {};
+}
+
+}  // namespace host

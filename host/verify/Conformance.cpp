@@ -1,0 +1,132 @@
+#include "verify/Conformance.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "format/ValueText.h"
+#include "text/Utf8.h"
+
+namespace host {
+namespace {
+
+using broker::NamedValue;
+using broker::ObjectPath;
+using broker::Value;
+using mof::Member;
+using Faults = std::vector<std::string>;
+
+// A text may be handed over as CMPI_chars as well.
+CMPIType declarable(CMPIType type) {
+    const auto array = static_cast<CMPIType>(type & CMPI_ARRAY);
+    const auto simple = static_cast<CMPIType>(type & ~CMPI_ARRAY);
+    return static_cast<CMPIType>((simple == CMPI_chars ? CMPI_string : simple) | array);
+}
+
+bool hasFitTexts(const Value& value) {
+    return value.isNull ||
+           (isFitForXml(value.text) && std::all_of(value.elements.begin(), value.elements.end(), hasFitTexts));
+}
+
+bool isUntypedNull(const Value& value) {
+    return value.isNull && value.type == CMPI_null;
+}
+
+// `what` is "key Name" or "property Caption".
+void checkValue(const std::string& what, const Value& value, const Member& declared, Faults& faults) {
+    if (declarable(value.type) != declared.type && !isUntypedNull(value)) {
+        faults.push_back(what + " is " + broker::nameOfType(value.type) + ", declared as " +
+                         broker::nameOfType(declared.type));
+    }
+    if (!hasFitTexts(value)) {
+        faults.push_back(what + " holds text that is no UTF-8 or has control characters: " + valueText(value));
+    }
+}
+
+void checkSpelling(const std::string& what, const std::string& name, const Member& declared, Faults& faults) {
+    if (name != declared.name) faults.push_back(what + " is spelled " + printable(declared.name) + " in the schema");
+}
+
+void checkKey(const NamedValue& key, const ExpectedClass& expected, Faults& faults) {
+    const std::string what = "key " + printable(key.name);
+    const Member* declared = expected.find(key.name);
+    if (declared == nullptr || !declared->isKey) {
+        faults.push_back(what + " is not declared as a key");
+        return;
+    }
+    checkSpelling(what, key.name, *declared, faults);
+    checkValue(what, key.value, *declared, faults);
+    if (key.value.isNull) faults.push_back(what + " is null");
+}
+
+void checkProperty(const NamedValue& property, const ExpectedClass& expected, Faults& faults) {
+    const std::string what = "property " + printable(property.name);
+    const Member* declared = expected.find(property.name);
+    if (declared == nullptr) {
+        faults.push_back(what + " is not declared");
+        return;
+    }
+    checkSpelling(what, property.name, *declared, faults);
+    checkValue(what, property.value, *declared, faults);
+}
+
+// CMPI_chars and CMPI_string are the same to a reader.
+bool isSameKey(const Value& property, const Value& key) {
+    return property.isText() && key.isText() ? property.text == key.text : property == key;
+}
+
+void checkKeyProperty(const broker::Instance& instance, const Member& key, Faults& faults) {
+    const Value* property = instance.findProperty(key.name);
+    const Value* inPath = instance.path.findKey(key.name);
+    if (property == nullptr || property->isNull) {
+        faults.push_back("key property " + key.name + " is not set");
+    } else if (inPath != nullptr && !inPath->isNull && !isSameKey(*property, *inPath)) {
+        faults.push_back("property " + key.name + " is " + valueText(*property) + ", but the path's key is " +
+                         valueText(*inPath));
+    }
+}
+
+}  // namespace
+
+const Member* ExpectedClass::find(const std::string& member) const {
+    const auto found = std::find_if(members.begin(), members.end(),
+                                    [&member](const Member& each) { return broker::sameName(each.name, member); });
+    return found == members.end() ? nullptr : &*found;
+}
+
+bool isFitForXml(const std::string& text) {
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const Character next = firstCharacter(rest);
+        const char32_t code = next.codePoint;
+        const bool isPermittedControl = code == U'\t' || code == U'\n' || code == U'\r';
+        const bool isOutsideXml = (code < 0x20 && !isPermittedControl) || code == 0xfffe || code == 0xffff;
+        if (!next.isUtf8 || isOutsideXml) return false;
+        rest.remove_prefix(next.length);
+    }
+    return true;
+}
+
+Faults faultsOf(const ObjectPath& path, const ExpectedClass& expected) {
+    Faults faults;
+    if (!broker::sameName(path.nameSpace, expected.nameSpace)) {
+        faults.push_back("the namespace is not " + printable(expected.nameSpace));
+    }
+    if (path.className != expected.name) faults.push_back("the class is not " + expected.name);
+    for (const NamedValue& key : path.keys) checkKey(key, expected, faults);
+    for (const Member& member : expected.members) {
+        if (member.isKey && path.findKey(member.name) == nullptr)
+            faults.push_back("key " + member.name + " is missing");
+    }
+    return faults;
+}
+
+Faults faultsOf(const broker::Instance& instance, const ExpectedClass& expected) {
+    Faults faults = faultsOf(instance.path, expected);
+    for (const NamedValue& property : instance.properties) checkProperty(property, expected, faults);
+    for (const Member& member : expected.members) {
+        if (member.isKey) checkKeyProperty(instance, member, faults);
+    }
+    return faults;
+}
+
+}  // namespace host

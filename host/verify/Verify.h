@@ -1,0 +1,52 @@
+// Asks a provider for everything that a schema declares, and compares the answers with it.
+#ifndef ZELSENSORS_VERIFY_VERIFY_H
+#define ZELSENSORS_VERIFY_VERIFY_H
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "broker/Model.h"
+#include "mof/Schema.h"
+
+namespace host {
+
+// How the provider is asked; names and instances take the path of a class, get that of an instance.
+struct Questions {
+    using Question = std::function<broker::Reply(const broker::ObjectPath&)>;
+    Question names;
+    Question instances;
+    Question get;
+};
+
+struct Problem {
+    std::string request;  // "names", "instances" or "get"
+    std::string path;     // of what was returned or asked for; fit for a terminal
+    std::string text;     // what is wrong, likewise
+};
+
+struct ClassReport {
+    std::string className;
+    std::size_t names = 0;      // as many as were returned
+    std::size_t instances = 0;  // in the enumeration
+    std::size_t singles = 0;    // asked for one by one
+    std::vector<Problem> problems;
+};
+
+struct Verification {
+    std::string nameSpace;
+    std::vector<ClassReport> classes;
+    std::optional<broker::Status> firstFailure;  // the first status other than 0
+
+    bool conforms() const;  // no problem anywhere
+};
+
+// Asks for the names, the instances, and each single instance of every class that is not abstract. Throws UsageError
+// where the schema has no such class.
+Verification verify(const mof::Schema& schema, const std::string& nameSpace, const Questions& questions);
+
+}  // namespace host
+
+#endif

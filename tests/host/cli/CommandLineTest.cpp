@@ -1,0 +1,263 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <vector>
+
+#include "cli/CommandLine.h"
+
+namespace {
+
+using host::Command;
+using host::Format;
+using host::Options;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+struct Read {
+    std::optional<int> ended;
+    Options options;
+    std::string output;
+    std::string errors;
+};
+
+Read read(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "zelhost");
+    Read result;
+    std::ostringstream output;
+    std::ostringstream errors;
+    result.ended =
+        host::readCommandLine(static_cast<int>(arguments.size()), arguments.data(), result.options, output, errors);
+    result.output = output.str();
+    result.errors = errors.str();
+    return result;
+}
+
+// With the complaint's first line, and whose help its second line points to.
+void expectWrongUsage(const std::vector<const char*>& arguments, const std::string& complaint,
+                      const std::string& command = "") {
+    const Read result = read(arguments);
+    EXPECT_EQ(result.ended, 2) << testing::PrintToString(arguments);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "zelhost: " + complaint + "\nSee zelhost " + command + "--help.\n");
+}
+
+TEST(CommandLine, Defaults) {
+    const Read result = read({"instances"});
+    ASSERT_EQ(result.ended, std::nullopt) << result.errors;
+    EXPECT_EQ(result.options.command, Command::Instances);
+    EXPECT_EQ(result.options.className, "TQS_NumericSensor");
+    EXPECT_EQ(result.options.nameSpace, "root/cimv2");
+    EXPECT_EQ(result.options.providerName, "SensorProvider");
+    EXPECT_EQ(result.options.format, Format::Table);
+    EXPECT_EQ(result.options.provider + result.options.chip + result.options.scenario + result.options.providerOutput,
+              "");
+}
+
+TEST(CommandLine, ClassOfNamesAndInstances) {
+    EXPECT_EQ(read({"names", "TQS_SystemEventLog"}).options.className, "TQS_SystemEventLog");
+    EXPECT_EQ(read({"names"}).options.command, Command::Names);
+    EXPECT_EQ(read({"instances", "X"}).options.className, "X");
+}
+
+TEST(CommandLine, GetTakesANameAndAClass) {
+    const Options options = read({"get", "CPU(0000001a)", "--class", "X"}).options;
+    EXPECT_EQ(options.command, Command::Get);
+    EXPECT_EQ(options.instanceName, "CPU(0000001a)");
+    EXPECT_EQ(options.className, "X");
+    EXPECT_EQ(read({"get", "--", "-5 V(00000001)"}).options.instanceName, "-5 V(00000001)");
+}
+
+TEST(CommandLine, LogAsksForTheEventLogsClass) {
+    EXPECT_EQ(read({"log"}).options.command, Command::Log);
+    EXPECT_EQ(read({"log"}).options.className, "TQS_SystemEventLog");
+}
+
+TEST(CommandLine, WatchTakesIntervalAndCount) {
+    const Options options = read({"watch", "--interval", "0.5", "--count", "3"}).options;
+    EXPECT_EQ(options.command, Command::Watch);
+    EXPECT_EQ(options.interval, 0.5);
+    EXPECT_EQ(options.rounds, 3U);
+    EXPECT_EQ(read({"watch"}).options.rounds, 0U);
+}
+
+TEST(CommandLine, WritingCommands) {
+    EXPECT_EQ(read({"create"}).options.command, Command::Create);
+    EXPECT_EQ(read({"modify", "N"}).options.command, Command::Modify);
+    EXPECT_EQ(read({"delete", "N"}).options.command, Command::Delete);
+    const Options options = read({"query", "SELECT * FROM X", "--language", "CQL"}).options;
+    EXPECT_EQ(options.command, Command::Query);
+    EXPECT_EQ(options.query, "SELECT * FROM X");
+    EXPECT_EQ(options.queryLanguage, "CQL");
+    EXPECT_EQ(read({"query", "x"}).options.queryLanguage, "WQL");
+}
+
+TEST(CommandLine, VerifyTakesSchemaFilesInTheirOrder) {
+    EXPECT_EQ(read({"verify"}).options.command, Command::Verify);
+    EXPECT_TRUE(read({"verify"}).options.schema.empty());
+    EXPECT_EQ(read({"verify", "--schema", "q.mof", "--schema", "a.mof"}).options.schema,
+              (std::vector<std::string>{"q.mof", "a.mof"}));
+}
+
+TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
+    const Options options =
+        read({"--provider", "/p.so", "--provider-name", "N", "instances", "--chip", "/c", "--scenario", "s",
+              "--namespace", "root", "--format", "json", "--provider-output", "-"})
+            .options;
+    EXPECT_EQ(options.provider, "/p.so");
+    EXPECT_EQ(options.providerName, "N");
+    EXPECT_EQ(options.chip, "/c");
+    EXPECT_EQ(options.scenario, "s");
+    EXPECT_EQ(options.nameSpace, "root");
+    EXPECT_EQ(options.format, Format::Json);
+    EXPECT_EQ(options.providerOutput, "-");
+    EXPECT_EQ(read({"log", "--format", "mof"}).options.format, Format::Mof);
+    EXPECT_EQ(read({"log", "--format", "table"}).options.format, Format::Table);
+}
+
+TEST(CommandLine, OptionsOfOneCommandBeforeAndAfterIt) {
+    const Options watch = read({"--interval", "1", "--count", "7", "watch"}).options;
+    EXPECT_EQ(watch.command, Command::Watch);
+    EXPECT_EQ(watch.interval, 1);
+    EXPECT_EQ(watch.rounds, 7U);
+    for (const char* command : {"get", "create", "modify", "delete"}) {
+        const Read result = read({"--class", "X", command, "Y"});
+        EXPECT_EQ(result.ended, std::nullopt) << result.errors;
+        EXPECT_EQ(result.options.className, "X") << command;
+        EXPECT_EQ(result.options.instanceName, "Y") << command;
+    }
+    const Options query = read({"--language", "CQL", "query", "text", "--class", "X"}).options;
+    EXPECT_EQ(query.queryLanguage, "CQL");
+    EXPECT_EQ(query.className, "X");
+    EXPECT_EQ(read({"--schema", "q.mof", "verify", "--schema", "a.mof"}).options.schema,
+              (std::vector<std::string>{"q.mof", "a.mof"}));
+}
+
+TEST(CommandLine, OptionOfAnotherCommandIsRefusedWhereverItStands) {
+    expectWrongUsage({"instances", "--schema", "q.mof"}, "instances has no option --schema", "instances ");
+    expectWrongUsage({"--schema", "q.mof", "instances"}, "instances has no option --schema", "instances ");
+    expectWrongUsage({"names", "--interval", "1"}, "names has no option --interval", "names ");
+    expectWrongUsage({"--count", "1", "log"}, "log has no option --count", "log ");
+    expectWrongUsage({"watch", "--class", "X"}, "watch has no option --class", "watch ");
+    expectWrongUsage({"get", "--language", "CQL", "X"}, "get has no option --language", "get ");
+}
+
+TEST(CommandLine, CommandsWordIsAnOrdinaryArgumentAfterTheCommand) {
+    EXPECT_EQ(read({"get", "log"}).options.instanceName, "log");
+    EXPECT_EQ(read({"get", "help"}).options.instanceName, "help");
+    EXPECT_EQ(read({"names", "version"}).options.className, "version");
+    EXPECT_EQ(read({"names", "version"}).options.command, Command::Names);
+}
+
+TEST(CommandLine, UnknownWordsAreNamedWithWhatMayBeMeant) {
+    expectWrongUsage({"frobnicate"}, "there is no command frobnicate");
+    expectWrongUsage({"instnces"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"instnces", "--help"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"--help", "instnces"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"instnces", "--version"}, "there is no command instnces; did you mean instances?");
+    expectWrongUsage({"help", "lgo"}, "there is no command lgo; did you mean log?", "help ");
+    expectWrongUsage({"bad\x1b"}, "there is no command bad\\x1b");
+    expectWrongUsage({"instances", "--no-such-option"}, "there is no option --no-such-option", "instances ");
+    expectWrongUsage({"names", "--formt=json"}, "there is no option --formt; did you mean --format?", "names ");
+    expectWrongUsage({"names", "--formt", "json", "X"}, "there is no option --formt; did you mean --format?", "names ");
+    expectWrongUsage({"names", "-x"}, "there is no option -x", "names ");
+}
+
+TEST(CommandLine, TooManyAndTooFewWordsAreNamed) {
+    expectWrongUsage({"instances", "A", "B"}, "instances: there is an argument too many: B", "instances ");
+    expectWrongUsage({"verify", "TQS_NumericSensor"}, "verify: there is an argument too many: TQS_NumericSensor",
+                     "verify ");
+    expectWrongUsage({"verify", "--schema", "q.mof", "a.mof"}, "verify: there is an argument too many: a.mof",
+                     "verify ");
+    expectWrongUsage({"get"}, "get: NAME is missing", "get ");
+    expectWrongUsage({"modify"}, "modify: NAME is missing", "modify ");
+    expectWrongUsage({"delete"}, "delete: NAME is missing", "delete ");
+    expectWrongUsage({"query"}, "query: TEXT is missing", "query ");
+    expectWrongUsage({"instances", "--provider"}, "--provider needs a value", "instances ");
+    expectWrongUsage({"verify", "--schema"}, "--schema needs a value", "verify ");
+    expectWrongUsage({"--format", "json", "names", "--format", "mof"}, "--format is given more than once", "names ");
+}
+
+TEST(CommandLine, FormatsAreTheThreeWords) {
+    for (const std::string word : {"xml", "csv", "1", "JSON", ""}) {
+        expectWrongUsage({"instances", "--format", word.c_str()},
+                         "--format: '" + word + "' is not one of table, json, mof", "instances ");
+    }
+}
+
+TEST(CommandLine, WatchRefusesNumbersWithoutSense) {
+    for (const std::string text : {"0", "0.09", "-1", "86400.1", "soon", "nan", "-nan", "inf", "-inf", "1s", " 1"}) {
+        expectWrongUsage({"watch", "--interval", text.c_str()},
+                         "--interval: '" + text + "' is not a number of seconds from 0.1 to 86400", "watch ");
+    }
+    for (const std::string text : {"0", "-1", "2.5", "4294967296", "many", "1 "}) {
+        expectWrongUsage({"watch", "--count", text.c_str()},
+                         "--count: '" + text + "' is not a whole number from 1 to 4294967295", "watch ");
+    }
+}
+
+TEST(CommandLine, WatchTakesTheEndsOfTheRanges) {
+    EXPECT_EQ(read({"watch", "--interval", "0.1"}).options.interval, 0.1);
+    EXPECT_EQ(read({"watch", "--interval", "86400"}).options.interval, 86400);
+    EXPECT_EQ(read({"watch", "--count", "4294967295"}).options.rounds, 4294967295U);
+}
+
+TEST(CommandLine, WatchOfTheEventLogPointsToLog) {
+    expectWrongUsage({"watch", "TQS_SystemEventLog"}, "watch: TQS_SystemEventLog has no readings; log shows it",
+                     "watch ");
+}
+
+TEST(CommandLine, HelpIsFineAndTellsTheExitCodes) {
+    const Read result = read({"--help"});
+    EXPECT_EQ(result.ended, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, HasSubstr("Exit codes:\n  0  fine\n"));
+    EXPECT_THAT(result.output, HasSubstr("--chip system"));
+    for (const char* option : {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS",
+                               "--count ROUNDS", "--language NAME", "--schema FILE"}) {
+        EXPECT_THAT(result.output, HasSubstr(option));
+    }
+}
+
+TEST(CommandLine, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
+    const std::string get = read({"get", "--help"}).output;
+    EXPECT_THAT(get, StartsWith("Show one instance with all its properties\nUsage: zelhost get [OPTIONS] NAME\n"));
+    for (const char* option :
+         {"--class CLASS", "--help", "--version", "--provider PATH", "--provider-name NAME", "--chip PATH",
+          "--scenario NAME|FILE", "--namespace NAME", "--format FORMAT", "--provider-output FILE|-"}) {
+        EXPECT_THAT(get, HasSubstr(option));
+    }
+    for (const char* option : {"--interval", "--count", "--language", "--schema"}) {
+        EXPECT_THAT(get, Not(HasSubstr(option)));
+    }
+    const std::string watch = read({"watch", "-h"}).output;
+    EXPECT_THAT(watch, HasSubstr("Usage: zelhost watch [OPTIONS] [CLASS]\n"));
+    EXPECT_THAT(watch, HasSubstr("--interval SECONDS"));
+    EXPECT_THAT(watch, Not(HasSubstr("--class")));
+}
+
+TEST(CommandLine, HelpAndVersionAlsoAsWordsAndLetters) {
+    const std::string help = read({"--help"}).output;
+    for (const std::vector<const char*>& same : {std::vector<const char*>{"help"}, {"-h"}}) {
+        EXPECT_EQ(read(same).ended, 0);
+        EXPECT_EQ(read(same).output, help);
+        EXPECT_EQ(read(same).errors, "");
+    }
+    EXPECT_EQ(read({"help", "get"}).ended, 0);
+    EXPECT_EQ(read({"help", "get"}).output, read({"get", "--help"}).output);
+    const std::string version = read({"--version"}).output;
+    EXPECT_THAT(version, testing::MatchesRegex("zelhost [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    for (const char* same : {"version", "-V"}) {
+        EXPECT_EQ(read({same}).ended, 0);
+        EXPECT_EQ(read({same}).output, version);
+    }
+}
+
+TEST(CommandLine, WithoutCommandTheHelpIsTheComplaint) {
+    EXPECT_EQ(read({}).ended, 2);
+    EXPECT_EQ(read({}).output, "");
+    EXPECT_EQ(read({}).errors, read({"--help"}).output);
+}
+
+}  // namespace

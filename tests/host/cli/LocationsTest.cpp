@@ -1,0 +1,173 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "cli/Failure.h"
+#include "cli/Locations.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using host::Choice;
+using host::choose;
+using host::Options;
+using host::OwnTree;
+using host::ownTree;
+using testing::HasSubstr;
+
+class LocationsTest : public testing::Test {
+  protected:
+    LocationsTest() {
+        std::string pattern = fs::temp_directory_path() / "zelhost-locations-XXXXXX";
+        m_folder = mkdtemp(pattern.data());
+    }
+    ~LocationsTest() override { fs::remove_all(m_folder); }
+
+    std::string make(const fs::path& file) const {
+        const fs::path full = (m_folder / file).lexically_normal();
+        fs::create_directories(full.parent_path());
+        std::ofstream(full) << "x";
+        return full;
+    }
+    std::string complaint(const Options& options, const OwnTree& tree) const {
+        try {
+            choose(options, tree);
+        } catch (const host::UsageError& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    fs::path m_folder;
+};
+
+TEST_F(LocationsTest, BuildTree) {
+    make("host/zelhost");
+    const std::string provider = make("src/sensors/libzelsensors.so.0");
+    const std::string chip = make("chipsim/libzelchip.so.0");
+    const std::string scenario = make("host/scenarios/healthy.toml");
+    const std::string schema = make("host/schema/tqs.mof");
+    const OwnTree tree = ownTree(m_folder / "host");
+    EXPECT_EQ(tree.provider, provider);
+    EXPECT_EQ(tree.simulatedChip, chip);
+    EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
+    EXPECT_EQ(tree.schema, fs::path(schema).parent_path());
+}
+
+TEST_F(LocationsTest, InstalledTree) {
+    const fs::path libraries = fs::path("bin") / LIBRARIES_FROM_PROGRAM;
+    const std::string program = make("bin/zelhost");
+    const std::string provider = make(libraries / "libzelsensors.so.0");
+    const std::string chip = make(libraries / "zelsensors/libzelchip.so.0");
+    const std::string scenario = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/scenarios/healthy.toml");
+    const std::string schema = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/schema/tqs.mof");
+    const OwnTree tree = ownTree(fs::path(program).parent_path());
+    EXPECT_EQ(tree.provider, provider);
+    EXPECT_EQ(tree.simulatedChip, chip);
+    EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
+    EXPECT_EQ(tree.schema, fs::path(schema).parent_path());
+}
+
+TEST_F(LocationsTest, NothingThereLeavesTheChoiceToTheLoader) {
+    const OwnTree tree = ownTree(m_folder);
+    EXPECT_EQ(tree.provider, "libzelsensors.so.0");
+    EXPECT_EQ(tree.simulatedChip, "");
+    const Choice choice = choose(Options(), tree);
+    EXPECT_EQ(choice.chip, "");
+    EXPECT_FALSE(choice.isChipSimulated);
+}
+
+TEST_F(LocationsTest, OwnSimulatedChipIsTheDefault) {
+    const Choice choice = choose(Options(), {"/own/provider", "/own/chip", "", ""});
+    EXPECT_EQ(choice.provider, "/own/provider");
+    EXPECT_EQ(choice.chip, "/own/chip");
+    EXPECT_TRUE(choice.isChipSimulated);
+    EXPECT_EQ(choice.scenario, "");
+}
+
+TEST_F(LocationsTest, SystemsChipByItsWord) {
+    Options options;
+    options.chip = "system";
+    const Choice choice = choose(options, {"/own/provider", "/own/chip", "", ""});
+    EXPECT_EQ(choice.chip, "");
+    EXPECT_FALSE(choice.isChipSimulated);
+}
+
+TEST_F(LocationsTest, ChipByFileOrFolder) {
+    Options options;
+    options.chip = make("other/libzelchip.so.0");
+    EXPECT_EQ(choose(options, {}).chip, options.chip);
+    const std::string file = options.chip;
+    options.chip = fs::path(file).parent_path();
+    EXPECT_EQ(choose(options, {}).chip, file);
+    options.chip = "libzelchip.so.0";
+    EXPECT_EQ(choose(options, {}).chip, "./libzelchip.so.0");
+}
+
+TEST_F(LocationsTest, ScenarioByName) {
+    const std::string file = make("scenarios/warm.toml");
+    Options options;
+    options.scenario = "warm";
+    EXPECT_EQ(choose(options, {"p", "c", fs::path(file).parent_path(), ""}).scenario, file);
+}
+
+TEST_F(LocationsTest, UnknownScenarioListsTheNamesThatThereAre) {
+    const fs::path folder = fs::path(make("scenarios/warm.toml")).parent_path();
+    make("scenarios/cold.toml");
+    make("scenarios/notes.txt");
+    Options options;
+    options.scenario = "tepid";
+    EXPECT_EQ(complaint(options, {"p", "c", folder, ""}),
+              "there is no scenario tepid in " + folder.string() + "; there are: cold, warm");
+}
+
+TEST_F(LocationsTest, ScenarioByFile) {
+    Options options;
+    options.scenario = make("mine.toml");
+    EXPECT_EQ(choose(options, {"p", "c", "", ""}).scenario, options.scenario);
+    options.scenario = m_folder / "missing.toml";
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "there is no scenario file " + options.scenario);
+}
+
+TEST_F(LocationsTest, ScenarioThatIsNoFileIsToldAsWhatItIs) {
+    Options options;
+    options.scenario = m_folder;
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}),
+              "the scenario " + m_folder.string() + " is a folder; a scenario is a file");
+    options.scenario = "/dev/null";
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "the scenario /dev/null is not a regular file");
+    options.scenario = m_folder / "pipe";
+    ASSERT_EQ(mkfifo(options.scenario.c_str(), 0600), 0);
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "the scenario " + options.scenario + " is not a regular file");
+    options.scenario = m_folder / std::string(300, 'x');
+    EXPECT_EQ(complaint(options, {"p", "c", "", ""}),
+              "the scenario " + options.scenario + " cannot be read: File name too long");
+}
+
+TEST_F(LocationsTest, ScenarioNeedsASimulatedChip) {
+    Options options;
+    options.scenario = make("mine.toml");
+    options.chip = "system";
+    EXPECT_THAT(complaint(options, {"p", "c", "", ""}), HasSubstr("needs a simulated chip library"));
+}
+
+TEST_F(LocationsTest, SchemaOfTheOwnTree) {
+    EXPECT_THAT(host::schemaFiles(Options(), {"p", "c", "", "/own/schema"}),
+                testing::ElementsAre("/own/schema/qualifiers.mof", "/own/schema/tqs.mof"));
+}
+
+TEST_F(LocationsTest, NamedSchemaReplacesTheOwnTrees) {
+    Options options;
+    options.schema = {"b.mof", "a.mof"};
+    EXPECT_THAT(host::schemaFiles(options, {"p", "c", "", "/own/schema"}), testing::ElementsAre("b.mof", "a.mof"));
+}
+
+TEST_F(LocationsTest, NoSchemaAnywhereIsWrongUsage) {
+    EXPECT_THROW(host::schemaFiles(Options(), {"p", "c", "", ""}), host::UsageError);
+}
+
+}  // namespace

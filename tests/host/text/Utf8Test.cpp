@@ -1,0 +1,53 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "text/Utf8.h"
+
+namespace {
+
+using host::columnsOf;
+using host::cutToColumns;
+using host::printable;
+
+TEST(Printable, OrdinaryTextStays) {
+    EXPECT_EQ(printable("CPU(0000001a) 42 °C, 10 µs, \U0001F321"), "CPU(0000001a) 42 °C, 10 µs, \U0001F321");
+}
+
+TEST(Printable, ControlBytesAreEscaped) {
+    EXPECT_EQ(printable("a\x1b[2Jb\n\t\x7f"), "a\\x1b[2Jb\\x0a\\x09\\x7f");
+    EXPECT_EQ(printable(std::string("a\0b", 3)), "a\\x00b");
+}
+
+TEST(Printable, EightBitControlsAreEscapedByteByByte) {
+    EXPECT_EQ(printable("\xc2\x9b"
+                        "2J"),
+              "\\xc2\\x9b2J");
+    EXPECT_EQ(printable("\xc2\xa0"), "\xc2\xa0");
+}
+
+TEST(Printable, BytesThatAreNoUtf8AreEscaped) {
+    EXPECT_EQ(printable("\x80"), "\\x80");                    // a continuation alone
+    EXPECT_EQ(printable("\x9b"), "\\x9b");                    // the eight-bit form of ESC [
+    EXPECT_EQ(printable("\xe2\x82"), "\\xe2\\x82");           // cut off
+    EXPECT_EQ(printable("\xe2\x28\xa1"), "\\xe2(\\xa1");      // broken in the middle
+    EXPECT_EQ(printable("\xc0\x9b"), "\\xc0\\x9b");           // overlong
+    EXPECT_EQ(printable("\xe0\x80\x9b"), "\\xe0\\x80\\x9b");  // overlong
+    EXPECT_EQ(printable("\xed\xa0\x80"), "\\xed\\xa0\\x80");  // a surrogate
+    EXPECT_EQ(printable("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");
+    EXPECT_EQ(printable("\xff"), "\\xff");
+}
+
+TEST(Columns, CountCharactersNotBytes) {
+    EXPECT_EQ(columnsOf(""), 0U);
+    EXPECT_EQ(columnsOf("42 °C"), 5U);
+}
+
+TEST(Columns, CutNeverSplitsACharacter) {
+    EXPECT_EQ(cutToColumns("4°C", 2), "4°");
+    EXPECT_EQ(cutToColumns("4°C", 3), "4°C");
+    EXPECT_EQ(cutToColumns("4°C", 9), "4°C");
+    EXPECT_EQ(cutToColumns("4°C", 0), "");
+}
+
+}  // namespace

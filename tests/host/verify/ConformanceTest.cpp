@@ -1,0 +1,203 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "verify/Conformance.h"
+
+namespace {
+
+using broker::Instance;
+using broker::ObjectPath;
+using broker::Value;
+using host::ExpectedClass;
+using host::faultsOf;
+using host::isFitForXml;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+ExpectedClass thing() {
+    return {"root/cimv2",
+            "Thing",
+            {{"Name", CMPI_string, true},
+             {"Slot", CMPI_uint16, true},
+             {"Caption", CMPI_string, false},
+             {"Reading", CMPI_sint32, false},
+             {"Lines", CMPI_stringA, false}}};
+}
+
+ObjectPath goodPath() {
+    return {"", "root/cimv2", "Thing", {{"Name", Value::ofText("a")}, {"Slot", Value::ofUnsigned(3, CMPI_uint16)}}};
+}
+
+Instance goodInstance() {
+    return {goodPath(),
+            {{"Name", Value::ofText("a")},
+             {"Slot", Value::ofUnsigned(3, CMPI_uint16)},
+             {"Reading", Value::ofSigned(-5)},
+             {"Lines", Value::ofArray({Value::ofText("x")}, CMPI_string)}}};
+}
+
+std::vector<std::string> faultsWithKey(const std::string& name, Value value) {
+    ObjectPath path = goodPath();
+    for (broker::NamedValue& key : path.keys) {
+        if (key.name == name) key.value = std::move(value);
+    }
+    return faultsOf(path, thing());
+}
+
+std::vector<std::string> faultsWithProperty(const std::string& name, Value value) {
+    Instance instance = goodInstance();
+    instance.properties.push_back({name, std::move(value)});
+    return faultsOf(instance, thing());
+}
+
+std::vector<std::string> faultsWithout(const std::string& property) {
+    Instance instance = goodInstance();
+    auto& all = instance.properties;
+    all.erase(std::remove_if(all.begin(), all.end(), [&](const auto& each) { return each.name == property; }),
+              all.end());
+    return faultsOf(instance, thing());
+}
+
+TEST(Conformance, WhatIsDeclaredConforms) {
+    EXPECT_THAT(faultsOf(goodPath(), thing()), IsEmpty());
+    EXPECT_THAT(faultsOf(goodInstance(), thing()), IsEmpty());
+}
+
+TEST(Conformance, PropertyThatIsNotSetConforms) {
+    EXPECT_THAT(faultsWithout("Reading"), IsEmpty());
+}
+
+TEST(Conformance, CharsAreAString) {
+    EXPECT_THAT(faultsWithKey("Name", Value::ofText("a", CMPI_chars)), IsEmpty());
+    EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("x", CMPI_chars)), IsEmpty());
+}
+
+TEST(Conformance, WrongNamespace) {
+    ObjectPath path = goodPath();
+    path.nameSpace = "Root/CIMv2";
+    EXPECT_THAT(faultsOf(path, thing()), IsEmpty());
+    for (const char* other : {"", "root/cimv", "root/cimv22"}) {
+        path.nameSpace = other;
+        EXPECT_THAT(faultsOf(path, thing()), ElementsAre("the namespace is not root/cimv2"));
+    }
+}
+
+TEST(Conformance, WrongClass) {
+    for (const char* other : {"", "Thin", "thing"}) {
+        ObjectPath path = goodPath();
+        path.className = other;
+        EXPECT_THAT(faultsOf(path, thing()), ElementsAre("the class is not Thing"));
+    }
+}
+
+TEST(Conformance, MissingKey) {
+    ObjectPath path = goodPath();
+    path.keys.pop_back();
+    EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key Slot is missing"));
+    path.keys.clear();
+    EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key Name is missing", "key Slot is missing"));
+}
+
+TEST(Conformance, KeyThatIsNoneInTheSchema) {
+    ObjectPath path = goodPath();
+    path.keys.push_back({"Caption", Value::ofText("x")});
+    path.keys.push_back({"Other\x1b", Value::ofText("x")});
+    EXPECT_THAT(faultsOf(path, thing()),
+                ElementsAre("key Caption is not declared as a key", "key Other\\x1b is not declared as a key"));
+}
+
+TEST(Conformance, KeyOfAnotherType) {
+    EXPECT_THAT(faultsWithKey("Name", Value::ofUnsigned(1)), ElementsAre("key Name is uint32, declared as string"));
+    EXPECT_THAT(faultsWithKey("Slot", Value::ofUnsigned(3)), ElementsAre("key Slot is uint32, declared as uint16"));
+    EXPECT_THAT(faultsWithKey("Name", Value::ofArray({}, CMPI_string)),
+                ElementsAre("key Name is string[], declared as string"));
+}
+
+TEST(Conformance, NullKey) {
+    EXPECT_THAT(faultsWithKey("Name", Value::null(CMPI_string)), ElementsAre("key Name is null"));
+}
+
+TEST(Conformance, KeySpelledOtherwise) {
+    ObjectPath path = goodPath();
+    path.keys[0].name = "name";
+    EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key name is spelled Name in the schema"));
+}
+
+TEST(Conformance, UndeclaredProperty) {
+    EXPECT_THAT(faultsWithProperty("Colour", Value::ofText("red")), ElementsAre("property Colour is not declared"));
+}
+
+TEST(Conformance, PropertySpelledOtherwise) {
+    EXPECT_THAT(faultsWithProperty("caption", Value::ofText("x")),
+                ElementsAre("property caption is spelled Caption in the schema"));
+}
+
+TEST(Conformance, PropertyOfAnotherType) {
+    Instance instance = goodInstance();
+    instance.properties[2].value = Value::ofText("-5");
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is string, declared as sint32"));
+    instance.properties[2].value = Value::ofUnsigned(5);
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is uint32, declared as sint32"));
+    instance.properties[2].value = Value::ofSigned(5, CMPI_sint64);
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is sint64, declared as sint32"));
+}
+
+TEST(Conformance, NullPropertyHasItsTypeToo) {
+    EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_string)), IsEmpty());
+    EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_null)), IsEmpty());
+    EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_uint8)),
+                ElementsAre("property Caption is uint8, declared as string"));
+}
+
+TEST(Conformance, ArrayForScalarAndScalarForArray) {
+    Instance instance = goodInstance();
+    instance.properties[2].value = Value::ofArray({Value::ofSigned(1)}, CMPI_sint32);
+    instance.properties[3].value = Value::ofText("x");
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is sint32[], declared as sint32",
+                                                         "property Lines is string, declared as string[]"));
+}
+
+TEST(Conformance, KeyPropertyMustBeSet) {
+    EXPECT_THAT(faultsWithout("Name"), ElementsAre("key property Name is not set"));
+    Instance instance = goodInstance();
+    instance.properties[0].value = Value::null(CMPI_string);
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("key property Name is not set"));
+}
+
+TEST(Conformance, KeyPropertyMustEqualThePathsKey) {
+    Instance instance = goodInstance();
+    instance.properties[0].value = Value::ofText("b");
+    instance.properties[1].value = Value::ofUnsigned(4, CMPI_uint16);
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Name is b, but the path's key is a",
+                                                         "property Slot is 4, but the path's key is 3"));
+}
+
+TEST(Conformance, InstancesPathIsCheckedToo) {
+    Instance instance = goodInstance();
+    instance.path.className = "Other";
+    EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("the class is not Thing"));
+}
+
+TEST(Conformance, TextThatXmlCannotCarry) {
+    EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("a\xff")),
+                ElementsAre("property Caption holds text that is no UTF-8 or has control characters: a\\xff"));
+    Instance instance = goodInstance();
+    instance.properties[3].value = Value::ofArray({Value::ofText("x"), Value::ofText("\x07")}, CMPI_string);
+    EXPECT_THAT(faultsOf(instance, thing()),
+                ElementsAre("property Lines holds text that is no UTF-8 or has control characters: {x, \\x07}"));
+    EXPECT_THAT(faultsWithKey("Name", Value::ofText("\x1b")),
+                ElementsAre("key Name holds text that is no UTF-8 or has control characters: \\x1b"));
+}
+
+TEST(Conformance, FitForXml) {
+    for (const char* text : {"", "a b", "\t\r\n", "\xc2\xb0\xe2\x82\xac\xf0\x9f\x98\x80", "\x7f"}) {
+        EXPECT_TRUE(isFitForXml(text)) << text;
+    }
+    for (const char* text :
+         {"\x01", "a\x1f", "\x0b", "\x80", "\xc3", "\xc0\x80", "\xed\xa0\x80", "\xef\xbf\xbe", "\xef\xbf\xbf"}) {
+        EXPECT_FALSE(isFitForXml(text)) << testing::PrintToString(text);
+    }
+    EXPECT_FALSE(isFitForXml(std::string(1, '\0')));
+}
+
+}  // namespace

@@ -1,0 +1,115 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Scenarios.h"
+#include "broker/Model.h"
+#include "cli/Failure.h"
+#include "mof/MofReader.h"
+#include "verify/SchemaFiles.h"
+
+namespace {
+
+using host::readSchema;
+using testing::HasSubstr;
+
+constexpr const char* kQualifiers = SCHEMA "/qualifiers.mof";
+constexpr const char* kClasses = SCHEMA "/tqs.mof";
+
+std::string usageComplaint(const std::string& file) {
+    try {
+        readSchema({file});
+    } catch (const host::UsageError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+std::vector<std::string> keysOf(const mof::Schema& schema, const std::string& className) {
+    std::vector<std::string> keys;
+    for (const mof::Member& member : schema.membersOf(*schema.findClass(className))) {
+        if (member.isKey) keys.push_back(member.name);
+    }
+    return keys;
+}
+
+TEST(SchemaFiles, EachFileUsesWhatThoseBeforeItDeclare) {
+    const TestFolder folder;
+    const std::string base = folder.write("base.mof", "class Base {};");
+    const std::string derived = folder.write("derived.mof", "class Derived : Base {};");
+    EXPECT_EQ(readSchema({base, derived}).classes().size(), 2U);
+    EXPECT_THROW(readSchema({derived, base}), mof::MofError);
+}
+
+TEST(SchemaFiles, UnreadableFileIsWrongUsage) {
+    const TestFolder folder;
+    EXPECT_EQ(usageComplaint(folder.path("none.mof")),
+              "the schema file " + folder.path("none.mof") + " cannot be read (No such file or directory)");
+    EXPECT_THAT(usageComplaint(std::filesystem::temp_directory_path()), HasSubstr("cannot be read (Is a directory)"));
+}
+
+TEST(SchemaFiles, EndlessFileIsRefused) {
+    EXPECT_EQ(usageComplaint("/dev/zero"), "the schema file /dev/zero is larger than 16 MiB");
+}
+
+TEST(SchemaFiles, LastLineNeedsNoLineFeed) {
+    const TestFolder folder;
+    const std::string text = "class A {};" + std::string(8192, ' ') + "class B {};";
+    EXPECT_EQ(readSchema({folder.write("a.mof", text)}).classes().size(), 2U);
+}
+
+TEST(ShippedSchema, ClassesStandAloneWithNameAsTheOnlyKey) {
+    const mof::Schema schema = readSchema({kClasses});
+    ASSERT_EQ(schema.classes().size(), 2U);
+    for (const mof::Class& declaration : schema.classes()) {
+        EXPECT_EQ(declaration.superclass, "");
+        EXPECT_TRUE(declaration.methods.empty());
+        EXPECT_EQ(keysOf(schema, declaration.name), std::vector<std::string>{"Name"});
+    }
+    EXPECT_EQ(schema.findClass("TQS_NumericSensor")->properties.size(), 26U);
+    EXPECT_EQ(schema.findClass("TQS_SystemEventLog")->properties.size(), 12U);
+}
+
+TEST(ShippedSchema, EveryQualifierUsedIsDeclaredAndEveryDeclaredOneUsed) {
+    const mof::Schema schema = readSchema({kQualifiers, kClasses});
+    mof::Names used;
+    const auto note = [&](const std::vector<mof::Qualifier>& qualifiers) {
+        for (const mof::Qualifier& each : qualifiers) {
+            used.insert(each.name);
+            EXPECT_NE(schema.findQualifier(each.name), nullptr) << each.name;
+        }
+    };
+    for (const mof::Class& declaration : schema.classes()) {
+        note(declaration.qualifiers);
+        for (const mof::Property& property : declaration.properties) note(property.qualifiers);
+    }
+    EXPECT_EQ(used.size(), schema.qualifierCount());
+}
+
+TEST(ShippedSchema, EveryPropertyIsReadableAndDescribed) {
+    const mof::Schema schema = readSchema({kClasses});
+    for (const mof::Class& declaration : schema.classes()) {
+        for (const mof::Property& property : declaration.properties) {
+            EXPECT_TRUE(mof::isSet(property.qualifiers, "Read")) << property.name;
+            const mof::Qualifier* description = mof::findQualifier(property.qualifiers, "Description");
+            EXPECT_TRUE(description != nullptr && !description->value.value().text.empty()) << property.name;
+        }
+    }
+}
+
+TEST(ShippedSchema, EveryValueHasItsName) {
+    unsigned maps = 0;
+    const mof::Schema schema = readSchema({kClasses});
+    for (const mof::Class& declaration : schema.classes()) {
+        for (const mof::Property& property : declaration.properties) {
+            const mof::Qualifier* map = mof::findQualifier(property.qualifiers, "ValueMap");
+            if (map == nullptr) continue;
+            ++maps;
+            const mof::Qualifier* values = mof::findQualifier(property.qualifiers, "Values");
+            ASSERT_NE(values, nullptr) << property.name;
+            EXPECT_EQ(map->value.value().elements.size(), values->value.value().elements.size()) << property.name;
+        }
+    }
+    EXPECT_EQ(maps, 3U);  // BaseUnits, RateUnits and SensorType
+}
+
+}  // namespace
