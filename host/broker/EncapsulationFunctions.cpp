@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "broker/Dates.h"
+#include "broker/Names.h"
 #include "broker/Rendering.h"
 #include "broker/State.h"
 #include "broker/Values.h"

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "broker/Names.h"
 #include "broker/State.h"
 #include "broker/Values.h"
 

@@ -53,9 +53,6 @@ struct NamedValue {
 };
 bool operator==(const NamedValue& left, const NamedValue& right);
 
-// Whether two names are the same to CIM, which does not regard the case of ASCII letters.
-bool sameName(std::string_view left, std::string_view right);
-
 // Names of classes, keys, properties and namespaces compare without regard to case in CIM; these structures keep the
 // spelling that they were given, and == compares exactly, in order.
 struct ObjectPath {
@@ -89,12 +86,6 @@ struct Reply {
     std::vector<Value> data;
     unsigned doneCalls = 0;  // how often the provider called returnDone
 };
-
-// "CMPI_RC_ERR_FAILED" for 1; "CMPI_RC_<number>" for a number that CMPI does not name.
-std::string nameOfStatus(int rc);
-// CIM's word for a type as MOF writes it: "sint32", "string", "uint8[]"; chars counts as string. "type<number>" for a
-// code that has no word there.
-std::string nameOfType(CMPIType type);
 
 }  // namespace broker
 

@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include "broker/Names.h"
+
 namespace broker {
 namespace {
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "broker/Names.h"
+
 namespace broker {
 namespace {
 

@@ -98,10 +98,10 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
         return kWrongUsage;
     }
     refuseWrongOptions(grammar);
-    if (options.command == Command::Watch && options.className == kEventLogClass) {
+    if (options.request.command == Command::Watch && options.request.className == kEventLogClass) {
         throw UsageError(std::string("watch: ") + kEventLogClass + " has no readings; log shows it");
     }
-    if (options.command == Command::Log) options.className = kEventLogClass;
+    if (options.request.command == Command::Log) options.request.className = kEventLogClass;
     return std::nullopt;
 }
 

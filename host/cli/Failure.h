@@ -1,4 +1,4 @@
-// How the program ends, and the failures that decide it.
+// How the program ends, and the failure of its own that decides it.
 #ifndef ZELSENSORS_CLI_FAILURE_H
 #define ZELSENSORS_CLI_FAILURE_H
 
@@ -18,18 +18,6 @@ enum ExitCode : int {
 class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
-};
-
-// Our own output could not be written.
-class OutputError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-
-// Nobody reads it any more: the reader of a pipe has gone.
-class ReaderGone : public OutputError {
-  public:
-    using OutputError::OutputError;
 };
 
 }  // namespace host

@@ -117,16 +117,16 @@ CLI::App* addCommand(CLI::App& app, Options& options, Command command, const cha
     CLI::App* added = app.add_subcommand(nameOf(command), description)->group("Commands");
     // The program's serves: a second one of the command's own would hide it.
     added->set_help_flag();
-    added->callback([&options, command] { options.command = command; });
+    added->callback([&options, command] { options.request.command = command; });
     return added;
 }
 
 void addClassArgument(CLI::App* command, Options& options) {
-    command->add_option("CLASS", options.className, "CIM class")->type_name("")->capture_default_str();
+    command->add_option("CLASS", options.request.className, "CIM class")->type_name("")->capture_default_str();
 }
 
 CLI::Option* addNameArgument(CLI::App* command, Options& options) {
-    return command->add_option("NAME", options.instanceName, "Value of the key Name")->type_name("");
+    return command->add_option("NAME", options.request.instanceName, "Value of the key Name")->type_name("");
 }
 
 }  // namespace
@@ -158,7 +158,7 @@ void Grammar::addCommonOptions(Options& options) {
             "What the simulated chip library plays: a file (written with a slash), or a name from the folder of "
             "scenarios",
             options.scenario);
-    addText(m_app, "--namespace", "NAME", "CIM namespace", options.nameSpace);
+    addText(m_app, "--namespace", "NAME", "CIM namespace", options.request.nameSpace);
     addOption(m_app, "--format", "FORMAT", "Output format: table, json or mof (default: table)",
               [&options](const std::string& text) { options.format = formatIn(text); });
     addText(m_app, "--provider-output", "FILE|-",
@@ -171,9 +171,9 @@ void Grammar::addSpecialOptions(Options& options) {
     m_app.option_defaults()->group(kSpecialGroup);
     SpecialOptions& special = *m_special;
     special[addText(m_app, "--class", "CLASS", "CIM class of get, create, modify, delete and query",
-                    options.className)] = {"get", "create", "modify", "delete", "query"};
-    special[addText(m_app, "--language", "NAME", "The language that a query is written in", options.queryLanguage)] = {
-        "query"};
+                    options.request.className)] = {"get", "create", "modify", "delete", "query"};
+    special[addText(m_app, "--language", "NAME", "The language that a query is written in",
+                    options.request.queryLanguage)] = {"query"};
     special[addOption(m_app, "--interval", "SECONDS", "Seconds between two rounds of watch",
                       [&options](const std::string& text) { options.interval = intervalIn(text); })
                 ->default_str("2")] = {"watch"};
@@ -207,7 +207,7 @@ void Grammar::addWritingCommands(Options& options) {
     addNameArgument(addCommand(m_app, options, Command::Delete, "Ask for a removal, and show the refusal"), options)
         ->required();
     addCommand(m_app, options, Command::Query, "Send a query, and show the refusal")
-        ->add_option("TEXT", options.query, "The query")
+        ->add_option("TEXT", options.request.query, "The query")
         ->type_name("")
         ->required();
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/Options.h"
+#include "source/Session.h"
 
 namespace host {
 
@@ -21,14 +22,6 @@ struct OwnTree {
 std::string programFolder();
 
 OwnTree ownTree(const std::string& programFolder);
-
-// What is to be loaded, and with which scenario.
-struct Choice {
-    std::string provider;
-    std::string chip;      // a path; empty: the loader finds the system's
-    bool isChipSimulated;  // the tree's own simulated chip library
-    std::string scenario;  // a file; empty: as the environment says
-};
 
 // Throws UsageError for a scenario that is not there (the message lists those that are) or is no regular file, and for
 // a scenario without a simulated chip library.

@@ -19,6 +19,7 @@
 #include "text/Charset.h"
 #include "text/Output.h"
 #include "text/Utf8.h"
+#include "verify/SchemaError.h"
 #include "verify/SchemaFiles.h"
 #include "verify/Verify.h"
 #include "verify/VerifyFormat.h"
@@ -90,9 +91,10 @@ void report(const broker::Status& status, const Options& options, Streams& strea
 }
 
 int ask(const Options& options, const Choice& choice, Streams& streams) {
-    Session session(options, choice);
+    Session session(choice, options.providerName);
     streams.provider.endStart();
-    const Answer answer{options.command, options.nameSpace, options.className, session.request()};
+    const Request& request = options.request;
+    const Answer answer{request.command, request.nameSpace, request.className, session.ask(request)};
     streams.output.write(textOf(answer, options.format, chipNote(choice), streams.output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return kFine;
     report(answer.reply.status, options, streams);
@@ -100,10 +102,10 @@ int ask(const Options& options, const Choice& choice, Streams& streams) {
 }
 
 int askAgain(const Options& options, const Choice& choice, Streams& streams) {
-    Session session(options, choice);
+    Session session(choice, options.providerName);
     streams.provider.endStart();
     const WatchOutcome outcome = watch(
-        options, chipNote(choice), [&session] { return session.request(); }, streams.output);
+        options, chipNote(choice), [&] { return session.ask(options.request); }, streams.output);
     if (outcome.failedRounds == 0) return kFine;
     tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
                              " rounds failed; the last failure was:\n");
@@ -115,13 +117,13 @@ int verifyAnswers(const Options& options, const Choice& choice, const std::vecto
                   Streams& streams) {
     if (options.format == Format::Mof) throw UsageError("verify has no MOF format");
     const mof::Schema schema = readSchema(files);
-    Session session(options, choice);
+    Session session(choice, options.providerName);
     streams.provider.endStart();
     broker::InstanceProvider& provider = session.provider();
     const Questions questions{[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
                               [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
                               [&](const broker::ObjectPath& path) { return provider.getInstance(path); }};
-    const Verification verification = verify(schema, options.nameSpace, questions);
+    const Verification verification = verify(schema, options.request.nameSpace, questions);
     streams.output.write(options.format == Format::Json
                              ? verificationJson(verification)
                              : shownIn(streams.output.charset(), verificationText(verification)));
@@ -139,14 +141,16 @@ int runReported(const Options& options, const OwnTree& tree, Streams& streams) {
     try {
         const Choice choice = choose(options, tree);
         if (!choice.scenario.empty()) setenv("ZELCHIP_SCENARIO", choice.scenario.c_str(), 1);
-        if (options.command == Command::Verify) {
+        if (options.request.command == Command::Verify) {
             return verifyAnswers(options, choice, schemaFiles(options, tree), streams);
         }
-        const auto run = options.command == Command::Watch ? askAgain : ask;
+        const auto run = options.request.command == Command::Watch ? askAgain : ask;
         return run(options, choice, streams);
     } catch (const ReaderGone&) {
         return kReaderGone;
     } catch (const UsageError& failure) {
+        return complain(errors, failure, kWrongUsage);
+    } catch (const SchemaError& failure) {
         return complain(errors, failure, kWrongUsage);
     } catch (const mof::MofError& failure) {
         return complain(errors, failure, kWrongUsage);

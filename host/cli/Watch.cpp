@@ -10,18 +10,14 @@
 #include <ctime>
 #include <optional>
 
-#include "cli/Failure.h"
 #include "format/JsonFormat.h"
 #include "format/MofFormat.h"
-#include "text/TextTable.h"
-#include "text/Utf8.h"
+#include "format/WatchFormat.h"
 
 namespace host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr std::size_t kBarCells = 24;
 
 volatile std::sig_atomic_t interrupted = 0;  // the signal's number
 
@@ -95,20 +91,6 @@ class Screen {
     Output& m_output;
 };
 
-const char* colourOf(Severity severity) {
-    switch (severity) {
-        case Severity::Normal:
-            return "";
-        case Severity::NonCritical:
-            return "\x1b[33m";
-        case Severity::Critical:
-            return "\x1b[31m";
-        case Severity::Fatal:
-            return "\x1b[1;31m";
-    }
-    return "";
-}
-
 std::string localTime() {
     const std::time_t now = std::time(nullptr);
     std::tm parts{};
@@ -118,61 +100,11 @@ std::string localTime() {
     return text.data();
 }
 
-std::string plainText(const std::vector<WatchLine>& lines) {
-    std::string text;
-    for (const WatchLine& line : lines) text += line.text + '\n';
-    return text + '\n';
-}
-
 std::string headOf(unsigned round, const std::string& note) {
     return localTime() + "  round " + std::to_string(round) + "  " + note;
 }
 
 }  // namespace
-
-std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head, Charset charset) {
-    TextTable table({{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Between its limits"}}, charset);
-    std::vector<Severity> severities;
-    std::size_t past = 0;
-    for (const broker::Instance& instance : answer.reply.instances) {
-        const std::optional<SensorView> sensor = SensorView::of(instance);
-        if (!sensor) continue;
-        const SensorState state = stateOf(*sensor);
-        table.add(
-            {printable(sensor->name), sensor->withUnit(sensor->reading), state.word(), limitsBar(*sensor, kBarCells)});
-        severities.push_back(state.severity);
-        if (state.severity != Severity::Normal) ++past;
-    }
-    const bool isFine = answer.reply.status.rc == CMPI_RC_OK;
-    std::vector<WatchLine> lines;
-    lines.push_back({shownIn(charset, head)});
-    const std::string status =
-        "Status " + statusText(answer.reply.status) + (isFine || severities.empty() ? "" : " (incomplete)") +
-        "; sensors: " + std::to_string(severities.size()) + ", past a threshold: " + std::to_string(past);
-    lines.push_back({shownIn(charset, status), isFine ? Severity::Normal : Severity::Critical});
-    const std::vector<std::string> rows = table.lines();
-    lines.push_back({rows.front()});
-    for (std::size_t i = 0; i < severities.size(); ++i) lines.push_back({rows.at(i + 1), severities[i]});
-    return lines;
-}
-
-std::string drawn(const std::vector<WatchLine>& lines, Output::Size size, bool inColour) {
-    std::vector<WatchLine> shown = lines;
-    // The cursor takes the line after the last.
-    const std::size_t room = size.lines > 1 ? size.lines - 1 : lines.size();
-    if (shown.size() > room) {
-        shown.resize(room);
-        shown.back() = {"... " + std::to_string(lines.size() - room + 1) + " more, for which there is no room"};
-    }
-    std::string text = "\x1b[H";
-    for (const WatchLine& line : shown) {
-        const std::string cut = size.columns > 0 ? cutToColumns(line.text, size.columns) : line.text;
-        const std::string colour = inColour ? colourOf(line.severity) : "";
-        text += colour.empty() ? cut : colour + cut + "\x1b[0m";
-        text += "\x1b[K\n";
-    }
-    return text + "\x1b[J";
-}
 
 WatchOutcome watch(const Options& options, const std::string& note, const std::function<broker::Reply()>& ask,
                    Output& output) {
@@ -182,7 +114,7 @@ WatchOutcome watch(const Options& options, const std::string& note, const std::f
     const std::chrono::nanoseconds interval(static_cast<std::int64_t>(options.interval * 1e9));
     WatchOutcome outcome;
     for (Clock::time_point next = Clock::now();;) {
-        const Answer answer{options.command, options.nameSpace, options.className, ask()};
+        const Answer answer{options.request.command, options.request.nameSpace, options.request.className, ask()};
         ++outcome.rounds;
         if (answer.reply.status.rc != CMPI_RC_OK) {
             ++outcome.failedRounds;

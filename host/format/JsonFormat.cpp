@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "broker/Names.h"
+
 namespace host {
 namespace {
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "broker/Names.h"
 #include "format/ValueText.h"
 #include "health/SensorView.h"
 #include "text/TextTable.h"
@@ -131,12 +132,6 @@ std::string instancesTextOf(const Answer& answer, Charset charset) {
 }
 
 }  // namespace
-
-std::string statusText(const broker::Status& status) {
-    std::string text = std::to_string(status.rc) + ' ' + broker::nameOfStatus(status.rc);
-    if (status.message) text += ": " + printable(*status.message);
-    return text;
-}
 
 std::string tableText(const Answer& answer, Charset charset) {
     const broker::Reply& reply = answer.reply;

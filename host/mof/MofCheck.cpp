@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "broker/Model.h"
+#include "broker/Names.h"
 
 namespace mof {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "mof/MofError.h"
 #include "mof/MofNumber.h"
-#include "mof/MofReader.h"
 #include "text/Utf8.h"
 
 namespace mof {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "broker/Model.h"
+#include "broker/Names.h"
 #include "mof/MofCheck.h"
 
 namespace mof {
@@ -26,7 +26,7 @@ const Names kScopes{"class",     "association", "indication", "qualifier", "prop
 }  // namespace
 
 Parser::Parser(std::string_view text, const std::string& file, Schema& schema)
-    : m_lexer(text, file), m_schema(schema), m_token(m_lexer.next()) {}
+    : ValueParser(text, file), m_schema(schema) {}
 
 void Parser::parse() {
     while (m_token.kind != Token::Kind::End) declaration();

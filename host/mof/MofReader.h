@@ -2,19 +2,13 @@
 #ifndef ZELSENSORS_MOF_MOFREADER_H
 #define ZELSENSORS_MOF_MOFREADER_H
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "mof/MofError.h"
 #include "mof/Schema.h"
 
 namespace mof {
-
-// The text cannot be read; what() is "file:line: what is wrong", in one line fit for a terminal.
-class MofError : public std::runtime_error {
-  public:
-    MofError(const std::string& file, unsigned line, const std::string& what);
-};
 
 // The declarations of a MOF text, added to those that were read before it. `file` only names the text in errors. Read
 // are qualifier and class declarations (CIM 2 syntax); pragmas are skipped. Refused are #pragma include, instance

@@ -1,13 +1,16 @@
-// The parser's rules for qualifier lists and values, and its way with tokens.
+#include "mof/MofValues.h"
+
 #include <utility>
 
-#include "broker/Model.h"
+#include "broker/Names.h"
 #include "mof/MofCheck.h"
-#include "mof/MofParser.h"
 
 namespace mof {
 
-std::vector<Qualifier> Parser::qualifierList() {
+ValueParser::ValueParser(std::string_view text, const std::string& file)
+    : m_lexer(text, file), m_token(m_lexer.next()) {}
+
+std::vector<Qualifier> ValueParser::qualifierList() {
     std::vector<Qualifier> qualifiers;
     if (!takeSymbol('[')) return qualifiers;
     Names names;
@@ -20,7 +23,7 @@ std::vector<Qualifier> Parser::qualifierList() {
     return qualifiers;
 }
 
-Qualifier Parser::qualifier() {
+Qualifier ValueParser::qualifier() {
     Qualifier qualifier;
     qualifier.line = m_token.line;
     qualifier.name = expectName("a qualifier's name");
@@ -34,7 +37,7 @@ Qualifier Parser::qualifier() {
     return qualifier;
 }
 
-std::vector<std::string> Parser::flavors() {
+std::vector<std::string> ValueParser::flavors() {
     std::vector<std::string> flavors;
     do {
         const bool isFlavor = m_token.kind == Token::Kind::Word && flavorWords().count(m_token.text) != 0;
@@ -44,7 +47,7 @@ std::vector<std::string> Parser::flavors() {
     return flavors;
 }
 
-std::optional<Literal> Parser::defaultValue(CMPIType type, const std::string& name) {
+std::optional<Literal> ValueParser::defaultValue(CMPIType type, const std::string& name) {
     const unsigned line = m_token.line;
     if (!takeSymbol('=')) return std::nullopt;
     Literal literal = value();
@@ -54,11 +57,11 @@ std::optional<Literal> Parser::defaultValue(CMPIType type, const std::string& na
     return literal;
 }
 
-Literal Parser::value() {
+Literal ValueParser::value() {
     return isSymbol('{') ? list() : scalar();
 }
 
-Literal Parser::list() {
+Literal ValueParser::list() {
     Literal list;
     list.kind = Literal::Kind::List;
     take();
@@ -71,7 +74,7 @@ Literal Parser::list() {
     return list;
 }
 
-Literal Parser::scalar() {
+Literal ValueParser::scalar() {
     Literal literal;
     if (m_token.kind == Token::Kind::Number || m_token.kind == Token::Kind::Character) return take().literal;
     if (m_token.kind == Token::Kind::Text) {
@@ -86,47 +89,47 @@ Literal Parser::scalar() {
     return literal;
 }
 
-std::string Parser::text() {
+std::string ValueParser::text() {
     if (m_token.kind != Token::Kind::Text) failExpected("a text in double quotes");
     std::string text;
     while (m_token.kind == Token::Kind::Text) text += take().text;
     return text;
 }
 
-bool Parser::isSymbol(char symbol) const {
+bool ValueParser::isSymbol(char symbol) const {
     return m_token.kind == Token::Kind::Symbol && m_token.text[0] == symbol;
 }
 
-bool Parser::isWord(std::string_view word) const {
+bool ValueParser::isWord(std::string_view word) const {
     return m_token.kind == Token::Kind::Word && broker::sameName(m_token.text, word);
 }
 
-bool Parser::takeSymbol(char symbol) {
+bool ValueParser::takeSymbol(char symbol) {
     if (!isSymbol(symbol)) return false;
     take();
     return true;
 }
 
-bool Parser::takeWord(std::string_view word) {
+bool ValueParser::takeWord(std::string_view word) {
     if (!isWord(word)) return false;
     take();
     return true;
 }
 
-Token Parser::take() {
+Token ValueParser::take() {
     return std::exchange(m_token, m_lexer.next());
 }
 
-void Parser::expectSymbol(char symbol, const std::string& where) {
+void ValueParser::expectSymbol(char symbol, const std::string& where) {
     if (!takeSymbol(symbol)) failExpected(std::string("\"") + symbol + (where.empty() ? "\"" : "\" " + where));
 }
 
-std::string Parser::expectName(const std::string& what) {
+std::string ValueParser::expectName(const std::string& what) {
     if (m_token.kind != Token::Kind::Word) failExpected(what);
     return take().text;
 }
 
-void Parser::failExpected(const std::string& what) const {
+void ValueParser::failExpected(const std::string& what) const {
     m_lexer.fail(m_token.line, "expected " + what + ", found " + described(m_token));
 }
 

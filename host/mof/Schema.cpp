@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "broker/Model.h"
+#include "broker/Names.h"
 
 namespace mof {
 namespace {

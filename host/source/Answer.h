@@ -4,7 +4,7 @@
 #include <string>
 
 #include "broker/Model.h"
-#include "cli/Options.h"
+#include "source/Request.h"
 
 namespace host {
 

@@ -14,17 +14,14 @@ ChipLibrary::~ChipLibrary() {
     if (m_handle != nullptr) dlclose(m_handle);
 }
 
-Session::Session(const Options& options, const Choice& choice)
-    : m_options(options),
-      m_chip(choice.chip),
-      m_library(choice.provider),
-      m_provider(m_library, options.providerName, m_broker) {}
+Session::Session(const Choice& choice, const std::string& providerName)
+    : m_chip(choice.chip), m_library(choice.provider), m_provider(m_library, providerName, m_broker) {}
 
-broker::Reply Session::request() {
-    const broker::ObjectPath classPath{"", m_options.nameSpace, m_options.className, {}};
+broker::Reply Session::ask(const Request& request) {
+    const broker::ObjectPath classPath{"", request.nameSpace, request.className, {}};
     broker::ObjectPath path = classPath;
-    path.keys.push_back({"Name", broker::Value::ofText(m_options.instanceName)});
-    switch (m_options.command) {
+    path.keys.push_back({"Name", broker::Value::ofText(request.instanceName)});
+    switch (request.command) {
         case Command::Names:
             return m_provider.enumerateInstanceNames(classPath);
         case Command::Instances:
@@ -40,7 +37,7 @@ broker::Reply Session::request() {
         case Command::Delete:
             return m_provider.deleteInstance(path);
         case Command::Query:
-            return m_provider.execQuery(classPath, m_options.query, m_options.queryLanguage);
+            return m_provider.execQuery(classPath, request.query, request.queryLanguage);
         case Command::Verify:
             break;  // many requests, made through provider()
     }

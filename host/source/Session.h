@@ -5,10 +5,17 @@
 
 #include "broker/Broker.h"
 #include "broker/ProviderLibrary.h"
-#include "cli/Locations.h"
-#include "cli/Options.h"
+#include "source/Request.h"
 
 namespace host {
+
+// What is to be loaded, and with which scenario.
+struct Choice {
+    std::string provider;
+    std::string chip;      // a path; empty: the loader finds the system's
+    bool isChipSimulated;  // the tree's own simulated chip library
+    std::string scenario;  // a file; empty: as the environment says
+};
 
 // The chip library, loaded before the provider: a library that needs libzelchip.so.0 gets the one that is there
 // already.
@@ -27,17 +34,16 @@ class ChipLibrary {
 // A loaded and initialised provider, as long as it is asked. The end cleans it up and unloads it.
 class Session {
   public:
-    // Throws broker::LoadError.
-    Session(const Options& options, const Choice& choice);
+    // `providerName` is the name that the provider's factory bears. Throws broker::LoadError.
+    Session(const Choice& choice, const std::string& providerName);
 
-    // One request, as the options ask. The answer stays valid after the session.
-    broker::Reply request();
+    // The answer stays valid after the session.
+    broker::Reply ask(const Request& request);
 
     // For requests of other kinds, as long as the session.
     broker::InstanceProvider& provider() { return m_provider; }
 
   private:
-    const Options& m_options;
     ChipLibrary m_chip;
     broker::Broker m_broker;
     broker::ProviderLibrary m_library;

@@ -9,8 +9,6 @@
 #include <cstring>
 #include <string>
 
-#include "cli/Failure.h"
-
 namespace host {
 
 void Output::write(std::string_view text) {

@@ -2,11 +2,24 @@
 #define ZELSENSORS_TEXT_OUTPUT_H
 
 #include <cstddef>
+#include <stdexcept>
 #include <string_view>
 
 #include "text/Charset.h"
 
 namespace host {
+
+// Our own output could not be written.
+class OutputError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Nobody reads it any more: the reader of a pipe has gone.
+class ReaderGone : public OutputError {
+  public:
+    using OutputError::OutputError;
+};
 
 // Writes to a descriptor, which stays its owner's.
 class Output {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "broker/Names.h"
 #include "format/ValueText.h"
 #include "text/Utf8.h"
 

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <utility>
 
-#include "cli/Failure.h"
 #include "mof/MofReader.h"
+#include "verify/SchemaError.h"
 
 namespace host {
 namespace {
@@ -21,9 +21,9 @@ std::string contentsOf(const std::string& file) {
     std::array<char, 4096> block{};
     while (stream.read(block.data(), block.size()) || stream.gcount() > 0) {
         contents.append(block.data(), static_cast<std::size_t>(stream.gcount()));
-        if (contents.size() > kLargestFile) throw UsageError("the schema file " + file + " is larger than 16 MiB");
+        if (contents.size() > kLargestFile) throw SchemaError("the schema file " + file + " is larger than 16 MiB");
     }
-    if (!stream.eof()) throw UsageError("the schema file " + file + " cannot be read (" + std::strerror(errno) + ")");
+    if (!stream.eof()) throw SchemaError("the schema file " + file + " cannot be read (" + std::strerror(errno) + ")");
     return contents;
 }
 

@@ -8,7 +8,7 @@
 
 namespace host {
 
-// What the MOF files declare, read in that order. Throws UsageError for a file that cannot be read or is larger than
+// What the MOF files declare, read in that order. Throws SchemaError for a file that cannot be read or is larger than
 // 16 MiB, and mof::MofError for one whose text is wrong.
 mof::Schema readSchema(const std::vector<std::string>& files);
 

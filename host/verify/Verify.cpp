@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "cli/Failure.h"
 #include "format/ValueText.h"
 #include "source/Answer.h"
 #include "text/Utf8.h"
 #include "verify/Conformance.h"
+#include "verify/SchemaError.h"
 
 namespace host {
 namespace {
@@ -113,7 +113,7 @@ Verification verify(const mof::Schema& schema, const std::string& nameSpace, con
         ExpectedClass expected{nameSpace, declaration.name, schema.membersOf(declaration)};
         verification.classes.push_back(ClassVerifier(std::move(expected), questions, verification).verified());
     }
-    if (verification.classes.empty()) throw UsageError("the schema declares no class that can have instances");
+    if (verification.classes.empty()) throw SchemaError("the schema declares no class that can have instances");
     return verification;
 }
 

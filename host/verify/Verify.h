@@ -43,7 +43,7 @@ struct Verification {
     bool conforms() const;  // no problem anywhere
 };
 
-// Asks for the names, the instances, and each single instance of every class that is not abstract. Throws UsageError
+// Asks for the names, the instances, and each single instance of every class that is not abstract. Throws SchemaError
 // where the schema has no such class.
 Verification verify(const mof::Schema& schema, const std::string& nameSpace, const Questions& questions);
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 
-#include "cli/Options.h"
+#include "source/Request.h"
 
 namespace host {
 namespace {

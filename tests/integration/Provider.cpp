@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "broker/Names.h"
+
 std::string format(const char* form, ...) {
     char text[1024];
     va_list arguments;

@@ -1,5 +1,7 @@
 #include "CimText.h"
 
+#include "broker/Names.h"
+
 namespace {
 
 std::string typeWord(CMPIType type) {

@@ -1,4 +1,5 @@
 #include "BrokerFixture.h"
+#include "broker/Names.h"
 
 using broker::RecordedCall;
 using broker::Value;

@@ -46,9 +46,9 @@ void expectWrongUsage(const std::vector<const char*>& arguments, const std::stri
 TEST(CommandLine, Defaults) {
     const Read result = read({"instances"});
     ASSERT_EQ(result.ended, std::nullopt) << result.errors;
-    EXPECT_EQ(result.options.command, Command::Instances);
-    EXPECT_EQ(result.options.className, "TQS_NumericSensor");
-    EXPECT_EQ(result.options.nameSpace, "root/cimv2");
+    EXPECT_EQ(result.options.request.command, Command::Instances);
+    EXPECT_EQ(result.options.request.className, "TQS_NumericSensor");
+    EXPECT_EQ(result.options.request.nameSpace, "root/cimv2");
     EXPECT_EQ(result.options.providerName, "SensorProvider");
     EXPECT_EQ(result.options.format, Format::Table);
     EXPECT_EQ(result.options.provider + result.options.chip + result.options.scenario + result.options.providerOutput,
@@ -56,45 +56,45 @@ TEST(CommandLine, Defaults) {
 }
 
 TEST(CommandLine, ClassOfNamesAndInstances) {
-    EXPECT_EQ(read({"names", "TQS_SystemEventLog"}).options.className, "TQS_SystemEventLog");
-    EXPECT_EQ(read({"names"}).options.command, Command::Names);
-    EXPECT_EQ(read({"instances", "X"}).options.className, "X");
+    EXPECT_EQ(read({"names", "TQS_SystemEventLog"}).options.request.className, "TQS_SystemEventLog");
+    EXPECT_EQ(read({"names"}).options.request.command, Command::Names);
+    EXPECT_EQ(read({"instances", "X"}).options.request.className, "X");
 }
 
 TEST(CommandLine, GetTakesANameAndAClass) {
     const Options options = read({"get", "CPU(0000001a)", "--class", "X"}).options;
-    EXPECT_EQ(options.command, Command::Get);
-    EXPECT_EQ(options.instanceName, "CPU(0000001a)");
-    EXPECT_EQ(options.className, "X");
-    EXPECT_EQ(read({"get", "--", "-5 V(00000001)"}).options.instanceName, "-5 V(00000001)");
+    EXPECT_EQ(options.request.command, Command::Get);
+    EXPECT_EQ(options.request.instanceName, "CPU(0000001a)");
+    EXPECT_EQ(options.request.className, "X");
+    EXPECT_EQ(read({"get", "--", "-5 V(00000001)"}).options.request.instanceName, "-5 V(00000001)");
 }
 
 TEST(CommandLine, LogAsksForTheEventLogsClass) {
-    EXPECT_EQ(read({"log"}).options.command, Command::Log);
-    EXPECT_EQ(read({"log"}).options.className, "TQS_SystemEventLog");
+    EXPECT_EQ(read({"log"}).options.request.command, Command::Log);
+    EXPECT_EQ(read({"log"}).options.request.className, "TQS_SystemEventLog");
 }
 
 TEST(CommandLine, WatchTakesIntervalAndCount) {
     const Options options = read({"watch", "--interval", "0.5", "--count", "3"}).options;
-    EXPECT_EQ(options.command, Command::Watch);
+    EXPECT_EQ(options.request.command, Command::Watch);
     EXPECT_EQ(options.interval, 0.5);
     EXPECT_EQ(options.rounds, 3U);
     EXPECT_EQ(read({"watch"}).options.rounds, 0U);
 }
 
 TEST(CommandLine, WritingCommands) {
-    EXPECT_EQ(read({"create"}).options.command, Command::Create);
-    EXPECT_EQ(read({"modify", "N"}).options.command, Command::Modify);
-    EXPECT_EQ(read({"delete", "N"}).options.command, Command::Delete);
+    EXPECT_EQ(read({"create"}).options.request.command, Command::Create);
+    EXPECT_EQ(read({"modify", "N"}).options.request.command, Command::Modify);
+    EXPECT_EQ(read({"delete", "N"}).options.request.command, Command::Delete);
     const Options options = read({"query", "SELECT * FROM X", "--language", "CQL"}).options;
-    EXPECT_EQ(options.command, Command::Query);
-    EXPECT_EQ(options.query, "SELECT * FROM X");
-    EXPECT_EQ(options.queryLanguage, "CQL");
-    EXPECT_EQ(read({"query", "x"}).options.queryLanguage, "WQL");
+    EXPECT_EQ(options.request.command, Command::Query);
+    EXPECT_EQ(options.request.query, "SELECT * FROM X");
+    EXPECT_EQ(options.request.queryLanguage, "CQL");
+    EXPECT_EQ(read({"query", "x"}).options.request.queryLanguage, "WQL");
 }
 
 TEST(CommandLine, VerifyTakesSchemaFilesInTheirOrder) {
-    EXPECT_EQ(read({"verify"}).options.command, Command::Verify);
+    EXPECT_EQ(read({"verify"}).options.request.command, Command::Verify);
     EXPECT_TRUE(read({"verify"}).options.schema.empty());
     EXPECT_EQ(read({"verify", "--schema", "q.mof", "--schema", "a.mof"}).options.schema,
               (std::vector<std::string>{"q.mof", "a.mof"}));
@@ -109,7 +109,7 @@ TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
     EXPECT_EQ(options.providerName, "N");
     EXPECT_EQ(options.chip, "/c");
     EXPECT_EQ(options.scenario, "s");
-    EXPECT_EQ(options.nameSpace, "root");
+    EXPECT_EQ(options.request.nameSpace, "root");
     EXPECT_EQ(options.format, Format::Json);
     EXPECT_EQ(options.providerOutput, "-");
     EXPECT_EQ(read({"log", "--format", "mof"}).options.format, Format::Mof);
@@ -118,18 +118,18 @@ TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
 
 TEST(CommandLine, OptionsOfOneCommandBeforeAndAfterIt) {
     const Options watch = read({"--interval", "1", "--count", "7", "watch"}).options;
-    EXPECT_EQ(watch.command, Command::Watch);
+    EXPECT_EQ(watch.request.command, Command::Watch);
     EXPECT_EQ(watch.interval, 1);
     EXPECT_EQ(watch.rounds, 7U);
     for (const char* command : {"get", "create", "modify", "delete"}) {
         const Read result = read({"--class", "X", command, "Y"});
         EXPECT_EQ(result.ended, std::nullopt) << result.errors;
-        EXPECT_EQ(result.options.className, "X") << command;
-        EXPECT_EQ(result.options.instanceName, "Y") << command;
+        EXPECT_EQ(result.options.request.className, "X") << command;
+        EXPECT_EQ(result.options.request.instanceName, "Y") << command;
     }
     const Options query = read({"--language", "CQL", "query", "text", "--class", "X"}).options;
-    EXPECT_EQ(query.queryLanguage, "CQL");
-    EXPECT_EQ(query.className, "X");
+    EXPECT_EQ(query.request.queryLanguage, "CQL");
+    EXPECT_EQ(query.request.className, "X");
     EXPECT_EQ(read({"--schema", "q.mof", "verify", "--schema", "a.mof"}).options.schema,
               (std::vector<std::string>{"q.mof", "a.mof"}));
 }
@@ -144,10 +144,10 @@ TEST(CommandLine, OptionOfAnotherCommandIsRefusedWhereverItStands) {
 }
 
 TEST(CommandLine, CommandsWordIsAnOrdinaryArgumentAfterTheCommand) {
-    EXPECT_EQ(read({"get", "log"}).options.instanceName, "log");
-    EXPECT_EQ(read({"get", "help"}).options.instanceName, "help");
-    EXPECT_EQ(read({"names", "version"}).options.className, "version");
-    EXPECT_EQ(read({"names", "version"}).options.command, Command::Names);
+    EXPECT_EQ(read({"get", "log"}).options.request.instanceName, "log");
+    EXPECT_EQ(read({"get", "help"}).options.request.instanceName, "help");
+    EXPECT_EQ(read({"names", "version"}).options.request.className, "version");
+    EXPECT_EQ(read({"names", "version"}).options.request.command, Command::Names);
 }
 
 TEST(CommandLine, UnknownWordsAreNamedWithWhatMayBeMeant) {

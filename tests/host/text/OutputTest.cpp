@@ -7,7 +7,6 @@
 #include <string>
 #include <thread>
 
-#include "cli/Failure.h"
 #include "text/Output.h"
 
 namespace {

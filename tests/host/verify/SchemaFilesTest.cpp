@@ -3,8 +3,8 @@
 
 #include "Scenarios.h"
 #include "broker/Model.h"
-#include "cli/Failure.h"
 #include "mof/MofReader.h"
+#include "verify/SchemaError.h"
 #include "verify/SchemaFiles.h"
 
 namespace {
@@ -18,7 +18,7 @@ constexpr const char* kClasses = SCHEMA "/tqs.mof";
 std::string usageComplaint(const std::string& file) {
     try {
         readSchema({file});
-    } catch (const host::UsageError& error) {
+    } catch (const host::SchemaError& error) {
         return error.what();
     }
     return "";

@@ -28,11 +28,10 @@ TEST_F(VerifyDrivesTest, DriveSensorsConform) {
             drives::attach(node, {}, 313);
         }
         setenv("ZELCHIP_SCENARIO", SCENARIOS "/grebel-drives.toml", 1);
-        const host::Options options;
-        host::Session session(options, {PROVIDER, CHIP, true, ""});
+        host::Session session({PROVIDER, CHIP, true, ""}, "SensorProvider");
         broker::InstanceProvider& provider = session.provider();
         const host::Verification verification =
-            host::verify(host::readSchema({SCHEMA "/qualifiers.mof", SCHEMA "/tqs.mof"}), options.nameSpace,
+            host::verify(host::readSchema({SCHEMA "/qualifiers.mof", SCHEMA "/tqs.mof"}), "root/cimv2",
                          {[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
                           [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
                           [&](const broker::ObjectPath& path) { return provider.getInstance(path); }});

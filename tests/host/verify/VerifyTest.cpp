@@ -4,8 +4,8 @@
 #include <nlohmann/json.hpp>
 
 #include "Instances.h"
-#include "cli/Failure.h"
 #include "mof/MofReader.h"
+#include "verify/SchemaError.h"
 #include "verify/Verify.h"
 #include "verify/VerifyFormat.h"
 
@@ -69,8 +69,8 @@ TEST_F(VerifyTest, AsksForNamesInstancesAndEachSingleInstance) {
 TEST_F(VerifyTest, AbstractClassesAreNotAskedFor) {
     verified("[Abstract] class Base { [Key] string Name; }; class Thing : Base { sint32 Reading; };");
     EXPECT_EQ(m_asked.front(), "names root/cimv2:Thing");
-    EXPECT_THROW(verified("[Abstract] class Base {};"), host::UsageError);
-    EXPECT_THROW(verified(""), host::UsageError);
+    EXPECT_THROW(verified("[Abstract] class Base {};"), host::SchemaError);
+    EXPECT_THROW(verified(""), host::SchemaError);
 }
 
 TEST_F(VerifyTest, FaultInANameIsAProblem) {

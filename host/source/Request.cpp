@@ -1,4 +1,4 @@
-#include "cli/Options.h"
+#include "source/Request.h"
 
 namespace host {
 

@@ -1,0 +1,28 @@
+// What is asked of a provider.
+#ifndef ZELSENSORS_SOURCE_REQUEST_H
+#define ZELSENSORS_SOURCE_REQUEST_H
+
+#include <string>
+
+namespace host {
+
+enum class Command { Names, Instances, Get, Log, Watch, Create, Modify, Delete, Query, Verify };
+
+// The command's word on the command line.
+const char* nameOf(Command command);
+
+constexpr const char* kSensorClass = "TQS_NumericSensor";
+constexpr const char* kEventLogClass = "TQS_SystemEventLog";
+
+struct Request {
+    Command command = Command::Instances;
+    std::string nameSpace = "root/cimv2";
+    std::string className = kSensorClass;
+    std::string instanceName;  // the key "Name", of get, create, modify and delete
+    std::string query;
+    std::string queryLanguage = "WQL";
+};
+
+}  // namespace host
+
+#endif
