@@ -2,17 +2,31 @@
 #ifndef ZELSENSORS_CHIPSIM_WORDS_H
 #define ZELSENSORS_CHIPSIM_WORDS_H
 
+#include <cstddef>
 #include <string_view>
-#include <vector>
 
 struct Word {
     std::string_view word;
     int number;
 };
 
+// The words of a constant table, which must outlive the list.
+class WordList {
+  public:
+    template <std::size_t Count>
+    constexpr WordList(const Word (&words)[Count]) : m_words(words), m_count(Count) {}
+
+    const Word* begin() const { return m_words; }
+    const Word* end() const { return m_words + m_count; }
+
+  private:
+    const Word* m_words;
+    std::size_t m_count;
+};
+
 // Constant tables, the codes of CIM_Sensor.SensorType, CIM_NumericSensor.BaseUnits and CIM_NumericSensor.RateUnits.
-const std::vector<Word>& sensorTypeWords();
-const std::vector<Word>& baseUnitsWords();
-const std::vector<Word>& rateUnitsWords();
+WordList sensorTypeWords();
+WordList baseUnitsWords();
+WordList rateUnitsWords();
 
 #endif

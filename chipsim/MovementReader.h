@@ -1,0 +1,30 @@
+#ifndef ZELSENSORS_CHIPSIM_MOVEMENTREADER_H
+#define ZELSENSORS_CHIPSIM_MOVEMENTREADER_H
+
+#include <cstdint>
+#include <optional>
+
+#include "Movement.h"
+#include "TableReader.h"
+
+enum class MovementKind;
+
+// Reads from a [[sensor]] table how the sensor's reading moves.
+class MovementReader {
+  public:
+    // Throws ScenarioError.
+    MovementReader(const TableReader& sensor, std::uint64_t seed);
+
+    // For one of the table's sensors: `copy` counts them from 0.
+    Movement movementOf(unsigned handle, std::uint64_t copy) const;
+
+  private:
+    void readSteps(const TableReader& reading);
+    void readValues(const TableReader& reading, MovementKind kind);
+
+    std::uint64_t m_seed;
+    Movement m_movement;
+    std::optional<WalkBounds> m_walk;  // each copy walks on its own
+};
+
+#endif

@@ -1,0 +1,12 @@
+#ifndef ZELSENSORS_CHIPSIM_SCENARIOERROR_H
+#define ZELSENSORS_CHIPSIM_SCENARIOERROR_H
+
+#include <stdexcept>
+
+// Why a scenario cannot be used: one line of text, "file:line: what is wrong, expected what".
+class ScenarioError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+#endif
