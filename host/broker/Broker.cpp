@@ -1,6 +1,6 @@
 #include "broker/Broker.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "broker/State.h"
 #include "broker/Values.h"
@@ -15,32 +15,20 @@ const CMPIBroker* Broker::handle() const {
 }
 
 void Broker::planFault(const std::string& slot, unsigned nth, Fault fault, CMPIrc rc) {
-    const std::lock_guard lock(m_state->watchMutex);
-    m_state->plans.push_back({slot, std::max(nth, 1U), fault, rc});
-    m_state->updateWatched();
+    m_state->watch.planFault(slot, nth, fault, rc);
 }
-
 void Broker::clearFaults() {
-    const std::lock_guard lock(m_state->watchMutex);
-    m_state->plans.clear();
-    m_state->updateWatched();
+    m_state->watch.clearFaults();
 }
-
 std::size_t Broker::faultsLeft() const {
-    const std::lock_guard lock(m_state->watchMutex);
-    return m_state->plans.size();
+    return m_state->watch.faultsLeft();
 }
 
 void Broker::startRecording() {
-    const std::lock_guard lock(m_state->watchMutex);
-    m_state->calls.clear();
-    m_state->isRecording = true;
-    m_state->updateWatched();
+    m_state->watch.startRecording();
 }
-
 std::vector<RecordedCall> Broker::recordedCalls() const {
-    const std::lock_guard lock(m_state->watchMutex);
-    return m_state->calls;
+    return m_state->watch.recordedCalls();
 }
 
 std::size_t Broker::liveObjects() const {
@@ -58,7 +46,7 @@ struct Request::Objects {
     // Makes an object for the provider to be given: owned, but not counted.
     template <class T, class Content>
     T* give(Content content) {
-        auto object = std::make_unique<T>(state, std::move(content));
+        auto object = state.build<T>(std::move(content));
         T* made = object.get();
         pool.push_back(std::move(object));
         return made;

@@ -1,5 +1,6 @@
 // The broker's own table: attaching threads, and calls to other providers, of which this broker has none.
-#include "broker/State.h"
+#include "broker/Calls.h"
+#include "broker/Tables.h"
 #include "broker/Values.h"
 
 namespace broker {

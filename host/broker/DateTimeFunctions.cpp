@@ -1,5 +1,6 @@
+#include "broker/Calls.h"
 #include "broker/Dates.h"
-#include "broker/State.h"
+#include "broker/Tables.h"
 
 namespace broker {
 namespace {

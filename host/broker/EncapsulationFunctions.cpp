@@ -3,10 +3,11 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "broker/Calls.h"
 #include "broker/Dates.h"
 #include "broker/Names.h"
 #include "broker/Rendering.h"
-#include "broker/State.h"
+#include "broker/Tables.h"
 #include "broker/Values.h"
 
 namespace broker {

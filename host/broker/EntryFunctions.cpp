@@ -1,5 +1,6 @@
 // The functions of contexts and of arguments: both are lists of named values.
-#include "broker/State.h"
+#include "broker/Calls.h"
+#include "broker/Tables.h"
 #include "broker/Values.h"
 
 namespace broker {

@@ -1,7 +1,8 @@
 #include <algorithm>
 
+#include "broker/Calls.h"
 #include "broker/Names.h"
-#include "broker/State.h"
+#include "broker/Tables.h"
 #include "broker/Values.h"
 
 namespace broker {

@@ -1,5 +1,6 @@
+#include "broker/Calls.h"
 #include "broker/Rendering.h"
-#include "broker/State.h"
+#include "broker/Tables.h"
 #include "broker/Values.h"
 
 namespace broker {

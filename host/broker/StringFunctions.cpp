@@ -1,4 +1,5 @@
-#include "broker/State.h"
+#include "broker/Calls.h"
+#include "broker/Tables.h"
 
 namespace broker {
 namespace {

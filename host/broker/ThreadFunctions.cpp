@@ -7,7 +7,7 @@
 #include <ctime>
 #include <memory>
 
-#include "broker/State.h"
+#include "broker/Tables.h"
 
 namespace broker {
 namespace {

@@ -1,0 +1,34 @@
+#include "broker/Pools.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace broker {
+namespace {
+
+struct ThreadPool {
+    const Broker::State* state;
+    Pool* pool;
+};
+// The pools of the calling thread, of all brokers, the innermost last.
+thread_local std::vector<ThreadPool> t_pools;
+
+}  // namespace
+
+PoolScope::PoolScope(const Broker::State& state, Pool& pool) : m_pool(&pool) {
+    t_pools.push_back({&state, &pool});
+}
+
+PoolScope::~PoolScope() {
+    const auto found = std::find_if(t_pools.rbegin(), t_pools.rend(),
+                                    [this](const ThreadPool& candidate) { return candidate.pool == m_pool; });
+    if (found != t_pools.rend()) t_pools.erase(std::next(found).base());
+}
+
+Pool* innermostPool(const Broker::State& state) {
+    const auto found = std::find_if(t_pools.rbegin(), t_pools.rend(),
+                                    [&](const ThreadPool& candidate) { return candidate.state == &state; });
+    return found == t_pools.rend() ? nullptr : found->pool;
+}
+
+}  // namespace broker
