@@ -13,7 +13,7 @@
 #include "format/JsonFormat.h"
 #include "format/MofFormat.h"
 #include "format/TableFormat.h"
-#include "mof/MofReader.h"
+#include "mof/MofError.h"
 #include "source/Answer.h"
 #include "source/Session.h"
 #include "text/Charset.h"

@@ -13,6 +13,7 @@
 #include "format/JsonFormat.h"
 #include "format/MofFormat.h"
 #include "format/WatchFormat.h"
+#include "source/Answer.h"
 
 namespace host {
 namespace {
