@@ -1,19 +1,18 @@
-// A chip on a scenario of the test's own, which is a file in a folder of the test's own.
+// A chip on a scenario of the test's own, which is a file in a directory of the test's own.
 #ifndef ZELSENSORS_TESTS_CHIPTEST_H
 #define ZELSENSORS_TESTS_CHIPTEST_H
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "FakeClock.h"
+#include "TemporaryDirectory.h"
 #include "chip.h"
 
 constexpr sscode FAULTY_SCENARIO = 0xE0000001;
@@ -23,18 +22,12 @@ constexpr sscode WRONG_PRESET = 0xE0000004;
 
 class ChipTest : public testing::Test {
   protected:
-    ChipTest() {
-        std::string name = (std::filesystem::temp_directory_path() / "chipsim-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-        m_folder = name;
-    }
     ~ChipTest() override {
         unsetenv("ZELCHIP_SCENARIO");
         fakeclock::useReal();
-        std::filesystem::remove_all(m_folder);
     }
 
-    std::string path() const { return (m_folder / "scenario.toml").string(); }
+    std::string path() const { return (m_directory.path() / "scenario.toml").string(); }
 
     // Names a file that holds the text.
     void useScenario(const std::string& text) const {
@@ -89,7 +82,7 @@ class ChipTest : public testing::Test {
     }
 
   private:
-    std::filesystem::path m_folder;
+    TemporaryDirectory m_directory;
 };
 
 #endif
