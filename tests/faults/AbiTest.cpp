@@ -4,10 +4,11 @@
 #include <cstddef>
 #include <cstring>
 #include <set>
+#include <string>
 #include <type_traits>
 
-#include "LogHandler.h"
 #include "LogRecord.h"
+#include "OpenHandler.h"
 #include "Symbols.h"
 #include "chip.h"
 #include "log.h"
@@ -107,6 +108,41 @@ TEST(LogAbiTest, LevelIsANumberOf32BitsWithASign) {
     EXPECT_TRUE((std::is_same_v<std::underlying_type_t<LOG_LEVEL>, int>));
     EXPECT_EQ(LOG_OFF, 0);
     EXPECT_EQ(LOG_TRACE, 4);
+}
+
+template <typename Object, typename Member>
+std::ptrdiff_t offsetIn(const Object& object, const Member& member) {
+    return reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&object);
+}
+
+TEST(LogAbiTest, SinksFieldsStandInTheirOrder) {
+    const OpenHandler handler;
+    EXPECT_EQ(offsetIn(handler, handler.m_level), 8);
+    EXPECT_EQ(offsetIn(handler, handler.m_fileName), 16);
+    EXPECT_EQ(offsetIn(handler, handler.m_maxLength), 48);
+    EXPECT_EQ(offsetIn(handler, handler.m_isConsole), 56);
+    EXPECT_EQ(offsetIn(handler, handler.m_file), 64);
+    EXPECT_EQ(offsetIn(handler, handler.m_stopped), 72);
+}
+
+class OpenRecord : public LogRecord {
+  public:
+    explicit OpenRecord(std::string text) : LogRecord(LOG_INFO, text) {}
+    using LogRecord::m_level;
+    using LogRecord::m_message;
+    using LogRecord::m_pid;
+    using LogRecord::m_tid;
+    using LogRecord::m_time;
+};
+
+TEST(LogAbiTest, RecordsFieldsStandInTheirOrder) {
+    const OpenRecord record("");
+    EXPECT_EQ(offsetIn(record, record.m_level), 8);
+    EXPECT_EQ(offsetIn(record, record.m_message), 16);
+    EXPECT_EQ(offsetIn(record, record.m_time), 48);
+    EXPECT_EQ(offsetIn(record, record.m_tid), 64);
+    EXPECT_EQ(offsetIn(record, record.m_pid), 68);
+    EXPECT_EQ(sizeof(LogRecord), 72U);
 }
 
 using Slot = void (*)(void* self, void* argument);

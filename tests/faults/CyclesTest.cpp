@@ -3,6 +3,7 @@
 
 #include "Holdings.h"
 #include "Provider.h"
+#include "StreamsTo.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ TEST_F(CyclesTest, NothingIsGainedByLoadingAndUnloading) {
     broker::Broker broker;
     Holdings before{};
     {
-        const Muted muted;
+        const StreamsTo silence(StreamsTo::nowhere());
         for (int i = 0; i < CYCLES + WARM_UP && !HasFailure(); ++i) {
             if (i == WARM_UP) before = Holdings::now();
             runOnce(broker);

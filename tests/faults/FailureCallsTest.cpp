@@ -10,6 +10,7 @@
 
 #include "FailingCLibrary.h"
 #include "FaultyStart.h"
+#include "StreamsTo.h"
 
 namespace {
 
@@ -127,30 +128,6 @@ TEST_F(FailureCallsTest, ReadErrorInAConfigurationKeepsTheSettingsBeforeIt) {
         EXPECT_THAT(takeLog(), testing::IsEmpty());
     });
 }
-
-// While it lives, standard output and standard error lead to this descriptor, which it closes.
-class StreamsTo {
-  public:
-    explicit StreamsTo(int descriptor) : m_output(dup(STDOUT_FILENO)), m_error(dup(STDERR_FILENO)) {
-        std::fflush(stdout);
-        dup2(descriptor, STDOUT_FILENO);
-        dup2(descriptor, STDERR_FILENO);
-        close(descriptor);
-    }
-    ~StreamsTo() {
-        std::fflush(stdout);
-        dup2(m_output, STDOUT_FILENO);
-        dup2(m_error, STDERR_FILENO);
-        close(m_output);
-        close(m_error);
-    }
-    StreamsTo(const StreamsTo&) = delete;
-    StreamsTo& operator=(const StreamsTo&) = delete;
-
-  private:
-    int m_output;
-    int m_error;
-};
 
 int brokenPipe() {
     int ends[2] = {-1, -1};

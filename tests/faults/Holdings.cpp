@@ -1,11 +1,9 @@
 #include "Holdings.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -60,22 +58,4 @@ void expectNoneGained(const Holdings& before, const Holdings& after) {
     EXPECT_EQ(after.threads, before.threads);
     EXPECT_LE(after.heapBytes, before.heapBytes + HEAP_SLACK);
     EXPECT_LE(after.ownBytes, before.ownBytes + OWN_SLACK);
-}
-
-Muted::Muted() {
-    std::fflush(stdout);
-    m_output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-    m_error = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(nowhere, STDOUT_FILENO);
-    dup2(nowhere, STDERR_FILENO);
-    close(nowhere);
-}
-
-Muted::~Muted() {
-    std::fflush(stdout);
-    dup2(m_output, STDOUT_FILENO);
-    dup2(m_error, STDERR_FILENO);
-    close(m_output);
-    close(m_error);
 }

@@ -23,17 +23,4 @@ std::ostream& operator<<(std::ostream& stream, const Holdings& holdings);
 // what the C library's own bookkeeping may need.
 void expectNoneGained(const Holdings& before, const Holdings& after);
 
-// Standard output and standard error go nowhere while it lives.
-class Muted {
-  public:
-    Muted();
-    ~Muted();
-    Muted(const Muted&) = delete;
-    Muted& operator=(const Muted&) = delete;
-
-  private:
-    int m_output;
-    int m_error;
-};
-
 #endif

@@ -12,7 +12,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -28,8 +27,10 @@
 #include <utility>
 #include <vector>
 
-#include "LogHandler.h"
+#include "FileContents.h"
+#include "OpenHandler.h"
 #include "Sandbox.h"
+#include "StreamsTo.h"
 
 namespace fs = std::filesystem;
 
@@ -38,26 +39,7 @@ namespace {
 const fs::path FOLDER = "/var/log/tarn/stress";
 const fs::path LOG_FILE = FOLDER / "a.log";
 
-enum class State { Closed, Open, Stopped };
-
-class OpenHandler : public FileLogHandler {
-  public:
-    State state() const {
-        if (m_stopped) return State::Stopped;
-        return m_file == nullptr ? State::Closed : State::Open;
-    }
-    void write(std::string line) { WriteLog(line); }
-};
-
-std::string contentsOf(const std::ifstream& file) {
-    std::ostringstream contents;
-    if (file) contents << file.rdbuf();
-    return contents.str();
-}
-
-std::string contentsOf(const fs::path& path) {
-    return contentsOf(std::ifstream(path, std::ios::binary));
-}
+using State = OpenHandler::State;
 
 // "<3:41:xxxx>", of the whole length given, newline included, and of one writer's letter.
 std::string numberedLine(unsigned writer, unsigned number, std::size_t length) {
@@ -103,8 +85,10 @@ void inProcesses(
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             close(start[1]);
             while (read(start[0], &nothing, 1) < 0 && errno == EINTR) continue;
-            if (std::freopen("/dev/null", "w", stdout) == nullptr) _exit(2);  // where the link counts go
-            body(i);
+            {
+                const StreamsTo silence(StreamsTo::nowhere());  // where the link counts go
+                body(i);
+            }
             _exit(testing::Test::HasFailure() ? 1 : 0);
         }
         children.push_back(child);

@@ -11,6 +11,7 @@
 
 #include "Holdings.h"
 #include "Provider.h"
+#include "StreamsTo.h"
 
 namespace {
 
@@ -135,7 +136,7 @@ class LongRunTest : public ProviderTest {
     }
 
     void runEpoch(unsigned requests) {
-        const Muted muted;
+        const StreamsTo silence(StreamsTo::nowhere());
         fs::remove_all(LOG_FILE);
         LoadedProvider loaded;
         for (unsigned i = 0; i < requests && !HasFatalFailure(); ++i) sendOne(loaded);

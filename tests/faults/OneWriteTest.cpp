@@ -7,14 +7,10 @@
 
 #include "FreshProcess.h"
 #include "LogHandler.h"
+#include "OpenHandler.h"
 #include "Sandbox.h"
 
 namespace {
-
-class OpenHandler : public FileLogHandler {
-  public:
-    using FileLogHandler::WriteLog;
-};
 
 // Write calls made by this thread, or -1 where the kernel does not count them.
 long writeCalls() {
@@ -32,9 +28,8 @@ TEST(LogWrites, LineOfAnyLengthIsOneWrite) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         OpenHandler handler;
         for (const std::size_t length : {40U, 4095U, 4096U, 4097U, 10000U, 1000000U}) {
-            std::string line = std::string(length - 1, 'x') + '\n';
             const long before = writeCalls();
-            handler.WriteLog(line);
+            handler.write(std::string(length - 1, 'x') + '\n');
             EXPECT_EQ(writeCalls(), before + 1) << length;
         }
     });

@@ -45,7 +45,7 @@ void expectWholeSensors(const broker::Reply& reply, const Strings& names) {
 void expectWholeLog(const broker::Reply& reply) {
     EXPECT_EQ(reply.status.rc, CMPI_RC_OK);
     EXPECT_EQ(reply.doneCalls, 1U);
-    EXPECT_EQ(propertyOf(reply, "LogLines"), Strings{"{one,two}"});
+    EXPECT_EQ(propertyOf(reply, "LogLines"), Strings{"['one', 'two']"});
 }
 
 // One of the things that an object manager does with a provider at any time.

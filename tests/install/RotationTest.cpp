@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "Sandbox.h"
+#include "StreamsTo.h"
 #include "broker/Broker.h"
 #include "broker/ProviderLibrary.h"
 
@@ -60,7 +61,7 @@ struct Sent {
 // provider's limit, which is so on no machine reached before the rotation is through. Reports the number of requests,
 // then the slow ones.
 void sendRequests(int stopPipe, int reportPipe) {
-    if (std::freopen("/dev/null", "w", stdout) == nullptr || std::freopen("/dev/null", "w", stderr) == nullptr) return;
+    const StreamsTo silence(StreamsTo::nowhere());
     broker::Broker broker;
     const broker::ProviderLibrary library(PROVIDER_LIBRARY);
     broker::InstanceProvider provider(library, "SensorProvider", broker);

@@ -21,13 +21,13 @@ TEST_F(EnumerateInstanceNamesTest, GivesEverySensorsPathWithOneKey) {
         EXPECT_EQ(reply.paths[0].host, "");
         EXPECT_EQ(reply.paths[0].nameSpace, "root/cimv2");
         EXPECT_EQ(reply.paths[0].className, SENSOR_CLASS);
-        EXPECT_THAT(describe(reply.paths[0].keys), ElementsAre("Name=chars:CPU(0000001a)"));
-        EXPECT_THAT(describe(reply.paths[1].keys), ElementsAre("Name=chars:Fan(00000002)"));
+        EXPECT_THAT(describe(reply.paths[0].keys), ElementsAre("Name=chars 'CPU(0000001a)'"));
+        EXPECT_THAT(describe(reply.paths[1].keys), ElementsAre("Name=chars 'Fan(00000002)'"));
         EXPECT_THAT(describe(loaded.broker.recordedCalls()),
                     ElementsAre("getNameSpace", "getClassName", "newObjectPath TQS_NumericSensor",
-                                "addKey Name chars:CPU(0000001a)", "returnObjectPath ref:CPU(0000001a)",
-                                "newObjectPath TQS_NumericSensor", "addKey Name chars:Fan(00000002)",
-                                "returnObjectPath ref:Fan(00000002)", "returnDone"));
+                                "addKey Name=chars 'CPU(0000001a)'", "returnObjectPath ref 'CPU(0000001a)'",
+                                "newObjectPath TQS_NumericSensor", "addKey Name=chars 'Fan(00000002)'",
+                                "returnObjectPath ref 'Fan(00000002)'", "returnDone"));
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
         EXPECT_EQ(loaded.broker.liveClones(), 0U);
     });
@@ -60,11 +60,11 @@ TEST_F(EnumerateInstanceNamesTest, GivesTheEventLogsPathWithoutReadingTheLog) {
         ASSERT_EQ(reply.paths.size(), 1U);
         EXPECT_EQ(reply.paths[0].nameSpace, "root/cimv2");
         EXPECT_EQ(reply.paths[0].className, LOG_CLASS);
-        EXPECT_THAT(describe(reply.paths[0].keys), ElementsAre("Name=chars:Quorvel POS System Event Log"));
+        EXPECT_THAT(describe(reply.paths[0].keys), ElementsAre("Name=chars 'Quorvel POS System Event Log'"));
         EXPECT_THAT(describe(loaded.broker.recordedCalls()),
                     ElementsAre("getNameSpace", "getClassName", "newObjectPath TQS_SystemEventLog",
-                                "addKey Name chars:Quorvel POS System Event Log",
-                                "returnObjectPath ref:Quorvel POS System Event Log", "returnDone"));
+                                "addKey Name=chars 'Quorvel POS System Event Log'",
+                                "returnObjectPath ref 'Quorvel POS System Event Log'", "returnDone"));
     });
 }
 

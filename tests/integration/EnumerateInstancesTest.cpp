@@ -1,4 +1,5 @@
 #include "Provider.h"
+#include "SensorProperties.h"
 
 namespace {
 
@@ -12,34 +13,29 @@ constexpr char EVERYTHING[] =
     "resolution = 10\nunread = 77\nupper-threshold-critical = 11\nupper-threshold-fatal = 12\n"
     "upper-threshold-non-critical = 13";
 
-const Strings everyProperty = {
-    "Accuracy=sint32:-2",
-    "BaseUnits=uint16:4",
-    "Caption=chars:Temperature(0000001a)",
-    "CreationClassName=chars:TQS_NumericSensor",
-    "CurrentReading=sint32:50",
-    "Description=chars:CPU(0000001a): Temperature sensor",
-    "DeviceID=chars:0000001a",
-    "Hysteresis=uint32:3",
-    "IsLinear=boolean:0",
-    "LowerThresholdCritical=sint32:-4",
-    "LowerThresholdFatal=sint32:-5",
-    "LowerThresholdNonCritical=sint32:-6",
-    "MaxReadable=sint32:107",
-    "MinReadable=sint32:-8",
-    "Name=chars:CPU(0000001a)",
-    "NominalReading=sint32:9",
-    "OtherSensorTypeDescription=chars:of a kind",
-    "RateUnits=uint16:3",
-    "Resolution=uint32:10",
-    "SensorType=uint16:2",
-    "SystemCreationClassName=chars:Computer System",
-    "SystemName=chars:Quorvel POS Sensor Drivers and System Event Log",
-    "UnitModifier=sint32:-1",
-    "UpperThresholdCritical=sint32:11",
-    "UpperThresholdFatal=sint32:12",
-    "UpperThresholdNonCritical=sint32:13",
-};
+const Strings everyProperty = sensorProperties({{"Accuracy", "-2"},
+                                                {"BaseUnits", "4"},
+                                                {"Caption", "Temperature(0000001a)"},
+                                                {"CurrentReading", "50"},
+                                                {"Description", "CPU(0000001a): Temperature sensor"},
+                                                {"DeviceID", "0000001a"},
+                                                {"Hysteresis", "3"},
+                                                {"IsLinear", "false"},
+                                                {"LowerThresholdCritical", "-4"},
+                                                {"LowerThresholdFatal", "-5"},
+                                                {"LowerThresholdNonCritical", "-6"},
+                                                {"MaxReadable", "107"},
+                                                {"MinReadable", "-8"},
+                                                {"Name", "CPU(0000001a)"},
+                                                {"NominalReading", "9"},
+                                                {"OtherSensorTypeDescription", "of a kind"},
+                                                {"RateUnits", "3"},
+                                                {"Resolution", "10"},
+                                                {"SensorType", "2"},
+                                                {"UnitModifier", "-1"},
+                                                {"UpperThresholdCritical", "11"},
+                                                {"UpperThresholdFatal", "12"},
+                                                {"UpperThresholdNonCritical", "13"}});
 
 constexpr char OPENING[] =
     "Debug SensorProvider::enumInstances - Reference object path: class = TQS_NumericSensor, namespace = root/cimv2\n";
@@ -61,13 +57,12 @@ TEST_F(EnumerateInstancesTest, SensorHasItsTwentySixPropertiesInOrder) {
         EXPECT_EQ(describe(reply.instances[0].properties), everyProperty);
         EXPECT_EQ(reply.instances[0].path.nameSpace, "root/cimv2");
         EXPECT_EQ(reply.instances[0].path.className, SENSOR_CLASS);
-        EXPECT_THAT(describe(reply.instances[0].path.keys), ElementsAre("Name=chars:CPU(0000001a)"));
+        EXPECT_THAT(describe(reply.instances[0].path.keys), ElementsAre("Name=chars 'CPU(0000001a)'"));
 
         Strings calls = {"getNameSpace", "getClassName", "newObjectPath TQS_NumericSensor",
-                         "addKey Name chars:CPU(0000001a)", "newInstance"};
-        for (std::string property : everyProperty)
-            calls.push_back("setProperty " + property.replace(property.find('='), 1, " "));
-        calls.insert(calls.end(), {"returnInstance instance:CPU(0000001a)", "returnDone"});
+                         "addKey Name=chars 'CPU(0000001a)'", "newInstance"};
+        for (const std::string& property : everyProperty) calls.push_back("setProperty " + property);
+        calls.insert(calls.end(), {"returnInstance instance 'CPU(0000001a)'", "returnDone"});
         EXPECT_EQ(describe(loaded.broker.recordedCalls()), calls);
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
         EXPECT_EQ(loaded.broker.liveClones(), 0U);
@@ -80,14 +75,18 @@ TEST_F(EnumerateInstancesTest, ValuesThatTheChipLacksAreLeftOut) {
         LoadedProvider loaded;
         const broker::Reply reply = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
         ASSERT_EQ(reply.instances.size(), 1U);
-        EXPECT_THAT(
-            describe(reply.instances[0].properties),
-            ElementsAre("BaseUnits=uint16:0", "Caption=chars:Unknown(00000001)",
-                        "CreationClassName=chars:TQS_NumericSensor", "CurrentReading=sint32:-2147483648",
-                        "Description=chars:CPU(00000001): Unknown sensor", "DeviceID=chars:00000001",
-                        "IsLinear=boolean:1", "Name=chars:CPU(00000001)", "OtherSensorTypeDescription=chars:",
-                        "RateUnits=uint16:0", "SensorType=uint16:0", "SystemCreationClassName=chars:Computer System",
-                        "SystemName=chars:Quorvel POS Sensor Drivers and System Event Log", "UnitModifier=sint32:0"));
+        EXPECT_EQ(describe(reply.instances[0].properties),
+                  sensorProperties({{"BaseUnits", "0"},
+                                    {"Caption", "Unknown(00000001)"},
+                                    {"CurrentReading", "-2147483648"},
+                                    {"Description", "CPU(00000001): Unknown sensor"},
+                                    {"DeviceID", "00000001"},
+                                    {"IsLinear", "true"},
+                                    {"Name", "CPU(00000001)"},
+                                    {"OtherSensorTypeDescription", ""},
+                                    {"RateUnits", "0"},
+                                    {"SensorType", "0"},
+                                    {"UnitModifier", "0"}}));
     });
 }
 
@@ -188,25 +187,26 @@ TEST_F(EnumerateInstancesTest, EventLogHasItsTwelvePropertiesInOrder) {
         EXPECT_EQ(reply.doneCalls, 1U);
         ASSERT_EQ(reply.instances.size(), 1U);
         EXPECT_EQ(reply.instances[0].path.className, LOG_CLASS);
-        EXPECT_THAT(describe(reply.instances[0].path.keys), ElementsAre("Name=chars:Quorvel POS System Event Log"));
+        EXPECT_THAT(describe(reply.instances[0].path.keys), ElementsAre("Name=chars 'Quorvel POS System Event Log'"));
         EXPECT_THAT(
             describe(loaded.broker.recordedCalls()),
-            ElementsAre("getNameSpace", "getClassName", "newObjectPath TQS_SystemEventLog",
-                        "addKey Name chars:Quorvel POS System Event Log", "newInstance",
-                        "setProperty Caption chars:Quorvel POS System Event Log",
-                        "setProperty CreationClassName chars:TQS_SystemEventLog",
-                        "setProperty Description chars:The Quorvel POS System Event Log is a motherboard level storage "
-                        "device that contains a record of critical system events such as POST errors, disk check "
-                        "errors, etc.",
-                        "setProperty DeviceID chars:Quorvel POS System Event Log", "setProperty LogFull boolean:0",
-                        "newArray", "setElementAt chars:first", "setElementAt chars:", "setElementAt chars:third",
-                        "setProperty LogLines chars[]:{first,,third}",
-                        "setProperty LogMultipleEventCountIncrement uint8:255",
-                        "setProperty LogMultipleEventTimeWindow uint8:60", "setProperty LogValid boolean:1",
-                        "setProperty Name chars:Quorvel POS System Event Log",
-                        "setProperty SystemCreationClassName chars:Computer System",
-                        "setProperty SystemName chars:Quorvel POS Sensor Drivers and System Event Log",
-                        "returnInstance instance:Quorvel POS System Event Log", "returnDone"));
+            ElementsAre(
+                "getNameSpace", "getClassName", "newObjectPath TQS_SystemEventLog",
+                "addKey Name=chars 'Quorvel POS System Event Log'", "newInstance",
+                "setProperty Caption=chars 'Quorvel POS System Event Log'",
+                "setProperty CreationClassName=chars 'TQS_SystemEventLog'",
+                "setProperty Description=chars 'The Quorvel POS System Event Log is a motherboard level storage "
+                "device that contains a record of critical system events such as POST errors, disk check "
+                "errors, etc.'",
+                "setProperty DeviceID=chars 'Quorvel POS System Event Log'", "setProperty LogFull=boolean false",
+                "newArray", "setElementAt chars 'first'", "setElementAt chars ''", "setElementAt chars 'third'",
+                "setProperty LogLines=chars[] ['first', '', 'third']",
+                "setProperty LogMultipleEventCountIncrement=uint8 255",
+                "setProperty LogMultipleEventTimeWindow=uint8 60", "setProperty LogValid=boolean true",
+                "setProperty Name=chars 'Quorvel POS System Event Log'",
+                "setProperty SystemCreationClassName=chars 'Computer System'",
+                "setProperty SystemName=chars 'Quorvel POS Sensor Drivers and System Event Log'",
+                "returnInstance instance 'Quorvel POS System Event Log'", "returnDone"));
         EXPECT_EQ(reply.instances[0].properties.size(), 12U);
         EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstances - provider=%p", provider),
                                            "Debug SensorProvider::enumInstances - Reference object path: class = "
@@ -224,8 +224,8 @@ TEST_F(EnumerateInstancesTest, EventLogWithoutLinesHasNoLogLines) {
         ASSERT_EQ(reply.instances.size(), 1U);
         EXPECT_EQ(reply.instances[0].properties.size(), 11U);
         EXPECT_THAT(propertyOf(reply, "LogLines"), ElementsAre("absent"));
-        EXPECT_THAT(propertyOf(reply, "LogFull"), ElementsAre("1"));
-        EXPECT_THAT(propertyOf(reply, "LogValid"), ElementsAre("0"));
+        EXPECT_THAT(propertyOf(reply, "LogFull"), ElementsAre("true"));
+        EXPECT_THAT(propertyOf(reply, "LogValid"), ElementsAre("false"));
     });
 }
 
@@ -249,7 +249,7 @@ TEST_F(EnumerateInstancesTest, FailedReadingOfTheEventLogFindsNothing) {
                                            "Error SensorProvider::enumerateInstances -  Unknown Exception",
                                            "Debug SensorProvider::enumerateInstances - No instances found"));
         EXPECT_THAT(propertyOf(loaded.provider.enumerateInstances(classPath(LOG_CLASS)), "LogLines"),
-                    ElementsAre("{one}"));
+                    ElementsAre("['one']"));
     });
 }
 

@@ -10,7 +10,6 @@
 #include <optional>
 #include <string>
 #include <thread>
-#include <type_traits>
 
 #include "LogRecord.h"
 
@@ -239,20 +238,6 @@ TEST(LogRecordTest, MessageIsCopied) {
     std::string line;
     record.GetLogLine(line);
     EXPECT_EQ(line.substr(line.rfind('\t')), "\tabc\n");
-}
-
-TEST(LogRecordTest, FieldsStandInTheirOrder) {
-    const OpenRecord record(LOG_INFO, "");
-    const auto offset = [&](const void* member) {
-        return static_cast<const char*>(member) - static_cast<const char*>(static_cast<const void*>(&record));
-    };
-    EXPECT_TRUE(std::has_virtual_destructor_v<LogRecord>);
-    EXPECT_EQ(offset(&record.m_level), 8);
-    EXPECT_EQ(offset(&record.m_message), 16);
-    EXPECT_EQ(offset(&record.m_time), 48);
-    EXPECT_EQ(offset(&record.m_tid), 64);
-    EXPECT_EQ(offset(&record.m_pid), 68);
-    EXPECT_EQ(sizeof(LogRecord), 72U);
 }
 
 }  // namespace

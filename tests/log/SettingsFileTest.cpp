@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <climits>
 #include <cstdio>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "SettingsFile.h"
+#include "TemporaryDirectory.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -28,8 +28,6 @@ std::ptrdiff_t openDescriptors() {
 
 class SettingsFileTest : public testing::Test {
   protected:
-    ~SettingsFileTest() override { std::filesystem::remove(m_path); }
-
     void write(const std::string& contents) const { std::ofstream(m_path, std::ios::binary) << contents; }
 
     Settings read() const {
@@ -44,7 +42,8 @@ class SettingsFileTest : public testing::Test {
         return read();
     }
 
-    const std::string m_path = testing::TempDir() + "settings" + std::to_string(getpid());
+    const TemporaryDirectory m_directory;
+    const std::string m_path = m_directory.path() / "settings";
 };
 
 TEST_F(SettingsFileTest, SettingsComeInTheFilesOrder) {

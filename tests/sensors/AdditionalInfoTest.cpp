@@ -14,6 +14,7 @@
 #include "FullLog.h"
 #include "LogLines.h"
 #include "Sandbox.h"
+#include "SensorProperties.h"
 #include "broker/Broker.h"
 
 using testing::AllOf;
@@ -172,25 +173,8 @@ TEST_F(AdditionalSensors, GrebelTerminalGetsOneSensorPerDriveAfterTheChips) {
         EXPECT_TRUE(sensors[2].isAdditional);
         EXPECT_EQ(sensors[1].getHandle(), 0U);
         EXPECT_EQ(sensors[2].getHandle(), 1U);
-        EXPECT_THAT(
-            describeProperties(instanceOf(sensors[1])),
-            ElementsAre("Accuracy: sint32 0", "BaseUnits: uint16 0", "Caption: chars 'Temperature '",
-                        "CreationClassName: chars 'TQS_NumericSensor'", "CurrentReading: sint32 28",
-                        "Description: chars 'SSD1 Temperature(00000001): Temperature sensor'", "DeviceID: chars '1'",
-                        "Hysteresis: uint32 0", "IsLinear: boolean false", "LowerThresholdCritical: sint32 -10",
-                        "LowerThresholdFatal: sint32 0", "LowerThresholdNonCritical: sint32 0", "MaxReadable: sint32 0",
-                        "MinReadable: sint32 0", "Name: chars 'SSD1 Temperature(00000001)'", "NominalReading: sint32 0",
-                        "OtherSensorTypeDescription: chars ''", "RateUnits: uint16 0", "Resolution: uint32 0",
-                        "SensorType: uint16 0", "SystemCreationClassName: chars 'Computer System'",
-                        "SystemName: chars 'Quorvel POS Sensor Drivers and System Event Log'", "UnitModifier: sint32 0",
-                        "UpperThresholdCritical: sint32 80", "UpperThresholdFatal: sint32 0",
-                        "UpperThresholdNonCritical: sint32 0"));
-        EXPECT_THAT(
-            describeProperties(instanceOf(sensors[2])),
-            AllOf(Contains("Name: chars 'SSD2 Temperature(00000002)'"), Contains("DeviceID: chars '2'"),
-                  Contains("Description: chars 'SSD2 Temperature(00000002): Temperature sensor'"),
-                  Contains("Caption: chars 'Temperature '"), Contains("CurrentReading: sint32 50"),
-                  Contains("LowerThresholdCritical: sint32 -9"), Contains("UpperThresholdCritical: sint32 81")));
+        EXPECT_EQ(describe(instanceOf(sensors[1]).properties), sensorProperties(driveSensorValues(1, 28, -10, 80)));
+        EXPECT_EQ(describe(instanceOf(sensors[2]).properties), sensorProperties(driveSensorValues(2, 50, -9, 81)));
     });
     EXPECT_THAT(ownMessages(),
                 ElementsAre("AdditionalInfo::initialise is grebel", "Processing additionals for Grebel machine"));
@@ -203,8 +187,8 @@ TEST_F(AdditionalSensors, TenthDriveIsNumberedInDecimalAndInHexadecimal) {
         AdditionalInfo().processGrebel(&sensors);
         ASSERT_EQ(sensors.size(), 10U);
         EXPECT_EQ(sensors[9].getHandle(), 9U);
-        EXPECT_THAT(describeProperties(instanceOf(sensors[9])),
-                    AllOf(Contains("Name: chars 'SSD10 Temperature(0000000a)'"), Contains("DeviceID: chars '10'")));
+        EXPECT_THAT(describe(instanceOf(sensors[9]).properties),
+                    AllOf(Contains("Name=chars 'SSD10 Temperature(0000000a)'"), Contains("DeviceID=chars '10'")));
     });
 }
 

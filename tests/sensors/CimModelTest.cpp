@@ -90,10 +90,10 @@ TEST(CimModel, NullObjectWithAGoodStatusIsAFailure) {
     broker::Broker broker;
     const broker::Request request(broker);
     broker.planFault("newObjectPath", 1, broker::Fault::ReturnNull);
-    EXPECT_EQ(raisedCode([&] { newNamedPath(broker.handle(), "Any", "name"); }), CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(thrownCode([&] { newNamedPath(broker.handle(), "Any", "name"); }), CMPI_RC_ERR_FAILED);
     CMPIObjectPath* path = newNamedPath(broker.handle(), "Any", "name");
     broker.planFault("newInstance", 1, broker::Fault::ReturnNull);
-    EXPECT_EQ(raisedCode([&] { InstanceBuilder(broker.handle(), path); }), CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(thrownCode([&] { InstanceBuilder(broker.handle(), path); }), CMPI_RC_ERR_FAILED);
 }
 
 TEST(CimModel, ObjectsOfARefusedInstanceStayTheBrokers) {
@@ -102,7 +102,7 @@ TEST(CimModel, ObjectsOfARefusedInstanceStayTheBrokers) {
         const broker::Request request(broker);
         InstanceBuilder builder(broker.handle(), newNamedPath(broker.handle(), "Any", "name"));
         broker.planFault("setProperty", 1, broker::Fault::Refuse, CMPI_RC_ERR_ACCESS_DENIED);
-        EXPECT_EQ(raisedCode([&] { builder.text("Caption", "text"); }), CMPI_RC_ERR_ACCESS_DENIED);
+        EXPECT_EQ(thrownCode([&] { builder.text("Caption", "text"); }), CMPI_RC_ERR_ACCESS_DENIED);
         EXPECT_GT(broker.liveObjects(), 0U);
     }
     EXPECT_EQ(broker.liveObjects(), 0U);

@@ -8,12 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "FailingCalls.h"
+#include "FailingCLibrary.h"
 #include "FakeDrives.h"
 #include "FullLog.h"
 #include "LogLines.h"
 #include "NvmeSsd.h"
 #include "Sandbox.h"
+#include "WithoutRootsRights.h"
 #include "log.h"
 
 using testing::ElementsAre;
@@ -107,7 +108,7 @@ TEST_F(NvmeSsdScan, DriveThatMayNotBeOpenedIsLeftOut) {
     drives::makeNode("/dev/nvme0");
     ASSERT_EQ(chmod("/dev/nvme0", 0), 0);
     runWithFullLog([] {
-        const failing::WithoutRootsRights rights;
+        const WithoutRootsRights rights;
         EXPECT_FALSE(NvmeSsd().scanNVMeDevices());
     });
     EXPECT_THAT(messagesAt("Error"), ElementsAre("SmartIo::getIdentifyNVMeData - Open /dev/nvme0 failed, 13"));
@@ -154,7 +155,7 @@ TEST_F(NvmeSsdScan, SecondScanAppendsTheDrivesAgain) {
 
 TEST_F(NvmeSsdScan, SearchThatRunsOutOfMemoryIsLogged) {
     runWithFullLog([] {
-        failing::globAnswers(GLOB_NOSPACE);
+        const FailingCall search(Function::Glob, 1, GLOB_NOSPACE);
         EXPECT_FALSE(NvmeSsd().scanNVMeDevices());
     });
     EXPECT_THAT(loggedMessages(), ElementsAre("NvmeSsd::scanNVMeDevices", "SsdManager::scanNVMeDevice - GLOB_NOSPACE"));
@@ -164,7 +165,7 @@ TEST_F(NvmeSsdScan, SearchThatRunsOutOfMemoryIsLogged) {
 TEST_F(NvmeSsdScan, SearchThatIsAbortedIsSilentAndFindsNothing) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
-        failing::globAnswers(GLOB_ABORTED);
+        const FailingCall search(Function::Glob, 1, GLOB_ABORTED);
         EXPECT_FALSE(NvmeSsd().scanNVMeDevices());
     });
     EXPECT_THAT(loggedMessages(), ElementsAre("NvmeSsd::scanNVMeDevices"));

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "FailingCalls.h"
+#include "FailingCLibrary.h"
 #include "FakeDrives.h"
 #include "FullLog.h"
 #include "LogLines.h"
@@ -89,7 +89,7 @@ TEST_F(SmartIoIdentify, AsksForIdentityAndThresholdsInOrder) {
         EXPECT_EQ(data.namespaceId, -1);
         EXPECT_EQ(data.underTemperatureThreshold, 0);
         EXPECT_EQ(data.overTemperatureThreshold, 70);
-        EXPECT_EQ(failing::lastSetfdFlags(), FD_CLOEXEC);
+        EXPECT_EQ(lastSetfdFlags(), FD_CLOEXEC);
     });
     EXPECT_THAT(loggedMessages(),
                 ElementsAre("NvmeSsd::getIdentifyNVMeData - Under Temperature Threshold RESULT: 273\n",
@@ -257,7 +257,7 @@ TEST_F(SmartIoIdentify, MissingDeviceIsAFailure) {
 
 TEST_F(SmartIoIdentify, DescriptorThatCannotBeKeptFromChildrenIsAFailure) {
     runWithFullLog([] {
-        failing::setfdFailsWith(EBADF);
+        const FailingCall keeping(Function::Fcntl, 1, EBADF);
         IdentifyData data;
         EXPECT_FALSE(SmartIo::getIdentifyNVMeData(node, data));
     });

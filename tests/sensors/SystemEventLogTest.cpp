@@ -44,24 +44,16 @@ TEST_F(SystemEventLog, HasOneFixedName) {
 }
 
 TEST_F(SystemEventLog, InstanceHasAllPropertiesInOrder) {
-    m_broker.startRecording();
     EXPECT_THAT(
-        describeProperties(instance()),
-        ElementsAre("Caption: chars 'Quorvel POS System Event Log'", "CreationClassName: chars 'TQS_SystemEventLog'",
-                    "Description: chars 'The Quorvel POS System Event Log is a motherboard level storage device that "
+        describe(instance().properties),
+        ElementsAre("Caption=chars 'Quorvel POS System Event Log'", "CreationClassName=chars 'TQS_SystemEventLog'",
+                    "Description=chars 'The Quorvel POS System Event Log is a motherboard level storage device that "
                     "contains a record of critical system events such as POST errors, disk check errors, etc.'",
-                    "DeviceID: chars 'Quorvel POS System Event Log'", "LogFull: boolean true",
-                    "LogLines: chars[] ['first', '', 'third']", "LogMultipleEventCountIncrement: uint8 7",
-                    "LogMultipleEventTimeWindow: uint8 60", "LogValid: boolean true",
-                    "Name: chars 'Quorvel POS System Event Log'", "SystemCreationClassName: chars 'Computer System'",
-                    "SystemName: chars 'Quorvel POS Sensor Drivers and System Event Log'"));
-    EXPECT_THAT(describeCalls(m_broker.recordedCalls()),
-                ElementsAre("newObjectPath TQS_SystemEventLog", "addKey Name", "newInstance", "setProperty Caption",
-                            "setProperty CreationClassName", "setProperty Description", "setProperty DeviceID",
-                            "setProperty LogFull", "newArray", "setElementAt", "setElementAt", "setElementAt",
-                            "setProperty LogLines", "setProperty LogMultipleEventCountIncrement",
-                            "setProperty LogMultipleEventTimeWindow", "setProperty LogValid", "setProperty Name",
-                            "setProperty SystemCreationClassName", "setProperty SystemName"));
+                    "DeviceID=chars 'Quorvel POS System Event Log'", "LogFull=boolean true",
+                    "LogLines=chars[] ['first', '', 'third']", "LogMultipleEventCountIncrement=uint8 7",
+                    "LogMultipleEventTimeWindow=uint8 60", "LogValid=boolean true",
+                    "Name=chars 'Quorvel POS System Event Log'", "SystemCreationClassName=chars 'Computer System'",
+                    "SystemName=chars 'Quorvel POS Sensor Drivers and System Event Log'"));
 }
 
 TEST_F(SystemEventLog, LogWithoutLinesHasNoLogLines) {
@@ -70,17 +62,6 @@ TEST_F(SystemEventLog, LogWithoutLinesHasNoLogLines) {
                 ElementsAre("Caption", "CreationClassName", "Description", "DeviceID", "LogFull",
                             "LogMultipleEventCountIncrement", "LogMultipleEventTimeWindow", "LogValid", "Name",
                             "SystemCreationClassName", "SystemName"));
-}
-
-TEST_F(SystemEventLog, ThreeLinesBecomeThreeElementsAndAnEmptyOneStays) {
-    const broker::Instance made = instance();
-    const broker::Value* lines = made.findProperty("LogLines");
-    ASSERT_NE(lines, nullptr);
-    EXPECT_EQ(lines->type, CMPI_charsA);
-    ASSERT_EQ(lines->elements.size(), 3U);
-    EXPECT_EQ(describe(lines->elements[0]), "chars 'first'");
-    EXPECT_EQ(describe(lines->elements[1]), "chars ''");
-    EXPECT_EQ(describe(lines->elements[2]), "chars 'third'");
 }
 
 TEST_F(SystemEventLog, ClearTakesTheLinesAloneAway) {
@@ -126,13 +107,13 @@ TEST_F(SystemEventLog, PathEqualsTheInstancesPath) {
 
 TEST_F(SystemEventLog, RefusedPropertyIsRaisedAtOnceAndTheLogKeepsItsValues) {
     const broker::Instance whole = instance();
-    const std::vector<std::string> names = propertyNames(whole);
+    const Strings names = propertyNames(whole);
     ASSERT_EQ(names.size(), 12U);
     for (unsigned nth = 1; nth <= names.size(); ++nth) {
         m_broker.startRecording();
         m_broker.planFault("setProperty", nth, broker::Fault::Refuse, CMPI_RC_ERR_NO_SUCH_PROPERTY);
-        EXPECT_EQ(raisedCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_NO_SUCH_PROPERTY) << nth;
-        EXPECT_EQ(describeCalls(m_broker.recordedCalls()).back(), "setProperty " + names[nth - 1]);
+        EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_NO_SUCH_PROPERTY) << nth;
+        EXPECT_EQ(m_broker.recordedCalls().back().name, names[nth - 1]);
     }
     EXPECT_EQ(instance(), whole);
 }
@@ -140,25 +121,25 @@ TEST_F(SystemEventLog, RefusedPropertyIsRaisedAtOnceAndTheLogKeepsItsValues) {
 TEST_F(SystemEventLog, RefusedPathIsRaised) {
     m_broker.planFault("newObjectPath", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_NAMESPACE);
     m_broker.planFault("newObjectPath", 2, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_CLASS);
-    EXPECT_EQ(raisedCode([&] { m_log.getObjectPath(m_broker.handle()); }), CMPI_RC_ERR_INVALID_NAMESPACE);
-    EXPECT_EQ(raisedCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_CLASS);
+    EXPECT_EQ(thrownCode([&] { m_log.getObjectPath(m_broker.handle()); }), CMPI_RC_ERR_INVALID_NAMESPACE);
+    EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_CLASS);
 }
 
 TEST_F(SystemEventLog, RefusedInstanceIsRaised) {
     m_broker.planFault("newInstance", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_CLASS);
-    EXPECT_EQ(raisedCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_CLASS);
+    EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_CLASS);
 }
 
 TEST_F(SystemEventLog, RefusedOrMissingArrayIsRaised) {
     m_broker.planFault("newArray", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_DATA_TYPE);
     m_broker.startRecording();
-    EXPECT_EQ(raisedCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_DATA_TYPE);
-    EXPECT_EQ(describeCalls(m_broker.recordedCalls()).back(), "newArray");
+    EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_DATA_TYPE);
+    EXPECT_EQ(m_broker.recordedCalls().back().function, "newArray");
 
     m_broker.planFault("newArray", 1, broker::Fault::ReturnNull);
     m_broker.startRecording();
-    EXPECT_EQ(raisedCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_FAILED);
-    EXPECT_EQ(describeCalls(m_broker.recordedCalls()).back(), "newArray");
+    EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(m_broker.recordedCalls().back().function, "newArray");
 }
 
 TEST_F(SystemEventLog, RefusedElementIsNotNoticed) {

@@ -4,12 +4,14 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 // From where the stream stands; of a file that cannot be read, nothing.
-inline std::string contentsOf(std::ifstream file) {
-    return {std::istreambuf_iterator<char>(file), {}};
+inline std::string contentsOf(const std::ifstream& file) {
+    std::ostringstream contents;
+    if (file) contents << file.rdbuf();
+    return contents.str();
 }
 
 inline std::string contentsOf(const std::filesystem::path& path) {

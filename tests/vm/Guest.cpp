@@ -8,6 +8,8 @@
 #include <map>
 #include <sstream>
 
+#include "FileContents.h"
+
 namespace {
 
 // What the suite's boot came to.
@@ -19,12 +21,6 @@ struct Outcome {
 };
 
 Outcome outcome;
-
-std::string contentsOf(const std::filesystem::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
 
 Strings linesOf(const std::filesystem::path& path) {
     std::ifstream file(path);

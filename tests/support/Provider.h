@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "CimText.h"
 #include "FakeClock.h"
 #include "FakeDrives.h"
 #include "FreshProcess.h"
@@ -17,8 +18,6 @@
 #include "Sandbox.h"
 #include "broker/Broker.h"
 #include "broker/ProviderLibrary.h"
-
-using Strings = std::vector<std::string>;
 
 std::string format(const char* form, ...) __attribute__((format(printf, 1, 2)));
 
@@ -38,15 +37,9 @@ broker::ObjectPath classPath(const std::string& className, const std::string& na
 broker::ObjectPath namedPath(const std::string& className, const broker::Value& name);
 broker::ObjectPath namedPath(const std::string& className, const std::string& name);
 
-// "sint32:5", "chars:text", "boolean:1", "chars[]:{a,b}"; a path or an instance by its name: "ref:CPU(00000001)"
-std::string describe(const broker::Value& value);
-// "Accuracy=sint32:1"
-Strings describe(const std::vector<broker::NamedValue>& values);
-// "setProperty Accuracy sint32:1"
-Strings describe(const std::vector<broker::RecordedCall>& calls);
 // The key "Name" of each.
 Strings namesOf(const std::vector<broker::ObjectPath>& paths);
-// One property's numbers or texts over all instances, as in describe().
+// One property's values over all instances: texts as they are, others as in describe() without their types.
 Strings propertyOf(const broker::Reply& reply, const std::string& property);
 
 // The provider, loaded and made by its factory.

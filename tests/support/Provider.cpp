@@ -52,49 +52,6 @@ broker::ObjectPath namedPath(const std::string& className, const std::string& na
     return namedPath(className, broker::Value::ofText(name));
 }
 
-namespace {
-
-std::string contentOf(const broker::Value& value) {
-    if (value.isNull) return "null";
-    if (value.isArray()) {
-        std::string all;
-        for (const broker::Value& element : value.elements) all += (all.empty() ? "" : ",") + contentOf(element);
-        return "{" + all + "}";
-    }
-    if (value.isText()) return value.text;
-    if (value.path != nullptr) return namesOf({*value.path}).front();
-    if (value.instance != nullptr) return namesOf({value.instance->path}).front();
-    return value.isSigned() ? std::to_string(value.signedNumber) : std::to_string(value.unsignedNumber);
-}
-
-std::string typeOf(CMPIType type) {
-    if (type == CMPI_chars) return "chars";
-    if (type == CMPI_charsA) return "chars[]";
-    return broker::nameOfType(type);
-}
-
-}  // namespace
-
-std::string describe(const broker::Value& value) {
-    return typeOf(value.type) + ":" + contentOf(value);
-}
-
-Strings describe(const std::vector<broker::NamedValue>& values) {
-    Strings texts;
-    for (const broker::NamedValue& one : values) texts.push_back(one.name + "=" + describe(one.value));
-    return texts;
-}
-
-Strings describe(const std::vector<broker::RecordedCall>& calls) {
-    Strings texts;
-    for (const broker::RecordedCall& call : calls) {
-        texts.push_back(call.function);
-        if (!call.name.empty()) texts.back() += " " + call.name;
-        if (!call.value.isNull) texts.back() += " " + describe(call.value);
-    }
-    return texts;
-}
-
 Strings namesOf(const std::vector<broker::ObjectPath>& paths) {
     Strings names;
     for (const broker::ObjectPath& path : paths) {
@@ -108,7 +65,12 @@ Strings propertyOf(const broker::Reply& reply, const std::string& property) {
     Strings texts;
     for (const broker::Instance& instance : reply.instances) {
         const broker::Value* value = instance.findProperty(property);
-        texts.push_back(value == nullptr ? "absent" : contentOf(*value));
+        if (value == nullptr) {
+            texts.emplace_back("absent");
+            continue;
+        }
+        const std::string typed = describe(*value);
+        texts.push_back(value->isText() && !value->isNull ? value->text : typed.substr(typed.find(' ') + 1));
     }
     return texts;
 }

@@ -1,6 +1,6 @@
 // Memory that runs out at a chosen moment: this program's own operators new take the place of the C++ library's.
-#ifndef ZELSENSORS_TESTS_LOG_FAILINGALLOCATIONS_H
-#define ZELSENSORS_TESTS_LOG_FAILINGALLOCATIONS_H
+#ifndef ZELSENSORS_TESTS_FAILINGALLOCATIONS_H
+#define ZELSENSORS_TESTS_FAILINGALLOCATIONS_H
 
 // While it lives, the n-th allocation by operator new in this thread fails (1: the first), and no other, or all after
 // it too.

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <thread>
 
 #include "FakeClock.h"
@@ -23,6 +24,7 @@ namespace {
 thread_local Function failing = Function::Open;
 thread_local unsigned callsLeft = 0;  // up to and including the one that fails; 0: none fails
 thread_local int failure = 0;
+thread_local std::optional<int> setfdFlags;
 
 bool isToFail(Function function) {
     if (function != failing || callsLeft == 0 || --callsLeft > 0) return false;
@@ -89,6 +91,10 @@ bool FailingCall::hasCome() const {
     return callsLeft == 0;
 }
 
+std::optional<int> lastSetfdFlags() {
+    return setfdFlags;
+}
+
 std::string withSystemCallRefused(long systemCall, int descriptor, int error, const std::function<void()>& action) {
     sock_filter program[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -150,9 +156,9 @@ FAKED ssize_t __getdelim(char** line, std::size_t* capacity, int delimiter, FILE
 }
 
 FAKED int glob(const char* pattern, int flags, int (*onError)(const char*, int), glob_t* result) noexcept {
-    if (isToFail(Function::Glob)) return errno;
     static const auto real = next<int (*)(const char*, int, int (*)(const char*, int), glob_t*)>("glob");
-    return real(pattern, flags, onError, result);
+    const int code = real(pattern, flags, onError, result);
+    return isToFail(Function::Glob) ? errno : code;
 }
 
 FAKED int fcntl(int descriptor, int command, ...) {
@@ -161,6 +167,7 @@ FAKED int fcntl(int descriptor, int command, ...) {
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
     if (isToFail(Function::Fcntl)) return -1;
+    if (command == F_SETFD) setfdFlags = static_cast<int>(reinterpret_cast<long>(argument));
     static const auto real = next<int (*)(int, int, ...)>("fcntl");
     return real(descriptor, command, argument);
 }

@@ -10,6 +10,11 @@ std::string typeWord(CMPIType type) {
     return broker::nameOfType(type);
 }
 
+std::string nameIn(const broker::ObjectPath& path) {
+    const broker::Value* name = path.findKey("Name");
+    return name == nullptr ? "without a name" : "'" + name->text + "'";
+}
+
 std::string content(const broker::Value& value) {
     if (value.isNull) return "null";
     if (value.isArray()) {
@@ -18,6 +23,8 @@ std::string content(const broker::Value& value) {
         return "[" + list + "]";
     }
     if (value.isText()) return "'" + value.text + "'";
+    if (value.path != nullptr) return nameIn(*value.path);
+    if (value.instance != nullptr) return nameIn(value.instance->path);
     if (value.type == CMPI_boolean) return value.unsignedNumber != 0 ? "true" : "false";
     return value.isSigned() ? std::to_string(value.signedNumber) : std::to_string(value.unsignedNumber);
 }
@@ -30,33 +37,33 @@ std::string describe(const broker::Value& value) {
 
 std::string describe(const broker::ObjectPath& path) {
     std::string text = path.host + path.nameSpace + ":" + path.className;
-    for (const broker::NamedValue& key : path.keys) text += " " + key.name + "=" + describe(key.value);
+    for (const std::string& key : describe(path.keys)) text += " " + key;
     return text;
 }
 
-std::vector<std::string> describeProperties(const broker::Instance& instance) {
-    std::vector<std::string> lines;
-    for (const broker::NamedValue& property : instance.properties) {
-        lines.push_back(property.name + ": " + describe(property.value));
-    }
-    return lines;
+Strings describe(const std::vector<broker::NamedValue>& values) {
+    Strings texts;
+    for (const broker::NamedValue& one : values) texts.push_back(one.name + "=" + describe(one.value));
+    return texts;
 }
 
-std::vector<std::string> propertyNames(const broker::Instance& instance) {
-    std::vector<std::string> names;
+Strings describe(const std::vector<broker::RecordedCall>& calls) {
+    Strings texts;
+    for (const broker::RecordedCall& call : calls) {
+        texts.push_back(call.function);
+        if (!call.name.empty()) texts.back() += " " + call.name;
+        if (!call.value.isNull) texts.back() += (call.name.empty() ? " " : "=") + describe(call.value);
+    }
+    return texts;
+}
+
+Strings propertyNames(const broker::Instance& instance) {
+    Strings names;
     for (const broker::NamedValue& property : instance.properties) names.push_back(property.name);
     return names;
 }
 
-std::vector<std::string> describeCalls(const std::vector<broker::RecordedCall>& calls) {
-    std::vector<std::string> lines;
-    for (const broker::RecordedCall& call : calls) {
-        lines.push_back(call.name.empty() ? call.function : call.function + " " + call.name);
-    }
-    return lines;
-}
-
-CMPIrc raisedCode(const std::function<void()>& action) {
+CMPIrc thrownCode(const std::function<void()>& action) {
     try {
         action();
     } catch (CMPIStatus* status) {

@@ -1,0 +1,17 @@
+// Root may open whatever he likes, whatever its mode; a test that wants a refusal does without.
+#ifndef ZELSENSORS_TESTS_WITHOUTROOTSRIGHTS_H
+#define ZELSENSORS_TESTS_WITHOUTROOTSRIGHTS_H
+
+// While it lives, this thread may open only what its user's file modes allow, as if it were not root.
+class WithoutRootsRights {
+  public:
+    WithoutRootsRights();
+    ~WithoutRootsRights();
+    WithoutRootsRights(const WithoutRootsRights&) = delete;
+    WithoutRootsRights& operator=(const WithoutRootsRights&) = delete;
+
+  private:
+    unsigned m_effective[2];
+};
+
+#endif
