@@ -30,63 +30,51 @@ TEST_F(SensorTest, EmptyFileIsATerminalWithoutSensors) {
     EXPECT_TRUE(handlesOf(*chip).empty());
 }
 
-TEST_F(SensorTest, EveryFieldOfTheInformationIsGiven) {
-    const auto chip = chipOn(R"([[sensor]]
-handle = 0x1a
-name = "CPU"
-reading = 1
-accuracy = 1
-base-units = 2
-hysteresis = 3
-is-linear = false
-lower-threshold-critical = 4
-lower-threshold-fatal = 5
-lower-threshold-non-critical = 6
-max-readable = 7
-min-readable = -8
-nominal-reading = 9
-other-sensor-type-description = "Förderband"
-rate-units = 10
-resolution = 11
-sensor-type = 65535
-unit-modifier = -12
-unread = 13
-upper-threshold-critical = 14
-upper-threshold-fatal = 15
-upper-threshold-non-critical = 2147483647
-)");
-    const CSensorInformation information = informationOf(*chip, 0x1a);
-    EXPECT_EQ(information.accuracy, 1);
-    EXPECT_EQ(information.baseUnits, 2);
-    EXPECT_EQ(information.name, "CPU");
-    EXPECT_EQ(information.hysteresis, 3);
-    EXPECT_FALSE(information.isLinear);
-    EXPECT_EQ(information.lowerThresholdCritical, 4);
-    EXPECT_EQ(information.lowerThresholdFatal, 5);
-    EXPECT_EQ(information.lowerThresholdNonCritical, 6);
-    EXPECT_EQ(information.maxReadable, 7);
-    EXPECT_EQ(information.minReadable, -8);
-    EXPECT_EQ(information.nominalReading, 9);
-    EXPECT_EQ(information.otherSensorTypeDescription, "Förderband");
-    EXPECT_EQ(information.rateUnits, 10);
-    EXPECT_EQ(information.resolution, 11);
-    EXPECT_EQ(information.sensorType, 65535);
-    EXPECT_EQ(information.unitModifier, -12);
-    EXPECT_EQ(information.unread, 13);
-    EXPECT_EQ(information.upperThresholdCritical, 14);
-    EXPECT_EQ(information.upperThresholdFatal, 15);
-    EXPECT_EQ(information.upperThresholdNonCritical, 2147483647);
+// The numbers that a sensor may lack, by their keys.
+const std::vector<std::pair<std::string, int CSensorInformation::*>> numbers = {
+    {"accuracy", &CSensorInformation::accuracy},
+    {"hysteresis", &CSensorInformation::hysteresis},
+    {"lower-threshold-critical", &CSensorInformation::lowerThresholdCritical},
+    {"lower-threshold-fatal", &CSensorInformation::lowerThresholdFatal},
+    {"lower-threshold-non-critical", &CSensorInformation::lowerThresholdNonCritical},
+    {"max-readable", &CSensorInformation::maxReadable},
+    {"min-readable", &CSensorInformation::minReadable},
+    {"nominal-reading", &CSensorInformation::nominalReading},
+    {"resolution", &CSensorInformation::resolution},
+    {"unread", &CSensorInformation::unread},
+    {"upper-threshold-critical", &CSensorInformation::upperThresholdCritical},
+    {"upper-threshold-fatal", &CSensorInformation::upperThresholdFatal},
+    {"upper-threshold-non-critical", &CSensorInformation::upperThresholdNonCritical},
+};
+
+TEST_F(SensorTest, EveryNumberIsGiven) {
+    for (const int first : {-2147483647, 2147483635}) {
+        std::string text = sensor("0x1a", "1");
+        int value = first;
+        for (const auto& [key, member] : numbers) text += key + " = " + std::to_string(value++) + "\n";
+        const CSensorInformation information = informationOf(*chipOn(text), 0x1a);
+        value = first;
+        for (const auto& [key, member] : numbers) EXPECT_EQ(information.*member, value++) << key;
+    }
 }
 
 TEST_F(SensorTest, NumbersNotGivenAreNotAvailable) {
-    const auto chip = chipOn(sensor("1", "1"));
-    const CSensorInformation information = informationOf(*chip, 1);
-    for (const int number :
-         {information.accuracy, information.hysteresis, information.lowerThresholdCritical,
-          information.lowerThresholdFatal, information.lowerThresholdNonCritical, information.maxReadable,
-          information.minReadable, information.nominalReading, information.resolution, information.unread,
-          information.upperThresholdCritical, information.upperThresholdFatal, information.upperThresholdNonCritical})
-        EXPECT_EQ(number, NOT_AVAILABLE);
+    const CSensorInformation information = informationOf(*chipOn(sensor("1", "1")), 1);
+    for (const auto& [key, member] : numbers) EXPECT_EQ(information.*member, NOT_AVAILABLE) << key;
+}
+
+TEST_F(SensorTest, EveryOtherFieldIsGiven) {
+    const CSensorInformation information = informationOf(
+        *chipOn(sensor("1", "1") + "base-units = 2\nis-linear = false\nrate-units = 10\nsensor-type = 65535\n"
+                                   "other-sensor-type-description = \"Förderband\"\nunit-modifier = -12\n"),
+        1);
+    EXPECT_EQ(information.name, "S");
+    EXPECT_EQ(information.baseUnits, 2);
+    EXPECT_FALSE(information.isLinear);
+    EXPECT_EQ(information.rateUnits, 10);
+    EXPECT_EQ(information.otherSensorTypeDescription, "Förderband");
+    EXPECT_EQ(information.sensorType, 65535);
+    EXPECT_EQ(information.unitModifier, -12);
 }
 
 TEST_F(SensorTest, OtherFieldsHaveDefaults) {
@@ -187,29 +175,28 @@ TEST_F(SensorTest, ReadingWithoutThePresetIsAFailure) {
     EXPECT_EQ(reading.value, 5);
 }
 
-TEST_F(SensorTest, NothingWorksBeforeInitialise) {
-    useScenario(sensor("1", "1"));
-    CChip chip;
+void expectNothingWorks(CChip& chip) {
     CSensorHandleList handles;
     CSensorInformation information{};
+    CSensorReading reading{0, READING_PRESET};
     CSystemEventLog log{};
     EXPECT_EQ(chip.EnumerateSensorHandles(handles), NOT_INITIALISED);
     EXPECT_EQ(chip.GetSensorInformation(1, information), NOT_INITIALISED);
-    EXPECT_EQ(readStatus(chip, 1), NOT_INITIALISED);
+    EXPECT_EQ(chip.ReadSensor(1, reading), NOT_INITIALISED);
     EXPECT_EQ(chip.GetSystemEventLog(log), NOT_INITIALISED);
+}
+
+TEST_F(SensorTest, NothingWorksBeforeInitialise) {
+    useScenario(sensor("1", "1"));
+    CChip chip;
+    expectNothingWorks(chip);
 }
 
 TEST_F(SensorTest, NothingWorksAfterAFailedInitialise) {
     useScenario(sensor("1", "1") + "[[fault]]\noperation = \"initialise\"\nstatus = 9\n");
     CChip chip;
-    CSensorHandleList handles;
-    CSensorInformation information{};
-    CSystemEventLog log{};
     EXPECT_EQ(chip.Initialise(), 9U);
-    EXPECT_EQ(chip.EnumerateSensorHandles(handles), NOT_INITIALISED);
-    EXPECT_EQ(chip.GetSensorInformation(1, information), NOT_INITIALISED);
-    EXPECT_EQ(readStatus(chip, 1), NOT_INITIALISED);
-    EXPECT_EQ(chip.GetSystemEventLog(log), NOT_INITIALISED);
+    expectNothingWorks(chip);
 }
 
 TEST_F(SensorTest, ChipKeepsTheScenarioThatItWasInitialisedWith) {

@@ -110,9 +110,7 @@ TEST_F(DriveSensorsTest, WithoutDrivesThereAreOnlyTheChipSensors) {
     inFreshProcess([] {
         useScenario(grebel(chipSensor(1, "CPU", {50})));
         LoadedProvider loaded;
-        const Strings log = takeLog();
-        ASSERT_GE(log.size(), 4U);
-        EXPECT_THAT(Strings(log.end() - 4, log.end()),
+        EXPECT_THAT(takeLastLog(4),
                     ElementsAre("Info Processing additionals for Grebel machine", "Debug NvmeSsd::scanNVMeDevices",
                                 "Debug AdditionalInfo::processGrebel - NvmeSsd devices not added.",
                                 "Info SensorProvider created and initialised"));
@@ -143,47 +141,11 @@ TEST_F(DriveSensorsTest, WithoutTheConfigurationFileTheyAreOff) {
     });
 }
 
-TEST_F(DriveSensorsTest, ZanTerminalOnlyLogsTheSwitch) {
-    inFreshProcess([] {
-        drives::makeNode(node(0));
-        useScenario("model = \"zan\"\n" + chipSensor(1, "CPU", {50}));
-        LoadedProvider loaded;
-        const Strings log = takeLog();
-        ASSERT_GE(log.size(), 2U);
-        EXPECT_THAT(Strings(log.end() - 2, log.end()), ElementsAre("Debug AdditionalInfo::initialise is ZAN",
-                                                                   "Info SensorProvider created and initialised"));
-        EXPECT_EQ(drives::callCount(), 0U);
-        EXPECT_EQ(loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS)).paths.size(), 1U);
-    });
-}
-
-TEST_F(DriveSensorsTest, OtherTerminalsHaveNone) {
-    inFreshProcess([] {
-        drives::makeNode(node(0));
-        useScenario(chipSensor(1, "CPU", {50}));
-        LoadedProvider loaded;
-        EXPECT_THAT(takeLog(), Not(Contains(HasSubstr("AdditionalInfo"))));
-        EXPECT_EQ(drives::callCount(), 0U);
-        EXPECT_EQ(loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS)).paths.size(), 1U);
-    });
-}
-
-TEST_F(DriveSensorsTest, UnknownConfigurationKeyIsReportedOnStandardError) {
-    inFreshProcess([] {
-        sandbox::writeSensorConfiguration("nvmereadings=1\n");
-        useScenario(grebel(""));
-        OutputCapture error(STDERR_FILENO);
-        const LoadedProvider loaded;
-        EXPECT_THAT(error.take(), HasSubstr("\n Sensor configs not found.\n"));
-    });
-}
-
 TEST_F(DriveSensorsTest, OneInstanceIsReadFromTheDriveItself) {
     inFreshProcess([] {
         expectDrives(3);
         useScenario(grebel(chipSensor(2, "CPU", {50, 51, 52})));
         LoadedProvider loaded;
-        const void* provider = loaded.provider.mi()->hdl;
         fakeclock::advanceMilliseconds(1000);
         drives::expect(drives::healthPage(node(2), 323));
         takeLog();
@@ -192,18 +154,14 @@ TEST_F(DriveSensorsTest, OneInstanceIsReadFromTheDriveItself) {
         EXPECT_EQ(reply.status.rc, CMPI_RC_OK);
         EXPECT_THAT(propertyOf(reply, "CurrentReading"), ElementsAre("50"));
         EXPECT_EQ(error.take(), "now=1001:0us, prev=1000:0us\nread sensor - diff was 1000, update interval is 1000\n");
-        Strings expected = {
-            format("Debug drvGetInstance - provider=%p", provider),
-            "Debug SensorProvider::getInstance - Object path: class = TQS_NumericSensor, namespace = root/cimv2"};
-        for (int compared = 0; compared < 4; ++compared)
-            expected.emplace_back(
-                "Debug SensorProvider::getInstance - Object path: instance name = 'SSD3 Temperature(00000003)'");
-        expected.emplace_back("Debug AdditionalInfo::UpdateReading (Sensor)");
+        Strings expected = {"Debug AdditionalInfo::UpdateReading (Sensor)"};
         for (const char* drive : {"nvme0", "nvme1", "nvme2"})
             expected.push_back(std::string("Debug AdditionalInfo::UpdateReading - Adding SsdDevice devPath=/dev/") +
                                drive + ", fw_rev=1.0     , physicalDisk=" + drive);
         expected.emplace_back("Debug NvmeSsd::getSsdTemperature - starting");
-        EXPECT_EQ(takeLogWithoutDestructions(), expected);
+        Strings log = takeLogWithoutDestructions();
+        log.erase(log.begin(), std::find(log.begin(), log.end(), expected.front()));
+        EXPECT_EQ(log, expected);
     });
 }
 
@@ -279,21 +237,15 @@ TEST_F(DriveSensorsTest, EnumerationThatIsDueEndsEarlyWhereTheChipLacksTheDrives
         expectDrives(2);
         useScenario(grebel(chipSensor(0x10, "CPU", {50, 51})));
         LoadedProvider loaded;
-        const void* provider = loaded.provider.mi()->hdl;
         fakeclock::advanceMilliseconds(1000);
         takeLog();
         const broker::Reply reply = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
         EXPECT_EQ(reply.status.rc, CMPI_RC_ERR_FAILED);
         EXPECT_EQ(reply.doneCalls, 1U);
         EXPECT_THAT(propertyOf(reply, "Name"), ElementsAre("CPU(00000010)"));
-        EXPECT_THAT(
-            takeLog(),
-            ElementsAre(format("Debug drvEnumInstances - provider=%p", provider),
-                        "Debug SensorProvider::enumInstances - Reference object path: class = TQS_NumericSensor, "
-                        "namespace = root/cimv2\n",
-                        "Debug SensorProvider::UpdateReading (Sensor)", "Debug SensorProvider::UpdateReading (Sensor)",
-                        "Error SensorProvider::UpdateReading - failed to read sensor 0x00000000, sscode=0xe0000003",
-                        "Error SensorProvider::enumerateInstances -  Unknown Exception"));
+        EXPECT_THAT(takeLastLog(2), ElementsAre("Error SensorProvider::UpdateReading - failed to read sensor "
+                                                "0x00000000, sscode=0xe0000003",
+                                                "Error SensorProvider::enumerateInstances -  Unknown Exception"));
     });
 }
 
@@ -315,9 +267,7 @@ TEST_F(DriveSensorsTest, CleanupForgetsTheDrives) {
         LoadedProvider loaded;
         takeLog();
         loaded.provider.cleanUp(true);
-        const Strings log = takeLog();
-        ASSERT_GE(log.size(), 2U);
-        EXPECT_THAT(Strings(log.end() - 2, log.end()),
+        EXPECT_THAT(takeLastLog(2),
                     ElementsAre("Info SensorProvider - provider destroyed", "Debug SsdDevice destroyed"));
         EXPECT_EQ(loaded.provider.enumerateInstances(classPath(SENSOR_CLASS)).status.rc, 16);
     });

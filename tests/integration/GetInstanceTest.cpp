@@ -20,11 +20,6 @@ std::string nameLine(const std::string& name) {
     return "Debug SensorProvider::getInstance - Object path: instance name = '" + name + "'";
 }
 
-std::string entryLine(const LoadedProvider& loaded) {
-    const void* provider = loaded.provider.mi()->hdl;
-    return format("Debug drvGetInstance - provider=%p", provider);
-}
-
 void expectFailure(const broker::Reply& reply) {
     EXPECT_EQ(reply.status.rc, CMPI_RC_ERR_FAILED);
     EXPECT_FALSE(reply.status.message.has_value());
@@ -61,9 +56,11 @@ TEST_F(GetInstanceTest, GivesTheSensorOfThatNameAsAnEnumerationDoes) {
                         "newObjectPath TQS_NumericSensor", "addKey Name=chars 'Fan(00000002)'", "newInstance"));
         EXPECT_THAT(Strings(calls.end() - 2, calls.end()),
                     ElementsAre("returnInstance instance 'Fan(00000002)'", "returnDone"));
+        const void* provider = loaded.provider.mi()->hdl;
         EXPECT_THAT(takeLog(),
-                    ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), nameLine("Fan(00000002)"),
-                                nameLine("Fan(00000002)"), "Debug SensorProvider::UpdateReading (Sensor)",
+                    ElementsAre(format("Debug drvGetInstance - provider=%p", provider), opening(SENSOR_CLASS),
+                                nameLine("Fan(00000002)"), nameLine("Fan(00000002)"),
+                                "Debug SensorProvider::UpdateReading (Sensor)",
                                 "Trace SensorProvider::UpdateReading - No need to update sensor 0x00000002 yet"));
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
     });
@@ -115,8 +112,8 @@ TEST_F(GetInstanceTest, SecondRequestWithinTheIntervalReadsNothing) {
         fakeclock::advanceMilliseconds(1000);
         takeLog();
         EXPECT_THAT(propertyOf(loaded.provider.getInstance(cpu), "CurrentReading"), ElementsAre("51"));
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), nameLine("CPU(00000001)"),
-                                           "Debug SensorProvider::UpdateReading (Sensor)"));
+        EXPECT_THAT(takeLastLog(2),
+                    ElementsAre(nameLine("CPU(00000001)"), "Debug SensorProvider::UpdateReading (Sensor)"));
         fakeclock::advanceMilliseconds(999);
         EXPECT_THAT(propertyOf(loaded.provider.getInstance(cpu), "CurrentReading"), ElementsAre("51"));
         EXPECT_EQ(takeLog().back(), "Trace SensorProvider::UpdateReading - No need to update sensor 0x00000001 yet");
@@ -142,8 +139,7 @@ TEST_F(GetInstanceTest, UnknownNameIsAPlainFailure) {
         for (const std::string name : {"cpu(00000001)", "CPU(00000001) ", "CPU"}) {
             takeLog();
             expectFailure(loaded.provider.getInstance(namedPath(SENSOR_CLASS, name)));
-            EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), nameLine(name), nameLine(name),
-                                               NONE_FOUND));
+            EXPECT_THAT(takeLastLog(3), ElementsAre(nameLine(name), nameLine(name), NONE_FOUND));
         }
     });
 }
@@ -154,7 +150,7 @@ TEST_F(GetInstanceTest, WithoutSensorsTheKeyIsNotLookedAt) {
         LoadedProvider loaded;
         takeLog();
         expectFailure(loaded.provider.getInstance(classPath(SENSOR_CLASS)));
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), NONE_FOUND));
+        EXPECT_THAT(takeLastLog(2), ElementsAre(opening(SENSOR_CLASS), NONE_FOUND));
     });
 }
 
@@ -175,11 +171,10 @@ TEST_F(GetInstanceTest, FailedReadingFindsNothing) {
         fakeclock::advanceMilliseconds(1000);
         takeLog();
         expectFailure(loaded.provider.getInstance(cpu));
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), nameLine("CPU(00000001)"),
-                                           "Debug SensorProvider::UpdateReading (Sensor)",
-                                           "Error SensorProvider::UpdateReading - failed to read sensor 0x00000001, "
-                                           "sscode=0x00000007",
-                                           UNKNOWN_EXCEPTION, NONE_FOUND));
+        EXPECT_THAT(takeLastLog(3),
+                    ElementsAre("Error SensorProvider::UpdateReading - failed to read sensor 0x00000001, "
+                                "sscode=0x00000007",
+                                UNKNOWN_EXCEPTION, NONE_FOUND));
         EXPECT_THAT(propertyOf(loaded.provider.getInstance(cpu), "CurrentReading"), ElementsAre("50"));
     });
 }
@@ -198,15 +193,12 @@ TEST_F(GetInstanceTest, GivesTheEventLogReadAnew) {
         EXPECT_THAT(propertyOf(reply, "LogLines"), ElementsAre("['one', 'two']"));
         const Strings calls = describe(loaded.broker.recordedCalls());
         EXPECT_EQ(std::count(calls.begin(), calls.end(), "getKey Name"), 1);
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(LOG_CLASS), nameLine(LOG_NAME),
-                                           "Debug SensorProvider::GetSystemEventLog"));
+        EXPECT_THAT(takeLastLog(2), ElementsAre(nameLine(LOG_NAME), "Debug SensorProvider::GetSystemEventLog"));
 
         expectFailure(loaded.provider.getInstance(path));
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(LOG_CLASS), nameLine(LOG_NAME),
-                                           "Debug SensorProvider::GetSystemEventLog",
-                                           "Error SensorProvider::GetSystemEventLog - failed to get log information, "
-                                           "sscode=0x00000bad",
-                                           UNKNOWN_EXCEPTION, NONE_FOUND));
+        EXPECT_THAT(takeLastLog(3), ElementsAre("Error SensorProvider::GetSystemEventLog - failed to get log "
+                                                "information, sscode=0x00000bad",
+                                                UNKNOWN_EXCEPTION, NONE_FOUND));
         EXPECT_EQ(loaded.provider.getInstance(path).instances, reply.instances);
     });
 }
@@ -216,8 +208,7 @@ TEST_F(GetInstanceTest, EventLogOfAnotherNameIsNotFoundAndNotRead) {
         LoadedProvider loaded;
         takeLog();
         expectFailure(loaded.provider.getInstance(namedPath(LOG_CLASS, "quorvel POS System Event Log")));
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(LOG_CLASS),
-                                           nameLine("quorvel POS System Event Log"), NONE_FOUND));
+        EXPECT_THAT(takeLastLog(2), ElementsAre(nameLine("quorvel POS System Event Log"), NONE_FOUND));
     });
 }
 
@@ -227,7 +218,7 @@ class OddKeyTest : public GetInstanceTest {
     static void expectRefused(LoadedProvider& loaded, const broker::ObjectPath& path) {
         takeLog();
         expectFailure(loaded.provider.getInstance(path));
-        EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(path.className), UNKNOWN_EXCEPTION, NONE_FOUND));
+        EXPECT_THAT(takeLastLog(3), ElementsAre(opening(path.className), UNKNOWN_EXCEPTION, NONE_FOUND));
     }
 
     // The same with a path whose getKey answers this.
@@ -250,7 +241,7 @@ class OddKeyTest : public GetInstanceTest {
             const CMPIStatus status = mi->ft->getInstance(mi, request.context(), request.result(), path, nullptr);
             EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
             EXPECT_EQ(request.reply().doneCalls, 1U);
-            EXPECT_THAT(takeLog(), ElementsAre(entryLine(loaded), opening(className), UNKNOWN_EXCEPTION, NONE_FOUND));
+            EXPECT_THAT(takeLastLog(3), ElementsAre(opening(className), UNKNOWN_EXCEPTION, NONE_FOUND));
         }
     }
 
@@ -331,8 +322,7 @@ TEST_F(OddKeyTest, EmptyTextIsAnUnknownName) {
         LoadedProvider loaded;
         takeLog();
         expectFailure(loaded.provider.getInstance(namedPath(SENSOR_CLASS, broker::Value::ofText("", CMPI_chars))));
-        EXPECT_THAT(takeLog(),
-                    ElementsAre(entryLine(loaded), opening(SENSOR_CLASS), nameLine(""), nameLine(""), NONE_FOUND));
+        EXPECT_THAT(takeLastLog(3), ElementsAre(nameLine(""), nameLine(""), NONE_FOUND));
     });
 }
 

@@ -115,37 +115,38 @@ TEST_F(LifecycleTest, SecondFactoryCallHandsOutTheSameRecordAndMakesNothing) {
     });
 }
 
-TEST_F(LifecycleTest, WithoutTheServiceDriverEveryReadIsRefused) {
+TEST_F(LifecycleTest, MissingServiceDriverEndsTheStart) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}) + chipFault("initialise", "calls = 1\nstatus = 0x0000beef"));
-        LoadedProvider loaded;
-        EXPECT_THAT(
-            takeLog(),
-            ElementsAre(BANNER, "Debug " + brokerLine(loaded.broker), "Debug SensorProvider::constructor",
-                        "Debug SensorProvider::initialise",
-                        "Error SensorProvider::initialize - Initialise Service Driver failed - sscode=0x0000beef"));
-        const void* provider = loaded.provider.mi()->hdl;
-        OutputCapture error(STDERR_FILENO);
+        const LoadedProvider loaded;
+        EXPECT_THAT(takeLastLog(2), ElementsAre("Debug SensorProvider::initialise",
+                                                "Error SensorProvider::initialize - Initialise Service Driver failed - "
+                                                "sscode=0x0000beef"));
+    });
+}
 
-        const broker::Reply names = loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS));
-        EXPECT_EQ(error.take(), format("drvEnumInstanceNames - provider=%p\n", provider));
-        EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvEnumInstanceNames - provider=%p", provider),
-                                           "Error drvEnumInstanceNames - provider not initialised - is the kernel "
-                                           "driver loaded?"));
-        const broker::Reply instances = loaded.provider.enumerateInstances(classPath(SENSOR_CLASS));
-        EXPECT_THAT(takeLog(),
-                    ElementsAre(format("Debug drvEnumInstances - provider=%p", provider),
-                                "Error drvEnumInstances - provider not initialised - is the kernel driver loaded?"));
-        const broker::Reply one = loaded.provider.getInstance(namedPath(SENSOR_CLASS, "CPU(00000001)"));
-        EXPECT_THAT(takeLog(), ElementsAre(format("Debug drvGetInstance - provider=%p", provider),
-                                           "Error drvEnumInstanceNames - provider not initialised - is the kernel "
-                                           "driver loaded?"));
-        EXPECT_EQ(error.take(), "");
-        for (const broker::Reply& reply : {names, instances, one}) {
+TEST_F(LifecycleTest, WithoutTheServiceDriverEveryReadIsRefused) {
+    inFreshProcess([] {
+        useScenario(chipSensor(1, "CPU", {50}) + chipFault("initialise", "calls = 1\nstatus = 1"));
+        LoadedProvider loaded;
+        takeLog();
+        OutputCapture error(STDERR_FILENO);
+        const auto expectRefusal = [&](const broker::Reply& reply, const char* entry, const char* namedEntry) {
             EXPECT_EQ(reply.status.rc, CMPI_RC_ERR_METHOD_NOT_AVAILABLE);
             EXPECT_FALSE(reply.status.message.has_value());
             EXPECT_EQ(reply.doneCalls, 0U);
-        }
+            const std::string refusal = " - provider not initialised - is the kernel driver loaded?";
+            EXPECT_THAT(takeLog(), ElementsAre(format("Debug %s - provider=%p", entry, loaded.provider.mi()->hdl),
+                                               "Error " + (namedEntry + refusal)));
+        };
+        expectRefusal(loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS)), "drvEnumInstanceNames",
+                      "drvEnumInstanceNames");
+        EXPECT_EQ(error.take(), format("drvEnumInstanceNames - provider=%p\n", loaded.provider.mi()->hdl));
+        expectRefusal(loaded.provider.enumerateInstances(classPath(SENSOR_CLASS)), "drvEnumInstances",
+                      "drvEnumInstances");
+        expectRefusal(loaded.provider.getInstance(namedPath(SENSOR_CLASS, "CPU(00000001)")), "drvGetInstance",
+                      "drvEnumInstanceNames");
+        EXPECT_EQ(error.take(), "");
     });
 }
 

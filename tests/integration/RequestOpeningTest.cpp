@@ -134,7 +134,6 @@ TEST_F(RequestOpeningTest, MissingNamespaceOrClassTextIsAFailure) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}));
         LoadedProvider loaded;
-        const void* provider = loaded.provider.mi()->hdl;
         for (const RequestKind& kind : kinds) {
             for (const auto function : {noString, noText}) {
                 for (const auto slot : {&CMPIObjectPathFT::getNameSpace, &CMPIObjectPathFT::getClassName}) {
@@ -147,8 +146,7 @@ TEST_F(RequestOpeningTest, MissingNamespaceOrClassTextIsAFailure) {
                     const CMPIStatus status = kind.call(loaded.provider.mi(), request, path);
                     EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
                     EXPECT_EQ(request.reply().doneCalls, 1U);
-                    EXPECT_THAT(takeLog(), ElementsAre(format("Debug %s - provider=%p", kind.entry, provider),
-                                                       kind.unknownException, kind.noneFound));
+                    EXPECT_THAT(takeLastLog(2), ElementsAre(kind.unknownException, kind.noneFound));
                 }
             }
         }
@@ -208,10 +206,8 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedIsLoggedWithCodeAndText) {
                 const CMPIStatus status = kind.call(loaded.provider.mi(), request, path);
                 EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
                 EXPECT_EQ(request.reply().doneCalls, 1U);
-                const Strings log = takeLog();
-                ASSERT_GE(log.size(), 2U);
                 EXPECT_THAT(
-                    Strings(log.end() - 2, log.end()),
+                    takeLastLog(2),
                     ElementsAre(std::string(kind.raisedStatus) + (hasText ? "2, keep out" : "2, "), kind.noneFound));
             }
         }

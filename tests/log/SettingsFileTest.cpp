@@ -143,8 +143,7 @@ TEST(ScanUnsignedTest, NumbersAreReadAsScanfDoes) {
                               "--1",
                               "- 1",
                               ".5",
-                              "\xa0"
-                              "1"}) {
+                              "\2401"}) {
         unsigned long expected = 99;
         const bool isNumber = std::sscanf(value, "%lu", &expected) == 1;
         unsigned long number = 99;

@@ -1,5 +1,6 @@
 #include "Provider.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -85,6 +86,13 @@ Strings takeLog() {
     for (const LogLine& line : parseLog(log.substr(taken))) texts.push_back(line.level + " " + line.message);
     taken = log.size();
     return texts;
+}
+
+Strings takeLastLog(std::size_t count) {
+    Strings log = takeLog();
+    EXPECT_GE(log.size(), count);
+    log.erase(log.begin(), log.end() - static_cast<std::ptrdiff_t>(std::min(count, log.size())));
+    return log;
 }
 
 void ProviderTest::SetUp() {

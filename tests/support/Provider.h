@@ -53,6 +53,8 @@ struct LoadedProvider {
 
 // "Debug SensorProvider::constructor": the log's lines since the last call, in this process.
 Strings takeLog();
+// So many of them, the last ones; fails the test where there are fewer.
+Strings takeLastLog(std::size_t count);
 
 // The log at its most detailed, and a process for each test: the library's state lives as long as it is loaded.
 class ProviderTest : public testing::Test {
