@@ -10,6 +10,7 @@
 
 #include "FailingCLibrary.h"
 #include "FaultyStart.h"
+#include "OpenDescriptors.h"
 #include "StreamsTo.h"
 
 namespace {
@@ -17,11 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned FAR_MORE_THAN_THERE_ARE = 1000;
-
-std::size_t openDescriptors() {
-    const fs::directory_iterator all("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
 
 // Calls `attempt(n, error)` for n = 1, 2, ... until it answers that the call did not come. How many calls came.
 template <typename Attempt>

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <string>
 
+#include "OpenDescriptors.h"
 namespace fs = std::filesystem;
 
 namespace {
@@ -16,8 +17,8 @@ namespace {
 constexpr std::size_t HEAP_SLACK = 16384;             // freed blocks that malloc keeps in its caches count as taken
 constexpr std::size_t OWN_SLACK = 2UL * 1024 * 1024;  // arenas and the loader's tables settle late
 
-std::size_t entriesOf(const char* folder) {
-    const fs::directory_iterator all(folder);
+std::size_t threadsNow() {
+    const fs::directory_iterator all("/proc/self/task");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
@@ -44,7 +45,7 @@ Holdings Holdings::now() {
     // Sanitizers and valgrind answer nothing here.
     const struct mallinfo2 heap = mallinfo2();
     const std::size_t taken = heap.uordblks + heap.hblkhd;
-    return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), taken, taken == 0 ? 0 : residentBytesNow(),
+    return {openDescriptors(), threadsNow(), taken, taken == 0 ? 0 : residentBytesNow(),
             taken == 0 ? 0 : ownBytesNow()};
 }
 

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "FileContents.h"
+#include "OpenDescriptors.h"
 #include "OpenHandler.h"
 #include "Sandbox.h"
 #include "StreamsTo.h"
@@ -245,16 +246,6 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) 
         EXPECT_EQ(countLines(contentsOf(file)).torn, 0U) << file;
 }
 
-unsigned openDescriptorsOf(const fs::path& path) {
-    unsigned count = 0;
-    std::error_code ignored;
-    for (const fs::directory_entry& descriptor : fs::directory_iterator("/proc/self/fd")) {
-        // A deleted file's name has more after it.
-        if (fs::read_symlink(descriptor, ignored).native().rfind(path.native(), 0) == 0) ++count;
-    }
-    return count;
-}
-
 TEST_F(LogStressTest, ThreadsThatFindTheFileDeletedAtOnceReplaceItByOne) {
     inProcesses(1, [](unsigned) {
         OpenHandler handler;
@@ -271,7 +262,7 @@ TEST_F(LogStressTest, ThreadsThatFindTheFileDeletedAtOnceReplaceItByOne) {
         for (std::thread& thread : threads) thread.join();
         handler.write(numberedLine(9, 1, 60));
         EXPECT_EQ(handler.state(), State::Open);
-        EXPECT_EQ(openDescriptorsOf(LOG_FILE), 1U);
+        EXPECT_EQ(openDescriptors(LOG_FILE), 1U);
     });
     EXPECT_EQ(countLines(contentsOf(LOG_FILE)).torn, 0U);
 }

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
+#include "OpenDescriptors.h"
 #include "Provider.h"
 
 namespace {
@@ -30,12 +30,6 @@ Strings outputLines(const std::string& command) {
 
 Strings dynamicEntries(const std::string& tag) {
     return outputLines("LC_ALL=C readelf -dW " PROVIDER_LIBRARY " | sed -n 's/.*(" + tag + ").*\\[\\(.*\\)\\]/\\1/p'");
-}
-
-// Those of this function's own reading of the folder included.
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
 // "r--p", "rw-p" and the like, of the page at the address; empty where there is none.

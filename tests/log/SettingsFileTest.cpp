@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "OpenDescriptors.h"
 #include "SettingsFile.h"
 #include "TemporaryDirectory.h"
 
@@ -20,11 +21,6 @@ using testing::Pair;
 namespace {
 
 using Settings = std::vector<std::pair<std::string, std::string>>;
-
-std::ptrdiff_t openDescriptors() {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
-}
 
 class SettingsFileTest : public testing::Test {
   protected:
@@ -101,55 +97,46 @@ TEST_F(SettingsFileTest, FileThatCannotBeReadHasNoSettings) {
 }
 
 TEST_F(SettingsFileTest, FileIsClosedAtItsEnd) {
-    const std::ptrdiff_t before = openDescriptors();
+    const std::size_t before = openDescriptors();
     settingsIn("a=1\n");
     EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST_F(SettingsFileTest, FileIsClosedWhenTheReceiverThrows) {
     write("a=1\nb=2\n");
-    const std::ptrdiff_t before = openDescriptors();
+    const std::size_t before = openDescriptors();
     const auto refuse = [](const std::string& key, const std::string&) { throw std::runtime_error(key); };
     EXPECT_THROW(readSettings(m_path.c_str(), refuse), std::runtime_error);
     EXPECT_EQ(openDescriptors(), before);
 }
 
+// Whether it is a number, and which, as scanf says it.
+void expectAsScanfReadsIt(const std::string& value, bool isNumber) {
+    unsigned long expected = 99;
+    ASSERT_EQ(std::sscanf(value.c_str(), "%lu", &expected) == 1, isNumber) << "'" << value << "'";
+    unsigned long number = 99;
+    EXPECT_EQ(scanUnsigned(value, number), isNumber) << "'" << value << "'";
+    EXPECT_EQ(number, expected) << "'" << value << "'";
+}
+
 TEST(ScanUnsignedTest, NumbersAreReadAsScanfDoes) {
-    for (const char* value : {"0",
-                              "1",
-                              "4294967296",
-                              "18446744073709551615",
-                              "18446744073709551616",
-                              "99999999999999999999999999",
-                              "-1",
-                              "-0",
-                              "-18446744073709551616",
-                              "+7",
-                              " \t\n\v\f\r7",
-                              "7 # seven",
-                              "7\r",
-                              "7.9",
-                              "0x1f",
-                              "010",
-                              "1e3",
-                              "1,000",
-                              "",
-                              " ",
-                              "x",
-                              "x1",
-                              "-",
-                              "+",
-                              "+-1",
-                              "--1",
-                              "- 1",
-                              ".5",
-                              "\2401"}) {
-        unsigned long expected = 99;
-        const bool isNumber = std::sscanf(value, "%lu", &expected) == 1;
-        unsigned long number = 99;
-        EXPECT_EQ(scanUnsigned(value, number), isNumber) << "'" << value << "'";
-        EXPECT_EQ(number, expected) << "'" << value << "'";
-    }
+    for (const char* value : {"0", "1", "+7", "010", "4294967296", "18446744073709551615", "-1", "-0"})
+        expectAsScanfReadsIt(value, true);
+}
+
+TEST(ScanUnsignedTest, NumbersThatAreTooLargeAreReadAsScanfDoes) {
+    for (const char* value : {"18446744073709551616", "-18446744073709551616", "99999999999999999999999999"})
+        expectAsScanfReadsIt(value, true);
+}
+
+TEST(ScanUnsignedTest, WhatFollowsANumberIsLeft) {
+    for (const char* value : {" \t\n\v\f\r7", "7 # seven", "7\r", "7.9", "0x1f", "1e3", "1,000"})
+        expectAsScanfReadsIt(value, true);
+}
+
+TEST(ScanUnsignedTest, WhatIsNoNumberLeavesTheOldOne) {
+    for (const char* value : {"", " ", "x", "x1", "-", "+", "+-1", "--1", "- 1", ".5", "\2401"})
+        expectAsScanfReadsIt(value, false);
 }
 
 TEST(ScanUnsignedTest, NegativeNumberWrapsAround) {

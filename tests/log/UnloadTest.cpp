@@ -4,15 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 
 #include "LogLines.h"
+#include "OpenDescriptors.h"
 #include "RunAnew.h"
 #include "Sandbox.h"
-
-namespace fs = std::filesystem;
 
 using testing::ElementsAre;
 
@@ -27,14 +25,6 @@ void* load() {
     return module;
 }
 
-bool hasLogOpen() {
-    for (const fs::directory_entry& descriptor : fs::directory_iterator("/proc/self/fd")) {
-        std::error_code gone;
-        if (fs::read_symlink(descriptor, gone) == "/var/log/tarn/tarn.log") return true;
-    }
-    return false;
-}
-
 class UnloadTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
@@ -45,10 +35,10 @@ TEST_F(UnloadTest, UnloadingDeletesTheSinkAndLoadingMakesAnother) {
         for (const char* message : {"first", "second"}) {
             void* const module = load();
             logFromModule(message);
-            EXPECT_TRUE(hasLogOpen());
+            EXPECT_EQ(openDescriptors("/var/log/tarn/tarn.log"), 1U);
             dlclose(module);
             EXPECT_EQ(dlopen(LOADED_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
-            EXPECT_FALSE(hasLogOpen());
+            EXPECT_EQ(openDescriptors("/var/log/tarn/tarn.log"), 0U);
         }
     });
     EXPECT_EQ(output, "Logger created\nLogger created\n");
