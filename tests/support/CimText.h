@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Broker.h"
+#include "broker/Broker.h"
 
 using Strings = std::vector<std::string>;
 
