@@ -20,7 +20,7 @@ Terminal* makeTerminal() {
 
 }  // namespace
 
-CChip::CChip() : m_state(nullptr) {}
+CChip::CChip() : m_state(nullptr), m_reserved() {}
 
 CChip::~CChip() {
     delete static_cast<Terminal*>(m_state);

@@ -18,8 +18,8 @@ struct MemoryFreer {
     void operator()(void* memory) const { ::operator delete(memory); }
 };
 
-// Null when there is no memory. A function of its own: in the caller the compiler could leave the zeros out, as those of
-// an object that is only constructed afterwards.
+// Null when there is no memory. A function of its own: in the caller the compiler could leave the zeros out, as those
+// of an object that is only constructed afterwards.
 [[gnu::noinline]] void* zeroedMemory(std::size_t size) {
     void* memory = ::operator new(size, std::nothrow);
     return memory == nullptr ? nullptr : std::memset(memory, 0, size);
