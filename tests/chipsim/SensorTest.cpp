@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <thread>
 
 #include "ChipTest.h"
@@ -48,9 +49,9 @@ const std::vector<std::pair<std::string, int CSensorInformation::*>> numbers = {
 };
 
 TEST_F(SensorTest, EveryNumberIsGiven) {
-    for (const int first : {-2147483647, 2147483635}) {
+    for (const std::int64_t first : {-2147483647, 2147483635}) {
         std::string text = sensor("0x1a", "1");
-        int value = first;
+        std::int64_t value = first;
         for (const auto& [key, member] : numbers) text += key + " = " + std::to_string(value++) + "\n";
         const CSensorInformation information = informationOf(*chipOn(text), 0x1a);
         value = first;
