@@ -30,9 +30,8 @@ struct MemoryFreer {
 CChip* makeChip() {
     std::unique_ptr<void, MemoryFreer> memory(zeroedMemory(sizeof(CChip)));
     if (memory == nullptr) return nullptr;
-    CChip* chip = new (memory.get()) CChip;
-    memory.release();
-    return chip;
+    new (memory.get()) CChip;
+    return static_cast<CChip*>(memory.release());
 }
 
 }  // namespace
