@@ -17,7 +17,7 @@ void redirect(const char* path, int descriptor) {
     close(opened);
 }
 
-void enterPrivateFolders() {
+void enterPrivateDirectories() {
     sandbox::enter();
     if (!sandbox::whyUnavailable().empty()) {
         std::fprintf(stderr, "%s\n", sandbox::whyUnavailable().c_str());
@@ -33,7 +33,7 @@ Silence::Silence()
       m_errors(dup(STDERR_FILENO), std::ios::out),
       output(&m_output),
       errors(&m_errors) {
-    enterPrivateFolders();
+    enterPrivateDirectories();
     redirect("/dev/null", STDOUT_FILENO);
     redirect("/dev/null", STDERR_FILENO);
 }

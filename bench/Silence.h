@@ -11,8 +11,8 @@ class Silence {
     __gnu_cxx::stdio_filebuf<char> m_errors;
 
   public:
-    // Enters the private folders (see Sandbox.h) with a log without a limit, and sends standard output and standard
-    // error to /dev/null from then on. Exits the program with a message where there can be no private folders: the
+    // Enters the private directories (see Sandbox.h) with a log without a limit, and sends standard output and standard
+    // error to /dev/null from then on. Exits the program with a message where there can be no private directories: the
     // machine's own are never touched.
     Silence();
     Silence(const Silence&) = delete;

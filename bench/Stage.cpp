@@ -24,7 +24,7 @@ broker::ObjectPath pathOf(int position) {
     return path;
 }
 
-template <class Call>
+template <typename Call>
 void ask(broker::Broker& broker, Call call) {
     broker::Request request(broker);
     const CMPIStatus status = call(request);

@@ -32,7 +32,7 @@ reading = 400
 }  // namespace
 
 void playTerminal(int sensors) {
-    const std::string path = "/etc/tarn/" + std::to_string(sensors) + "-sensors.toml";  // in the private folder
+    const std::string path = "/etc/tarn/" + std::to_string(sensors) + "-sensors.toml";  // in the private directory
     static std::set<int> written;
     if (written.insert(sensors).second) std::ofstream(path) << SENSOR << "count = " << sensors << "\n";
     setenv("ZELCHIP_SCENARIO", path.c_str(), 1);

@@ -22,7 +22,6 @@
 namespace {
 
 constexpr std::int64_t UINT32_TOP = std::numeric_limits<std::uint32_t>::max();
-constexpr int NOT_AVAILABLE = std::numeric_limits<int>::min();  // the bit pattern 0x80000000
 
 constexpr Range ANY_HANDLE = {0, UINT32_TOP};
 constexpr Range ANY_BYTE = {0, 255};
@@ -189,7 +188,7 @@ class ScenarioReader {
 std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
-    // Reading ahead tells a folder, which opens like a file, and an empty file, which must not be copied.
+    // Reading ahead tells a directory, which opens like a file, and an empty file, which must not be copied.
     file.peek();
     if (file.good()) text << file.rdbuf();
     if (file.fail() || text.fail()) {

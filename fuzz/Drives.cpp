@@ -14,12 +14,12 @@
 
 namespace {
 
-constexpr int firstDescriptor = 1000000;  // above all that the system hands out
-constexpr std::uint32_t allNamespaces = 0xFFFFFFFF;
+constexpr int FIRST_DESCRIPTOR = 1000000;  // above all that the system hands out
+constexpr std::uint32_t ALL_NAMESPACES = 0xFFFFFFFF;
 
 drives::Drives s_drives;
 int s_globCode = 0;
-int s_nextDescriptor = firstDescriptor;
+int s_nextDescriptor = FIRST_DESCRIPTOR;
 std::map<int, drives::Drive*> s_open;
 unsigned s_unreleased = 0;
 
@@ -89,9 +89,9 @@ int answerCommand(drives::Drive& drive, nvme_admin_cmd& sent) {
         drive.askedForNamespaces.push_back(sent.nsid);
         return answer(sent, drive.identifyNamespace, namespacePage.data());
     }
-    if (isSame(sent, command(0x0A, allNamespaces, 0, 0x104, 0x100000))) return answer(sent, drive.under, nullptr);
-    if (isSame(sent, command(0x0A, allNamespaces, 0, 0x104, 0))) return answer(sent, drive.over, nullptr);
-    if (isSame(sent, command(0x02, allNamespaces, 512, 0x007F0002))) {
+    if (isSame(sent, command(0x0A, ALL_NAMESPACES, 0, 0x104, 0x100000))) return answer(sent, drive.under, nullptr);
+    if (isSame(sent, command(0x0A, ALL_NAMESPACES, 0, 0x104, 0))) return answer(sent, drive.over, nullptr);
+    if (isSame(sent, command(0x02, ALL_NAMESPACES, 512, 0x007F0002))) {
         return answer(sent, drive.health, drive.healthPage.data());
     }
     fail("a command is none of those that the provider sends");
@@ -114,7 +114,7 @@ void set(const Drives& drives, int globCode) {
     require(s_open.empty(), "no drive is open when the drives change");
     s_drives = drives;
     s_globCode = globCode;
-    s_nextDescriptor = firstDescriptor;
+    s_nextDescriptor = FIRST_DESCRIPTOR;
 }
 
 const Drives& now() {
@@ -156,7 +156,7 @@ int __wrap_open(const char* path, int flags, ...) {
 }
 
 int __wrap_close(int descriptor) {
-    if (descriptor < firstDescriptor) return __real_close(descriptor);
+    if (descriptor < FIRST_DESCRIPTOR) return __real_close(descriptor);
     driveOf(descriptor);
     s_open.erase(descriptor);
     return 0;
@@ -167,7 +167,7 @@ int __wrap_fcntl(int descriptor, int request, ...) {
     va_start(arguments, request);
     const long argument = va_arg(arguments, long);
     va_end(arguments);
-    if (descriptor < firstDescriptor) return __real_fcntl(descriptor, request, argument);
+    if (descriptor < FIRST_DESCRIPTOR) return __real_fcntl(descriptor, request, argument);
     require(request == F_SETFD && static_cast<int>(argument) == FD_CLOEXEC, "a drive is closed on exec");
     if (driveOf(descriptor).takesFlag) return 0;
     errno = EBADF;
@@ -179,7 +179,7 @@ int __wrap_ioctl(int descriptor, unsigned long request, ...) {
     va_start(arguments, request);
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
-    if (descriptor < firstDescriptor) return __real_ioctl(descriptor, request, argument);
+    if (descriptor < FIRST_DESCRIPTOR) return __real_ioctl(descriptor, request, argument);
     return answerIoctl(driveOf(descriptor), request, argument);
 }
 

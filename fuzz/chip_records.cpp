@@ -26,10 +26,9 @@ using broker::Reply;
 using broker::Value;
 using Operation = ProviderUnderTest::Operation;
 
-constexpr unsigned mostRequests = 8;
-constexpr unsigned mostRequestsOnManySensors = 2;  // they take long
-constexpr std::int64_t updateInterval = 1000;      // milliseconds
-constexpr int notAvailable = -2147483647 - 1;
+constexpr unsigned MOST_REQUESTS = 8;
+constexpr unsigned MOST_REQUESTS_ON_MANY_SENSORS = 2;  // they take long
+constexpr std::int64_t UPDATE_INTERVAL = 1000;         // milliseconds
 
 std::string hexadecimal(std::uint32_t number) {
     std::string digits;
@@ -61,7 +60,7 @@ struct ModelSensor {
     std::int64_t lastRead = 0;
 
     bool isDue(std::int64_t now) {
-        if (now - lastRead < updateInterval) return false;
+        if (now - lastRead < UPDATE_INTERVAL) return false;
         lastRead = now;
         return true;
     }
@@ -77,10 +76,10 @@ Instance instanceOf(const ModelSensor& sensor) {
     instance.path = pathOf("TQS_NumericSensor", sensor.name);
     const auto add = [&](const char* name, Value value) { instance.properties.push_back({name, std::move(value)}); };
     const auto addSigned = [&](const char* name, int number) {
-        if (number != notAvailable) add(name, Value::ofSigned(number));
+        if (number != NOT_AVAILABLE) add(name, Value::ofSigned(number));
     };
     const auto addUnsigned = [&](const char* name, int number) {
-        if (number != notAvailable) add(name, Value::ofUnsigned(static_cast<unsigned>(number)));
+        if (number != NOT_AVAILABLE) add(name, Value::ofUnsigned(static_cast<unsigned>(number)));
     };
     addSigned("Accuracy", info.accuracy);
     add("BaseUnits", Value::ofUnsigned(info.baseUnits, CMPI_uint16));
@@ -111,17 +110,17 @@ Instance instanceOf(const ModelSensor& sensor) {
     return instance;
 }
 
-constexpr char logName[] = "Quorvel POS System Event Log";
+constexpr char LOG_NAME[] = "Quorvel POS System Event Log";
 
 Instance instanceOf(const CSystemEventLog& log) {
     Instance instance;
-    instance.path = pathOf("TQS_SystemEventLog", logName);
+    instance.path = pathOf("TQS_SystemEventLog", LOG_NAME);
     const auto add = [&](const char* name, Value value) { instance.properties.push_back({name, std::move(value)}); };
-    add("Caption", chars(logName));
+    add("Caption", chars(LOG_NAME));
     add("CreationClassName", chars("TQS_SystemEventLog"));
     add("Description", chars("The Quorvel POS System Event Log is a motherboard level storage device that contains a "
                              "record of critical system events such as POST errors, disk check errors, etc."));
-    add("DeviceID", chars(logName));
+    add("DeviceID", chars(LOG_NAME));
     add("LogFull", Value::ofBoolean(log.logFull != 0));
     std::vector<Value> lines;
     for (const std::string& line : log.lines) lines.push_back(chars(line));
@@ -129,7 +128,7 @@ Instance instanceOf(const CSystemEventLog& log) {
     add("LogMultipleEventCountIncrement", Value::ofUnsigned(log.multipleEventCountIncrement, CMPI_uint8));
     add("LogMultipleEventTimeWindow", Value::ofUnsigned(log.multipleEventTimeWindow, CMPI_uint8));
     add("LogValid", Value::ofBoolean(log.logValid != 0));
-    add("Name", chars(logName));
+    add("Name", chars(LOG_NAME));
     add("SystemCreationClassName", chars("Computer System"));
     add("SystemName", chars("Quorvel POS Sensor Drivers and System Event Log"));
     return instance;
@@ -138,7 +137,7 @@ Instance instanceOf(const CSystemEventLog& log) {
 int takeNumber(Input& input) {
     switch (input.choice(4)) {
         case 0:
-            return notAvailable;
+            return NOT_AVAILABLE;
         case 1:
             return static_cast<std::int16_t>(input.number16());
         default:
@@ -351,7 +350,7 @@ class Terminal {
     std::string chooseName(bool isLog) {
         const unsigned choice = m_input.byte();
         if (choice >= 0xF8) return m_input.text();
-        if (isLog) return logName;
+        if (isLog) return LOG_NAME;
         return m_sensors.empty() ? "CPU(00000000)" : m_sensors[choice % m_sensors.size()].name.c_str();
     }
 
@@ -359,11 +358,11 @@ class Terminal {
         if (operation == Operation::Names) {
             requireSame(reply.status.rc, 0, "the status");
             require(reply.instances.empty() && reply.paths.size() == 1, "one path is returned");
-            require(reply.paths[0] == pathOf("TQS_SystemEventLog", logName), "the log's path");
+            require(reply.paths[0] == pathOf("TQS_SystemEventLog", LOG_NAME), "the log's path");
             return;
         }
         const bool isAskedFor =
-            operation == Operation::Instances || path.keys[0].value.text.c_str() == std::string(logName);
+            operation == Operation::Instances || path.keys[0].value.text.c_str() == std::string(LOG_NAME);
         const bool isGood = isAskedFor && chip::answers().eventLogStatus == 0;
         requireSame(reply.status.rc, isGood ? 0 : 1, "the status");
         require(reply.paths.empty() && reply.instances.size() == (isGood ? 1U : 0U), "the number of instances");
@@ -465,7 +464,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         ProviderUnderTest provider(broker);
         terminal.start();
-        const unsigned requests = terminal.hasManySensors() ? mostRequestsOnManySensors : mostRequests;
+        const unsigned requests = terminal.hasManySensors() ? MOST_REQUESTS_ON_MANY_SENSORS : MOST_REQUESTS;
         for (unsigned i = 0; i < requests && !input.isEmpty(); ++i) {
             terminal.passTime();
             terminal.checkRequest(provider);

@@ -32,7 +32,7 @@ int takeError(Input& input) {
     return errors[input.choice(8)];
 }
 
-template <class Page>
+template <typename Page>
 void fill(Page& page, std::size_t offset, const std::string& bytes) {
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         page[(offset + i) % page.size()] = static_cast<typename Page::value_type>(bytes[i]);

@@ -25,15 +25,15 @@
 
 namespace {
 
-constexpr std::size_t longest = 4095;  // of a formatted text, in bytes and in wide characters
-constexpr unsigned mostCalls = 8;
+constexpr std::size_t LONGEST = 4095;  // of a formatted text, in bytes and in wide characters
+constexpr unsigned MOST_CALLS = 8;
 
 // The log file, read back and emptied by the fuzzer's own descriptor.
 class LogFile {
   public:
     LogFile() {
-        const char* folder = std::getenv("TMPDIR");
-        m_path = std::string(folder == nullptr ? "/tmp" : folder) + "/zelsensors-fuzz-XXXXXX";
+        const char* directory = std::getenv("TMPDIR");
+        m_path = std::string(directory == nullptr ? "/tmp" : directory) + "/zelsensors-fuzz-XXXXXX";
         m_descriptor = mkostemp(m_path.data(), O_CLOEXEC);
         require(m_descriptor >= 0, "a log file can be made");
     }
@@ -195,7 +195,7 @@ Call callLog(Input& input, LOG_LEVEL level) {
             expected = "100%";
             break;
     }
-    return {level, expected.substr(0, longest)};
+    return {level, expected.substr(0, LONGEST)};
 }
 
 Call callLogQuick(Input& input, LOG_LEVEL level) {
@@ -223,10 +223,10 @@ std::wstring wideText(Input& input) {
 
 // Character by character. Nothing where a character that is reached cannot be converted.
 std::optional<std::string> narrowed(const std::wstring& wide) {
-    constexpr std::size_t room = longest + 1;
+    constexpr std::size_t room = LONGEST + 1;
     std::string text;
     std::size_t lastSize = 0;
-    for (const wchar_t character : wide.substr(0, longest)) {
+    for (const wchar_t character : wide.substr(0, LONGEST)) {
         char bytes[MB_LEN_MAX];
         std::mbstate_t state{};
         if (text.size() == room) break;
@@ -312,7 +312,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
     CapturedStreams streams;
-    for (unsigned call = 0; call < mostCalls && !input.isEmpty(); ++call) callOnce(input);
+    for (unsigned call = 0; call < MOST_CALLS && !input.isEmpty(); ++call) callOnce(input);
     uselocale(LC_GLOBAL_LOCALE);
     return 0;
 }

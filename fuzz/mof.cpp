@@ -17,15 +17,15 @@
 
 namespace {
 
-constexpr char fileName[] = "input.mof";
-constexpr char otherClass[] = "class Fuzz_OfItsOwn {};\n";
+constexpr char FILE_NAME[] = "input.mof";
+constexpr char OTHER_CLASS[] = "class Fuzz_OfItsOwn {};\n";
 
 long linesOf(const std::string& text) {
     return 1 + std::count(text.begin(), text.end(), '\n');
 }
 
 void checkMessage(const std::string& message, const std::string& contents) {
-    const std::string start = std::string(fileName) + ":";
+    const std::string start = std::string(FILE_NAME) + ":";
     require(message.rfind(start, 0) == 0, "a message begins with the file's name");
     const std::size_t digits = message.find_first_not_of("0123456789", start.size());
     require(digits != std::string::npos && digits > start.size() && digits - start.size() < 9,
@@ -39,7 +39,7 @@ void checkMessage(const std::string& message, const std::string& contents) {
 // Nothing where it is refused; the message has been checked.
 std::optional<mof::Schema> read(const std::string& contents, const mof::Schema& before = {}) {
     try {
-        return mof::readMof(contents, fileName, before);
+        return mof::readMof(contents, FILE_NAME, before);
     } catch (const mof::MofError& error) {
         checkMessage(error.what(), contents);
         return std::nullopt;
@@ -112,7 +112,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // The byte-order mark stands at the beginning of a file alone.
     const bool hasMark = contents.rfind("\xef\xbb\xbf", 0) == 0;
     if (!hasMark && schema->findClass("Fuzz_OfItsOwn") == nullptr) {
-        const std::optional<mof::Schema> moved = read(otherClass + contents);
+        const std::optional<mof::Schema> moved = read(OTHER_CLASS + contents);
         require(moved.has_value(), "a class before the others is accepted");
         requireAlike(*schema, *moved, 1);
     }

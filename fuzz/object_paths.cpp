@@ -23,9 +23,9 @@ using broker::Reply;
 using broker::Value;
 using Operation = ProviderUnderTest::Operation;
 
-constexpr char logName[] = "Quorvel POS System Event Log";
-constexpr std::array sensorNames = {"CPU(0000001a)", "Fan 1(0000001b)", "(0000001c)"};
-constexpr unsigned deepest = 3;  // of values in values
+constexpr char LOG_NAME[] = "Quorvel POS System Event Log";
+constexpr std::array SENSOR_NAMES = {"CPU(0000001a)", "Fan 1(0000001b)", "(0000001c)"};
+constexpr unsigned DEEPEST = 3;  // of values in values
 
 // A terminal of three sensors, for the whole life of the process.
 struct Machine {
@@ -83,8 +83,8 @@ std::string takeKeyName(Input& input) {
 
 std::string takeKeyText(Input& input) {
     const unsigned choice = input.choice(8);
-    if (choice < sensorNames.size()) return sensorNames[choice];
-    return choice == 3 ? logName : takeText(input);
+    if (choice < SENSOR_NAMES.size()) return SENSOR_NAMES[choice];
+    return choice == 3 ? LOG_NAME : takeText(input);
 }
 
 ObjectPath takePath(Input& input, unsigned depth);
@@ -97,12 +97,12 @@ Value takeValue(Input& input, unsigned depth) {
         CMPI_string,   CMPI_chars,  CMPI_string,   CMPI_chars,  CMPI_boolean, CMPI_char16,  CMPI_uint8,  CMPI_uint16,
         CMPI_uint32,   CMPI_uint64, CMPI_sint8,    CMPI_sint16, CMPI_sint32,  CMPI_sint64,  CMPI_real32, CMPI_real64,
         CMPI_dateTime, CMPI_ref,    CMPI_instance, CMPI_null,   CMPI_ptr,     CMPI_charsptr};
-    if (depth < deepest && input.choice(8) == 7) return takeArray(input, depth);
+    if (depth < DEEPEST && input.choice(8) == 7) return takeArray(input, depth);
     Value value;
     value.type = input.choice(16) == 15 ? input.number16() : types[input.choice(types.size())];
     // What has no place for a content here is null, as is every tenth of the rest.
     const bool needsContent = value.type == CMPI_ref || value.type == CMPI_instance;
-    value.isNull = value.isArray() || (needsContent && depth >= deepest) || input.choice(10) == 9;
+    value.isNull = value.isArray() || (needsContent && depth >= DEEPEST) || input.choice(10) == 9;
     if (value.isNull) return value;
     if (value.isText() || value.type == CMPI_dateTime) value.text = takeKeyText(input);
     value.unsignedNumber = input.number32();
@@ -164,12 +164,12 @@ Expected expectedOf(Operation operation, const ObjectPath& path) {
     const bool isLog = className == "TQS_SystemEventLog";
     if (lower(path.nameSpace.c_str()) != "root/cimv2") return {CMPI_RC_ERR_INVALID_NAMESPACE, 0, 0};
     if (!isLog && className != "TQS_NumericSensor") return {CMPI_RC_ERR_INVALID_CLASS, 0, 0};
-    if (operation == Operation::Names) return {CMPI_RC_OK, isLog ? 1 : sensorNames.size(), 0};
-    if (operation == Operation::Instances) return {CMPI_RC_OK, 0, isLog ? 1 : sensorNames.size()};
+    if (operation == Operation::Names) return {CMPI_RC_OK, isLog ? 1 : SENSOR_NAMES.size(), 0};
+    if (operation == Operation::Instances) return {CMPI_RC_OK, 0, isLog ? 1 : SENSOR_NAMES.size()};
     std::string name;
     if (!hasName(path, name)) return {CMPI_RC_ERR_FAILED, 0, 0};
-    if (isLog && name == logName) return {CMPI_RC_OK, 0, 1};
-    for (const char* sensorName : sensorNames) {
+    if (isLog && name == LOG_NAME) return {CMPI_RC_OK, 0, 1};
+    for (const char* sensorName : SENSOR_NAMES) {
         if (!isLog && name == sensorName) return {CMPI_RC_OK, 0, 1};
     }
     return {CMPI_RC_ERR_FAILED, 0, 0};

@@ -59,7 +59,7 @@ set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
 set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "simulated point-of-sale terminal for the provider zelsensors
 A chip library with the name and the symbols of the terminal's own, driven by
 scenario files, for development, demonstrations and tests. It is installed in
-a folder of its own, where the system's loader does not find it: on a
+a directory of its own, where the system's loader does not find it: on a
 terminal it never takes the place of the real library.")
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS "zelsensors, zelhost")
 

@@ -1,5 +1,5 @@
 # shellcheck shell=sh
-# Sourced by ./run, ./check and the tools: what they share. The caller has changed to the project's folder and set -eu.
+# Sourced by ./run, ./check and the tools: what they share. The caller has changed to the project's directory and set -eu.
 
 say() { printf '==> %s\n' "$*"; }
 
@@ -20,8 +20,8 @@ missing_of() {
     done
 }
 
-# install SECTION: brings what is missing, and does nothing, without root, where nothing is.
-install() {
+# install_packages SECTION: brings what is missing, and does nothing, without root, where nothing is.
+install_packages() {
     command -v dpkg-query >/dev/null || fail "no dpkg-query here; this is made for Debian 12 and 13"
     missing=$(missing_of "$1")
     if [ -z "$missing" ]; then

@@ -5,22 +5,22 @@
 namespace broker {
 namespace {
 
-constexpr const char* kTable = kTableOf<ArrayObject>;
+constexpr const char* TABLE = TABLE_OF<ArrayObject>;
 
 CMPICount getSize(const CMPIArray* self, CMPIStatus* status) {
     const auto* array = held<ArrayObject>(self);
-    return perform(array, {kTable, "getSize"}, {}, status,
+    return perform(array, {TABLE, "getSize"}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(array->content.elements.size()); });
 }
 
 CMPIType getSimpleType(const CMPIArray* self, CMPIStatus* status) {
     const auto* array = held<ArrayObject>(self);
-    return perform(array, {kTable, "getSimpleType"}, {}, status, [&](CMPIrc&) { return array->content.elementType; });
+    return perform(array, {TABLE, "getSimpleType"}, {}, status, [&](CMPIrc&) { return array->content.elementType; });
 }
 
 CMPIData getElementAt(const CMPIArray* self, CMPICount index, CMPIStatus* status) {
     const auto* array = held<ArrayObject>(self);
-    return perform(array, {kTable, "getElementAt"}, {}, status, [&](CMPIrc& rc) {
+    return perform(array, {TABLE, "getElementAt"}, {}, status, [&](CMPIrc& rc) {
         const ArrayContent& content = array->content;
         // An array of chars is only handed out where chars stay what they are.
         if (index < content.elements.size()) {
@@ -55,10 +55,10 @@ CMPIrc setElementOf(ArrayObject& array, CMPICount index, const CMPIValue* value,
 }
 
 // Editions of <cmpift.h> differ in whether the array is const here; the template suits both.
-template <class Array>
+template <typename Array>
 CMPIStatus setElementAt(Array* self, CMPICount index, const CMPIValue* value, CMPIType type) {
     auto* array = held<ArrayObject>(self);
-    return performStatus(array, {kTable, "setElementAt"}, {nullptr, value, type},
+    return performStatus(array, {TABLE, "setElementAt"}, {nullptr, value, type},
                          [&] { return setElementOf(*array, index, value, type); });
 }
 

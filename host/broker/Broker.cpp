@@ -44,7 +44,7 @@ struct Request::Objects {
     explicit Objects(Broker::State& itsState) : state(itsState), scope(itsState, pool) {}
 
     // Makes an object for the provider to be given: owned, but not counted.
-    template <class T, class Content>
+    template <typename T, typename Content>
     T* give(Content content) {
         auto object = state.build<T>(std::move(content));
         T* made = object.get();

@@ -47,7 +47,7 @@ struct RecordedCall {
 enum class Fault {
     Refuse,      // answer the planned status (and null where a pointer is returned)
     ReturnNull,  // answer null with status 0, as a careless broker might; as Refuse where no pointer is returned
-    Throw,       // raise a std::runtime_error out of the broker
+    Throw,       // throw a std::runtime_error out of the broker
 };
 
 class Broker {

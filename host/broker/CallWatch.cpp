@@ -48,9 +48,9 @@ void CallWatch::updateIsWatching() {
     m_isWatching = m_isRecording || !m_plans.empty();
 }
 
-std::optional<CMPIrc> CallWatch::meetWatched(const Slot& slot, const Carried& carried, bool answersPointer) {
-    RecordedCall call{slot.function, carried.name == nullptr ? "" : carried.name, Value{}};
-    if (carried.value != nullptr) toModel(m_state, carried.value, carried.type, call.value);
+std::optional<CMPIrc> CallWatch::recordWatched(const Slot& slot, const CallArgument& argument, bool answersPointer) {
+    RecordedCall call{slot.function, argument.name == nullptr ? "" : argument.name, Value{}};
+    if (argument.value != nullptr) toModel(m_state, argument.value, argument.type, call.value);
     std::optional<Plan> plan;
     {
         const std::lock_guard lock(m_mutex);

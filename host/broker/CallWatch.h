@@ -20,14 +20,14 @@ struct Slot {
 };
 
 // What a call carries, for the record.
-struct Carried {
+struct CallArgument {
     const char* name = nullptr;
     const CMPIValue* value = nullptr;
     CMPIType type = CMPI_null;
 };
 
 // The text that a call carries, in the way in which CMPI passes characters.
-inline Carried carriedText(const char* text) {
+inline CallArgument textArgument(const char* text) {
     return {nullptr, reinterpret_cast<const CMPIValue*>(text), CMPI_chars};
 }
 
@@ -45,9 +45,9 @@ class CallWatch {
 
     // Records the call where calls are recorded, and gives what a planned fault makes it answer: nothing when it is to
     // go on. Throws std::runtime_error where that is planned.
-    std::optional<CMPIrc> meet(const Slot& slot, const Carried& carried, bool answersPointer) {
+    std::optional<CMPIrc> recordCall(const Slot& slot, const CallArgument& argument, bool answersPointer) {
         if (!m_isWatching.load(std::memory_order_relaxed)) return std::nullopt;
-        return meetWatched(slot, carried, answersPointer);
+        return recordWatched(slot, argument, answersPointer);
     }
 
   private:
@@ -57,7 +57,7 @@ class CallWatch {
         Fault fault;
         CMPIrc rc;
     };
-    std::optional<CMPIrc> meetWatched(const Slot& slot, const Carried& carried, bool answersPointer);
+    std::optional<CMPIrc> recordWatched(const Slot& slot, const CallArgument& argument, bool answersPointer);
     // Both with the mutex held.
     std::optional<Plan> duePlan(const Slot& slot);
     void updateIsWatching();

@@ -28,13 +28,13 @@ inline CMPIStatus statusOf(CMPIrc rc) {
 
 // Runs a function that answers a value and, through a pointer that may be null, a status. `self` is the object or
 // broker that it was called on; the body, which sets the code where it fails, is only run with one.
-template <class Self, class Body>
-auto perform(Self* self, const Slot& slot, const Carried& carried, CMPIStatus* status, Body body) {
+template <typename Self, typename Body>
+auto perform(Self* self, const Slot& slot, const CallArgument& argument, CMPIStatus* status, Body body) {
     using Answer = std::invoke_result_t<Body, CMPIrc&>;
     Answer answer = Answer();
     CMPIrc rc = CMPI_RC_ERR_INVALID_HANDLE;
     if (Broker::State* state = stateOf(self)) {
-        const auto fault = state->watch.meet(slot, carried, std::is_pointer_v<Answer>);
+        const auto fault = state->watch.recordCall(slot, argument, std::is_pointer_v<Answer>);
         rc = fault.value_or(CMPI_RC_OK);
         if (!fault) answer = body(rc);
     }
@@ -43,25 +43,25 @@ auto perform(Self* self, const Slot& slot, const Carried& carried, CMPIStatus* s
 }
 
 // Runs a function that answers a status alone; the body answers its code.
-template <class Self, class Body>
-CMPIStatus performStatus(Self* self, const Slot& slot, const Carried& carried, Body body) {
+template <typename Self, typename Body>
+CMPIStatus performStatus(Self* self, const Slot& slot, const CallArgument& argument, Body body) {
     Broker::State* state = stateOf(self);
     if (state == nullptr) return statusOf(CMPI_RC_ERR_INVALID_HANDLE);
-    const auto fault = state->watch.meet(slot, carried, false);
+    const auto fault = state->watch.recordCall(slot, argument, false);
     return statusOf(fault ? *fault : body());
 }
 
 // The two functions that all objects have.
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 CMPIStatus releaseObject(Cmpi* self) {
     T* object = held<T>(self);
-    return performStatus(object, {kTableOf<T>, "release"}, {}, [&] { return object->state.release(*object); });
+    return performStatus(object, {TABLE_OF<T>, "release"}, {}, [&] { return object->state.release(*object); });
 }
 
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 Cmpi* cloneObject(const Cmpi* self, CMPIStatus* rc) {
     const T* object = held<T>(self);
-    return perform(object, {kTableOf<T>, "clone"}, {}, rc, [&](CMPIrc&) { return object->state.makeClone(*object); });
+    return perform(object, {TABLE_OF<T>, "clone"}, {}, rc, [&](CMPIrc&) { return object->state.makeClone(*object); });
 }
 
 }  // namespace broker

@@ -8,23 +8,23 @@
 namespace broker {
 namespace {
 
-constexpr std::size_t kLength = 25;
-constexpr std::size_t kPointAt = 14;
-constexpr std::size_t kSignAt = 21;
-constexpr std::int64_t kMicrosecondsPerSecond = 1000000;
-constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr std::int64_t kMaxDays = 99999999;
-constexpr int kMaxYear = 9999;
+constexpr std::size_t LENGTH = 25;
+constexpr std::size_t POINT_AT = 14;
+constexpr std::size_t SIGN_AT = 21;
+constexpr std::int64_t MICROSECONDS_PER_SECOND = 1000000;
+constexpr std::int64_t SECONDS_PER_DAY = 86400;
+constexpr std::int64_t MAX_DAYS = 99999999;
+constexpr int MAX_YEAR = 9999;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
 bool hasDateForm(std::string_view text) {
-    if (text.size() != kLength || text[kPointAt] != '.') return false;
-    if (text[kSignAt] != '+' && text[kSignAt] != '-' && text[kSignAt] != ':') return false;
-    for (std::size_t at = 0; at < kLength; ++at) {
-        if (at != kPointAt && at != kSignAt && !isDigit(text[at])) return false;
+    if (text.size() != LENGTH || text[POINT_AT] != '.') return false;
+    if (text[SIGN_AT] != '+' && text[SIGN_AT] != '-' && text[SIGN_AT] != ':') return false;
+    for (std::size_t at = 0; at < LENGTH; ++at) {
+        if (at != POINT_AT && at != SIGN_AT && !isDigit(text[at])) return false;
     }
     return true;
 }
@@ -58,36 +58,36 @@ std::optional<Date> parseDate(std::string_view text) {
     const int seconds = number(text, 12, 2);
     if (hours > 23 || minutes > 59 || seconds > 59) return std::nullopt;
     Date date;
-    date.isInterval = text[kSignAt] == ':';
-    const int offset = number(text, kSignAt + 1, 3);
+    date.isInterval = text[SIGN_AT] == ':';
+    const int offset = number(text, SIGN_AT + 1, 3);
     std::int64_t total = hours * 3600LL + minutes * 60LL + seconds;
     if (date.isInterval) {
         if (offset != 0) return std::nullopt;
-        total += number(text, 0, 8) * kSecondsPerDay;
+        total += number(text, 0, 8) * SECONDS_PER_DAY;
     } else {
         const auto day = secondsOfDate(text);
         if (!day) return std::nullopt;
-        total += *day - (text[kSignAt] == '-' ? -offset : offset) * 60LL;
+        total += *day - (text[SIGN_AT] == '-' ? -offset : offset) * 60LL;
     }
-    date.microseconds = total * kMicrosecondsPerSecond + number(text, kPointAt + 1, 6);
+    date.microseconds = total * MICROSECONDS_PER_SECOND + number(text, POINT_AT + 1, 6);
     return date;
 }
 
 std::optional<std::string> formatDate(std::uint64_t microseconds, bool isInterval) {
-    const auto fraction = static_cast<int>(microseconds % kMicrosecondsPerSecond);
-    const auto seconds = static_cast<std::int64_t>(microseconds / kMicrosecondsPerSecond);
+    const auto fraction = static_cast<int>(microseconds % MICROSECONDS_PER_SECOND);
+    const auto seconds = static_cast<std::int64_t>(microseconds / MICROSECONDS_PER_SECOND);
     std::array<char, 64> text{};
     if (isInterval) {
-        const std::int64_t days = seconds / kSecondsPerDay;
-        if (days > kMaxDays) return std::nullopt;
-        const auto rest = static_cast<int>(seconds % kSecondsPerDay);
+        const std::int64_t days = seconds / SECONDS_PER_DAY;
+        if (days > MAX_DAYS) return std::nullopt;
+        const auto rest = static_cast<int>(seconds % SECONDS_PER_DAY);
         std::snprintf(text.data(), text.size(), "%08d%02d%02d%02d.%06d:000", static_cast<int>(days), rest / 3600,
                       rest / 60 % 60, rest % 60, fraction);
         return text.data();
     }
     std::tm date{};
     const std::time_t time = seconds;
-    if (gmtime_r(&time, &date) == nullptr || date.tm_year + 1900 > kMaxYear) return std::nullopt;
+    if (gmtime_r(&time, &date) == nullptr || date.tm_year + 1900 > MAX_YEAR) return std::nullopt;
     std::snprintf(text.data(), text.size(), "%04d%02d%02d%02d%02d%02d.%06d+000", date.tm_year + 1900, date.tm_mon + 1,
                   date.tm_mday, date.tm_hour, date.tm_min, date.tm_sec, fraction);
     return text.data();

@@ -6,35 +6,35 @@
 namespace broker {
 namespace {
 
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 CMPIData getEntry(const Cmpi* self, const char* function, const char* name, CMPIStatus* status) {
     const auto* list = held<T>(self);
-    return perform(list, {kTableOf<T>, function}, {name}, status, [&](CMPIrc& rc) {
+    return perform(list, {TABLE_OF<T>, function}, {name}, status, [&](CMPIrc& rc) {
         return dataNamed(list->state, findValue(list->content, name),
                          {list->state.options.charsStayChars, false, CMPI_goodValue}, rc);
     });
 }
 
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 CMPIData getEntryAt(const Cmpi* self, const char* function, CMPICount index, CMPIString** name, CMPIStatus* status) {
     const auto* list = held<T>(self);
-    return perform(list, {kTableOf<T>, function}, {}, status, [&](CMPIrc& rc) {
+    return perform(list, {TABLE_OF<T>, function}, {}, status, [&](CMPIrc& rc) {
         return dataAt(list->state, list->content, index, name,
                       {list->state.options.charsStayChars, false, CMPI_goodValue}, rc);
     });
 }
 
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 CMPICount getEntryCount(const Cmpi* self, const char* function, CMPIStatus* status) {
     const auto* list = held<T>(self);
-    return perform(list, {kTableOf<T>, function}, {}, status,
+    return perform(list, {TABLE_OF<T>, function}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(list->content.size()); });
 }
 
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 CMPIStatus addEntry(const Cmpi* self, const char* function, const char* name, const CMPIValue* value, CMPIType type) {
     auto* list = held<T>(self);
-    return performStatus(list, {kTableOf<T>, function}, {name, value, type}, [&] {
+    return performStatus(list, {TABLE_OF<T>, function}, {name, value, type}, [&] {
         if (name == nullptr) return CMPI_RC_ERR_INVALID_PARAMETER;
         Value entry;
         const CMPIrc rc = toModel(list->state, value, type, entry);

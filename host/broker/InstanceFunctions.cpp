@@ -8,30 +8,31 @@
 namespace broker {
 namespace {
 
-constexpr const char* kTable = kTableOf<InstanceObject>;
+constexpr const char* TABLE = TABLE_OF<InstanceObject>;
 
-HandOut handOutOf(const InstanceObject& instance) {
+ValueOptions valueOptionsOf(const InstanceObject& instance) {
     return {instance.content.keepsTypes || instance.state.options.charsStayChars, false, CMPI_goodValue};
 }
 
 CMPIData getProperty(const CMPIInstance* self, const char* name, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {kTable, "getProperty"}, {name}, status, [&](CMPIrc& rc) {
-        return dataNamed(instance->state, findValue(instance->content.instance.properties, name), handOutOf(*instance),
-                         rc);
+    return perform(instance, {TABLE, "getProperty"}, {name}, status, [&](CMPIrc& rc) {
+        return dataNamed(instance->state, findValue(instance->content.instance.properties, name),
+                         valueOptionsOf(*instance), rc);
     });
 }
 
 CMPIData getPropertyAt(const CMPIInstance* self, CMPICount index, CMPIString** name, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {kTable, "getPropertyAt"}, {}, status, [&](CMPIrc& rc) {
-        return dataAt(instance->state, instance->content.instance.properties, index, name, handOutOf(*instance), rc);
+    return perform(instance, {TABLE, "getPropertyAt"}, {}, status, [&](CMPIrc& rc) {
+        return dataAt(instance->state, instance->content.instance.properties, index, name, valueOptionsOf(*instance),
+                      rc);
     });
 }
 
 CMPICount getPropertyCount(const CMPIInstance* self, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {kTable, "getPropertyCount"}, {}, status,
+    return perform(instance, {TABLE, "getPropertyCount"}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(instance->content.instance.properties.size()); });
 }
 
@@ -52,20 +53,20 @@ CMPIrc setPropertyOf(InstanceObject& instance, const char* name, const CMPIValue
 
 CMPIStatus setProperty(const CMPIInstance* self, const char* name, const CMPIValue* value, CMPIType type) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {kTable, "setProperty"}, {name, value, type},
+    return performStatus(instance, {TABLE, "setProperty"}, {name, value, type},
                          [&] { return setPropertyOf(*instance, name, value, type); });
 }
 
 CMPIStatus setPropertyWithOrigin(const CMPIInstance* self, const char* name, const CMPIValue* value, CMPIType type,
                                  const char*) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {kTable, "setPropertyWithOrigin"}, {name, value, type},
+    return performStatus(instance, {TABLE, "setPropertyWithOrigin"}, {name, value, type},
                          [&] { return setPropertyOf(*instance, name, value, type); });
 }
 
 CMPIObjectPath* getObjectPath(const CMPIInstance* self, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {kTable, "getObjectPath"}, {}, status, [&](CMPIrc&) {
+    return perform(instance, {TABLE, "getObjectPath"}, {}, status, [&](CMPIrc&) {
         const InstanceContent& content = instance->content;
         return instance->state.make<PathObject>(PathContent{content.instance.path, content.keepsTypes});
     });
@@ -94,17 +95,17 @@ CMPIrc filterProperties(InstanceContent& content, const char* const* properties,
 }
 
 // Editions of <cmpift.h> differ in whether the instance is const here; the templates suit both.
-template <class Self>
+template <typename Self>
 CMPIStatus setPropertyFilter(Self* self, const char** properties, const char** keys) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {kTable, "setPropertyFilter"}, {},
+    return performStatus(instance, {TABLE, "setPropertyFilter"}, {},
                          [&] { return filterProperties(instance->content, properties, keys); });
 }
 
-template <class Self>
+template <typename Self>
 CMPIStatus setObjectPath(Self* self, const CMPIObjectPath* path) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {kTable, "setObjectPath"}, {}, [&] {
+    return performStatus(instance, {TABLE, "setObjectPath"}, {}, [&] {
         if (path == nullptr || !instance->state.hasMade(path)) return CMPI_RC_ERR_INVALID_HANDLE;
         instance->content.instance.path = held<PathObject>(path)->content.path;
         return CMPI_RC_OK;

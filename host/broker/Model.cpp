@@ -9,12 +9,12 @@ namespace broker {
 namespace {
 
 // The bits that tell signed from unsigned integers, once encapsulated types and arrays are excluded.
-constexpr unsigned kIntegerKind = 0x00C0;
-constexpr unsigned kSignedKind = 0x00C0;
-constexpr unsigned kUnsignedKind = 0x0080;
+constexpr unsigned INTEGER_KIND = 0x00C0;
+constexpr unsigned SIGNED_KIND = 0x00C0;
+constexpr unsigned UNSIGNED_KIND = 0x0080;
 
 bool isIntegerOfKind(CMPIType type, unsigned kind) {
-    return (type & (CMPI_ARRAY | CMPI_ENC)) == 0 && (type & kIntegerKind) == kind;
+    return (type & (CMPI_ARRAY | CMPI_ENC)) == 0 && (type & INTEGER_KIND) == kind;
 }
 
 const Value* valueNamed(const std::vector<NamedValue>& list, std::string_view name) {
@@ -23,7 +23,7 @@ const Value* valueNamed(const std::vector<NamedValue>& list, std::string_view na
     return found == list.end() ? nullptr : &found->value;
 }
 
-template <class T>
+template <typename T>
 bool samePointee(const std::shared_ptr<const T>& left, const std::shared_ptr<const T>& right) {
     return left == right || (left && right && *left == *right);
 }
@@ -84,10 +84,10 @@ bool Value::isText() const {
     return type == CMPI_string || type == CMPI_chars;
 }
 bool Value::isSigned() const {
-    return isIntegerOfKind(type, kSignedKind);
+    return isIntegerOfKind(type, SIGNED_KIND);
 }
 bool Value::isUnsigned() const {
-    return isIntegerOfKind(type, kUnsignedKind);
+    return isIntegerOfKind(type, UNSIGNED_KIND);
 }
 
 bool operator==(const Value& left, const Value& right) {

@@ -11,7 +11,7 @@ struct StatusName {
     int rc;
     const char* name;
 };
-constexpr StatusName kStatusNames[] = {
+constexpr StatusName STATUS_NAMES[] = {
     {0, "CMPI_RC_OK"},
     {1, "CMPI_RC_ERR_FAILED"},
     {2, "CMPI_RC_ERR_ACCESS_DENIED"},
@@ -46,7 +46,7 @@ struct TypeName {
     CMPIType type;
     const char* name;
 };
-constexpr TypeName kTypeNames[] = {
+constexpr TypeName TYPE_NAMES[] = {
     {CMPI_boolean, "boolean"},   {CMPI_char16, "char16"}, {CMPI_real32, "real32"},     {CMPI_real64, "real64"},
     {CMPI_uint8, "uint8"},       {CMPI_uint16, "uint16"}, {CMPI_uint32, "uint32"},     {CMPI_uint64, "uint64"},
     {CMPI_sint8, "sint8"},       {CMPI_sint16, "sint16"}, {CMPI_sint32, "sint32"},     {CMPI_sint64, "sint64"},
@@ -66,16 +66,16 @@ bool sameName(std::string_view left, std::string_view right) {
 }
 
 std::string nameOfStatus(int rc) {
-    const auto* found = std::find_if(std::begin(kStatusNames), std::end(kStatusNames),
+    const auto* found = std::find_if(std::begin(STATUS_NAMES), std::end(STATUS_NAMES),
                                      [rc](const StatusName& status) { return status.rc == rc; });
-    return found == std::end(kStatusNames) ? "CMPI_RC_" + std::to_string(rc) : found->name;
+    return found == std::end(STATUS_NAMES) ? "CMPI_RC_" + std::to_string(rc) : found->name;
 }
 
 std::string nameOfType(CMPIType type) {
     const auto simple = static_cast<CMPIType>(type & ~CMPI_ARRAY);
-    const auto* found = std::find_if(std::begin(kTypeNames), std::end(kTypeNames),
+    const auto* found = std::find_if(std::begin(TYPE_NAMES), std::end(TYPE_NAMES),
                                      [simple](const TypeName& name) { return name.type == simple; });
-    const std::string name = found == std::end(kTypeNames) ? "type" + std::to_string(simple) : found->name;
+    const std::string name = found == std::end(TYPE_NAMES) ? "type" + std::to_string(simple) : found->name;
     return (type & CMPI_ARRAY) != 0 ? name + "[]" : name;
 }
 

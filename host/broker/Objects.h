@@ -27,11 +27,11 @@ class Object {
 };
 
 // The table of functions that CMPI gives that kind of object.
-template <class Cmpi>
+template <typename Cmpi>
 using TableOf = std::remove_const_t<std::remove_pointer_t<decltype(Cmpi::ft)>>;
 
 // An object as the provider holds it, starting with CMPI's two pointers, and what it says.
-template <class Cmpi, class Content>
+template <typename Cmpi, typename Content>
 struct Held final : Cmpi, Object {
     Held(Broker::State& itsState, TableOf<Cmpi>& table, Content itsContent)
         : Cmpi{}, Object(itsState), content(std::move(itsContent)) {
@@ -72,27 +72,27 @@ using ArgsObject = Held<CMPIArgs, std::vector<NamedValue>>;
 using ResultObject = Held<CMPIResult, std::shared_ptr<Reply>>;
 
 // The name of an object's table in fault plans.
-template <class T>
-inline constexpr const char* kTableOf = nullptr;
+template <typename T>
+inline constexpr const char* TABLE_OF = nullptr;
 template <>
-inline constexpr const char* kTableOf<StringObject> = "string";
+inline constexpr const char* TABLE_OF<StringObject> = "string";
 template <>
-inline constexpr const char* kTableOf<PathObject> = "path";
+inline constexpr const char* TABLE_OF<PathObject> = "path";
 template <>
-inline constexpr const char* kTableOf<InstanceObject> = "instance";
+inline constexpr const char* TABLE_OF<InstanceObject> = "instance";
 template <>
-inline constexpr const char* kTableOf<ArrayObject> = "array";
+inline constexpr const char* TABLE_OF<ArrayObject> = "array";
 template <>
-inline constexpr const char* kTableOf<DateTimeObject> = "dateTime";
+inline constexpr const char* TABLE_OF<DateTimeObject> = "dateTime";
 template <>
-inline constexpr const char* kTableOf<ContextObject> = "context";
+inline constexpr const char* TABLE_OF<ContextObject> = "context";
 template <>
-inline constexpr const char* kTableOf<ArgsObject> = "args";
+inline constexpr const char* TABLE_OF<ArgsObject> = "args";
 template <>
-inline constexpr const char* kTableOf<ResultObject> = "result";
+inline constexpr const char* TABLE_OF<ResultObject> = "result";
 
 // The object behind what a provider holds; null for null. CMPI declares objects const that it changes, but none is.
-template <class T, class Cmpi>
+template <typename T, typename Cmpi>
 T* held(const Cmpi* object) {
     return static_cast<T*>(const_cast<Cmpi*>(object));
 }

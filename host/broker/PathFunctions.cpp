@@ -6,11 +6,11 @@
 namespace broker {
 namespace {
 
-constexpr const char* kTable = kTableOf<PathObject>;
+constexpr const char* TABLE = TABLE_OF<PathObject>;
 
 CMPIString* getText(const CMPIObjectPath* self, const char* function, std::string ObjectPath::*part, CMPIStatus* rc) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {kTable, function}, {}, rc,
+    return perform(path, {TABLE, function}, {}, rc,
                    [&](CMPIrc&) { return path->state.make<StringObject>(path->content.path.*part); });
 }
 
@@ -26,7 +26,7 @@ CMPIString* getClassName(const CMPIObjectPath* self, CMPIStatus* rc) {
 
 CMPIStatus setText(const CMPIObjectPath* self, const char* function, std::string ObjectPath::*part, const char* text) {
     auto* path = held<PathObject>(self);
-    return performStatus(path, {kTable, function}, carriedText(text), [&] {
+    return performStatus(path, {TABLE, function}, textArgument(text), [&] {
         if (text == nullptr) return CMPI_RC_ERR_INVALID_PARAMETER;
         path->content.path.*part = text;
         return CMPI_RC_OK;
@@ -34,15 +34,15 @@ CMPIStatus setText(const CMPIObjectPath* self, const char* function, std::string
 }
 
 // Editions of <cmpift.h> differ in whether an object that is changed is const; the templates suit both.
-template <class Path>
+template <typename Path>
 CMPIStatus setNameSpace(Path* self, const char* text) {
     return setText(self, "setNameSpace", &ObjectPath::nameSpace, text);
 }
-template <class Path>
+template <typename Path>
 CMPIStatus setHostname(Path* self, const char* text) {
     return setText(self, "setHostname", &ObjectPath::host, text);
 }
-template <class Path>
+template <typename Path>
 CMPIStatus setClassName(Path* self, const char* text) {
     return setText(self, "setClassName", &ObjectPath::className, text);
 }
@@ -58,14 +58,14 @@ CMPIrc addKeyTo(PathObject& path, const char* name, const CMPIValue* value, CMPI
     return CMPI_RC_OK;
 }
 
-template <class Path>
+template <typename Path>
 CMPIStatus addKey(Path* self, const char* name, const CMPIValue* value, CMPIType type) {
     auto* path = held<PathObject>(self);
-    return performStatus(path, {kTable, "addKey"}, {name, value, type},
+    return performStatus(path, {TABLE, "addKey"}, {name, value, type},
                          [&] { return addKeyTo(*path, name, value, type); });
 }
 
-HandOut handOutOf(const PathObject& path) {
+ValueOptions valueOptionsOf(const PathObject& path) {
     const BrokerOptions& options = path.state.options;
     return {path.content.keepsTypes || options.charsStayChars, !path.content.keepsTypes && options.integerKeysAsSint64,
             CMPI_keyValue};
@@ -73,27 +73,27 @@ HandOut handOutOf(const PathObject& path) {
 
 CMPIData getKey(const CMPIObjectPath* self, const char* name, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {kTable, "getKey"}, {name}, status, [&](CMPIrc& rc) {
-        return dataNamed(path->state, findValue(path->content.path.keys, name), handOutOf(*path), rc);
+    return perform(path, {TABLE, "getKey"}, {name}, status, [&](CMPIrc& rc) {
+        return dataNamed(path->state, findValue(path->content.path.keys, name), valueOptionsOf(*path), rc);
     });
 }
 
 CMPIData getKeyAt(const CMPIObjectPath* self, CMPICount index, CMPIString** name, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {kTable, "getKeyAt"}, {}, status, [&](CMPIrc& rc) {
-        return dataAt(path->state, path->content.path.keys, index, name, handOutOf(*path), rc);
+    return perform(path, {TABLE, "getKeyAt"}, {}, status, [&](CMPIrc& rc) {
+        return dataAt(path->state, path->content.path.keys, index, name, valueOptionsOf(*path), rc);
     });
 }
 
 CMPICount getKeyCount(const CMPIObjectPath* self, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {kTable, "getKeyCount"}, {}, status,
+    return perform(path, {TABLE, "getKeyCount"}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(path->content.path.keys.size()); });
 }
 
 CMPIStatus copyNameSpace(const CMPIObjectPath* self, const CMPIObjectPath* from, const char* function, bool withHost) {
     auto* path = held<PathObject>(self);
-    return performStatus(path, {kTable, function}, {}, [&] {
+    return performStatus(path, {TABLE, function}, {}, [&] {
         if (from == nullptr || !path->state.hasMade(from)) return CMPI_RC_ERR_INVALID_HANDLE;
         const ObjectPath& source = held<PathObject>(from)->content.path;
         path->content.path.nameSpace = source.nameSpace;
@@ -103,18 +103,18 @@ CMPIStatus copyNameSpace(const CMPIObjectPath* self, const CMPIObjectPath* from,
     });
 }
 
-template <class Path>
+template <typename Path>
 CMPIStatus setNameSpaceFromObjectPath(Path* self, const CMPIObjectPath* from) {
     return copyNameSpace(self, from, "setNameSpaceFromObjectPath", false);
 }
-template <class Path>
+template <typename Path>
 CMPIStatus setHostAndNameSpaceFromObjectPath(Path* self, const CMPIObjectPath* from) {
     return copyNameSpace(self, from, "setHostAndNameSpaceFromObjectPath", true);
 }
 
 // This broker has no schema, so no qualifiers.
 CMPIData noQualifier(const CMPIObjectPath* self, const char* function, const char* qualifier, CMPIStatus* status) {
-    return perform(held<PathObject>(self), {kTable, function}, {qualifier}, status, [](CMPIrc& rc) {
+    return perform(held<PathObject>(self), {TABLE, function}, {qualifier}, status, [](CMPIrc& rc) {
         rc = CMPI_RC_ERR_NOT_SUPPORTED;
         return missingData();
     });
@@ -135,7 +135,7 @@ CMPIData getParameterQualifier(const CMPIObjectPath* self, const char*, const ch
 
 CMPIString* pathToString(const CMPIObjectPath* self, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {kTable, "toString"}, {}, status,
+    return perform(path, {TABLE, "toString"}, {}, status,
                    [&](CMPIrc&) { return path->state.make<StringObject>(rendered(path->content.path)); });
 }
 

@@ -26,7 +26,7 @@ class NameList {
 };
 
 // Runs an operation in a request of its own, and gives copies of all that it answered.
-template <class Operation>
+template <typename Operation>
 Reply inRequest(Broker& broker, Operation operation) {
     Request request(broker);
     const CMPIStatus status = operation(request);

@@ -5,11 +5,11 @@
 namespace broker {
 namespace {
 
-constexpr const char* kTable = kTableOf<ResultObject>;
+constexpr const char* TABLE = TABLE_OF<ResultObject>;
 
 CMPIStatus returnData(const CMPIResult* self, const CMPIValue* value, CMPIType type) {
     auto* result = held<ResultObject>(self);
-    return performStatus(result, {kTable, "returnData"}, {nullptr, value, type}, [&] {
+    return performStatus(result, {TABLE, "returnData"}, {nullptr, value, type}, [&] {
         Value data;
         const CMPIrc rc = toModel(result->state, value, type, data);
         if (rc == CMPI_RC_OK) result->content->data.push_back(std::move(data));
@@ -19,9 +19,9 @@ CMPIStatus returnData(const CMPIResult* self, const CMPIValue* value, CMPIType t
 
 CMPIStatus returnInstance(const CMPIResult* self, const CMPIInstance* instance) {
     auto* result = held<ResultObject>(self);
-    CMPIValue carried{};
-    carried.inst = const_cast<CMPIInstance*>(instance);
-    return performStatus(result, {kTable, "returnInstance"}, {nullptr, &carried, CMPI_instance}, [&] {
+    CMPIValue argument{};
+    argument.inst = const_cast<CMPIInstance*>(instance);
+    return performStatus(result, {TABLE, "returnInstance"}, {nullptr, &argument, CMPI_instance}, [&] {
         if (instance == nullptr || !result->state.hasMade(instance)) return CMPI_RC_ERR_INVALID_HANDLE;
         result->content->instances.push_back(held<InstanceObject>(instance)->content.instance);
         return CMPI_RC_OK;
@@ -30,9 +30,9 @@ CMPIStatus returnInstance(const CMPIResult* self, const CMPIInstance* instance) 
 
 CMPIStatus returnObjectPath(const CMPIResult* self, const CMPIObjectPath* path) {
     auto* result = held<ResultObject>(self);
-    CMPIValue carried{};
-    carried.ref = const_cast<CMPIObjectPath*>(path);
-    return performStatus(result, {kTable, "returnObjectPath"}, {nullptr, &carried, CMPI_ref}, [&] {
+    CMPIValue argument{};
+    argument.ref = const_cast<CMPIObjectPath*>(path);
+    return performStatus(result, {TABLE, "returnObjectPath"}, {nullptr, &argument, CMPI_ref}, [&] {
         if (path == nullptr || !result->state.hasMade(path)) return CMPI_RC_ERR_INVALID_HANDLE;
         result->content->paths.push_back(held<PathObject>(path)->content.path);
         return CMPI_RC_OK;
@@ -41,14 +41,14 @@ CMPIStatus returnObjectPath(const CMPIResult* self, const CMPIObjectPath* path) 
 
 CMPIStatus returnDone(const CMPIResult* self) {
     auto* result = held<ResultObject>(self);
-    return performStatus(result, {kTable, "returnDone"}, {}, [&] {
+    return performStatus(result, {TABLE, "returnDone"}, {}, [&] {
         ++result->content->doneCalls;
         return CMPI_RC_OK;
     });
 }
 
 CMPIStatus returnError(const CMPIResult* self, const CMPIError*) {
-    return performStatus(held<ResultObject>(self), {kTable, "returnError"}, {},
+    return performStatus(held<ResultObject>(self), {TABLE, "returnError"}, {},
                          [] { return CMPI_RC_ERR_NOT_SUPPORTED; });
 }
 

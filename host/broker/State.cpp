@@ -21,7 +21,7 @@ Broker::State::~State() {
     // Objects count themselves out of this state as they go, and a thread's scope leaves its list.
     threads.clear();
     clones.clear();
-    strays.clear();
+    unowned.clear();
 }
 
 void Broker::State::adopt(std::unique_ptr<Object> object) {
@@ -32,7 +32,7 @@ void Broker::State::adopt(std::unique_ptr<Object> object) {
         return;
     }
     const std::lock_guard lock(ownedMutex);
-    strays.push_back(std::move(object));
+    unowned.push_back(std::move(object));
 }
 
 void Broker::State::adoptClone(std::unique_ptr<Object> object) {

@@ -24,13 +24,13 @@ struct Broker::State {
     State& operator=(const State&) = delete;
 
     // An object with this broker's tables, which nobody owns yet.
-    template <class T, class Content>
+    template <typename T, typename Content>
     std::unique_ptr<T> build(Content content) {
         return std::make_unique<T>(*this, table<TableOf<T>>(), std::move(content));
     }
 
     // Makes an object for the provider: owned by the calling thread's innermost pool, else by this state.
-    template <class T, class Content>
+    template <typename T, typename Content>
     T* make(Content content) {
         auto object = build<T>(std::move(content));
         T* made = object.get();
@@ -38,7 +38,7 @@ struct Broker::State {
         return made;
     }
 
-    template <class T>
+    template <typename T>
     T* makeClone(const T& original) {
         auto object = build<T>(original.content);
         T* made = object.get();
@@ -51,12 +51,12 @@ struct Broker::State {
     CMPIrc release(Object& object);  // refused (60) unless it is a clone
 
     // The table of a kind of object.
-    template <class Table>
+    template <typename Table>
     Table& table() {
         return std::get<Table>(objectTables);
     }
     // Whether an object of a kind was made by this broker; not for null.
-    template <class Cmpi>
+    template <typename Cmpi>
     bool hasMade(const Cmpi* object) {
         return object->ft == &table<TableOf<Cmpi>>();
     }
@@ -83,7 +83,7 @@ struct Broker::State {
 
     std::atomic<std::size_t> liveObjects{0};
     mutable std::mutex ownedMutex;  // guards the three below
-    Pool strays;                    // made outside every request
+    Pool unowned;                   // made outside every request
     std::unordered_map<Object*, std::unique_ptr<Object>> clones;
     std::unordered_map<const CMPIContext*, std::unique_ptr<AttachedThread>> threads;
 

@@ -6,7 +6,7 @@ namespace {
 
 const char* getCharPtr(const CMPIString* self, CMPIStatus* status) {
     const auto* string = held<StringObject>(self);
-    return perform(string, {kTableOf<StringObject>, "getCharPtr"}, {}, status,
+    return perform(string, {TABLE_OF<StringObject>, "getCharPtr"}, {}, status,
                    [&](CMPIrc&) { return string->content.c_str(); });
 }
 

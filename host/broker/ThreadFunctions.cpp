@@ -59,22 +59,22 @@ int threadOnce(int* once, void (*init)()) {
 }
 
 // The type of a thread's key differs between editions of <cmpios.h>; the templates suit all.
-template <class Key>
+template <typename Key>
 int createThreadKey(Key* key, void (*cleanup)(void*)) {
     pthread_key_t made{};
     const int error = pthread_key_create(&made, cleanup);
     *key = made;
     return error;
 }
-template <class Key>
+template <typename Key>
 int destroyThreadKey(Key key) {
     return pthread_key_delete(static_cast<pthread_key_t>(key));
 }
-template <class Key>
+template <typename Key>
 void* getThreadSpecific(Key key) {
     return pthread_getspecific(static_cast<pthread_key_t>(key));
 }
-template <class Key>
+template <typename Key>
 int setThreadSpecific(Key key, void* value) {
     return pthread_setspecific(static_cast<pthread_key_t>(key), value);
 }

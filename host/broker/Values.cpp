@@ -60,7 +60,7 @@ bool copyNumber(const CMPIValue& from, CMPIType type, Value& into) {
 }
 
 // Hands the content of an object to `copy`, unless it is null or of another broker.
-template <class T, class Cmpi, class Copy>
+template <typename T, typename Cmpi, typename Copy>
 CMPIrc copyObject(Broker::State& state, const Cmpi* object, Value& into, Copy copy) {
     into.isNull = object == nullptr;
     if (object == nullptr) return CMPI_RC_OK;
@@ -108,11 +108,11 @@ CMPIrc copyNonNumber(Broker::State& state, const CMPIValue& from, CMPIType type,
 }
 
 bool isCimType(CMPIType type) {
-    static constexpr CMPIType kTypes[] = {CMPI_boolean,  CMPI_char16, CMPI_uint8,  CMPI_uint16,   CMPI_uint32,
-                                          CMPI_uint64,   CMPI_sint8,  CMPI_sint16, CMPI_sint32,   CMPI_sint64,
-                                          CMPI_real32,   CMPI_real64, CMPI_string, CMPI_dateTime, CMPI_ref,
-                                          CMPI_instance, CMPI_chars};
-    return std::find(std::begin(kTypes), std::end(kTypes), elementTypeOf(type)) != std::end(kTypes);
+    static constexpr CMPIType TYPES[] = {CMPI_boolean,  CMPI_char16, CMPI_uint8,  CMPI_uint16,   CMPI_uint32,
+                                         CMPI_uint64,   CMPI_sint8,  CMPI_sint16, CMPI_sint32,   CMPI_sint64,
+                                         CMPI_real32,   CMPI_real64, CMPI_string, CMPI_dateTime, CMPI_ref,
+                                         CMPI_instance, CMPI_chars};
+    return std::find(std::begin(TYPES), std::end(TYPES), elementTypeOf(type)) != std::end(TYPES);
 }
 
 void handOutNumber(const Value& value, CMPIData& data) {
@@ -184,9 +184,9 @@ void handOutObject(Broker::State& state, const Value& value, bool keepsTypes, CM
     }
 }
 
-CMPIType typeHandedOut(const Value& value, const HandOut& handOut) {
-    if (handOut.integersAsSint64 && (value.isSigned() || value.isUnsigned())) return CMPI_sint64;
-    if (handOut.charsStayChars) return value.type;
+CMPIType typeHandedOut(const Value& value, const ValueOptions& options) {
+    if (options.integersAsSint64 && (value.isSigned() || value.isUnsigned())) return CMPI_sint64;
+    if (options.charsStayChars) return value.type;
     if (value.type == CMPI_chars) return CMPI_string;
     return value.type == CMPI_charsA ? static_cast<CMPIType>(CMPI_stringA) : value.type;
 }
@@ -202,10 +202,10 @@ CMPIrc toModel(Broker::State& state, const CMPIValue* value, CMPIType type, Valu
     return copyNumber(*value, type, into) ? CMPI_RC_OK : copyNonNumber(state, *value, type, into);
 }
 
-CMPIData toData(Broker::State& state, const Value& value, const HandOut& handOut) {
+CMPIData toData(Broker::State& state, const Value& value, const ValueOptions& options) {
     CMPIData data = CMPIData();  // all of it zero; {} would zero the first member of the value alone
-    data.type = typeHandedOut(value, handOut);
-    data.state = handOut.flags;
+    data.type = typeHandedOut(value, options);
+    data.state = options.flags;
     if (value.isNull) {
         data.state = static_cast<CMPIValueState>(data.state | CMPI_nullValue);
     } else if (value.isUnsigned() && data.type == CMPI_sint64) {
@@ -214,7 +214,7 @@ CMPIData toData(Broker::State& state, const Value& value, const HandOut& handOut
         data.value.sint64 = value.signedNumber;
     } else {
         handOutNumber(value, data);
-        handOutObject(state, value, handOut.charsStayChars, data);
+        handOutObject(state, value, options.charsStayChars, data);
     }
     return data;
 }
@@ -242,20 +242,20 @@ const Value* findValue(const NamedValues& list, const char* name) {
     return found == list.end() ? nullptr : &found->value;
 }
 
-CMPIData dataNamed(Broker::State& state, const Value* value, const HandOut& handOut, CMPIrc& rc) {
-    if (value != nullptr) return toData(state, *value, handOut);
+CMPIData dataNamed(Broker::State& state, const Value* value, const ValueOptions& options, CMPIrc& rc) {
+    if (value != nullptr) return toData(state, *value, options);
     rc = state.options.notFound;
     return missingData();
 }
 
 CMPIData dataAt(Broker::State& state, const NamedValues& list, CMPICount index, CMPIString** name,
-                const HandOut& handOut, CMPIrc& rc) {
+                const ValueOptions& options, CMPIrc& rc) {
     if (index >= list.size()) {
         rc = state.options.notFound;
         return missingData();
     }
     if (name != nullptr) *name = state.make<StringObject>(list[index].name);
-    return toData(state, list[index].value, handOut);
+    return toData(state, list[index].value, options);
 }
 
 }  // namespace broker

@@ -15,14 +15,14 @@ namespace broker {
 CMPIrc toModel(Broker::State& state, const CMPIValue* value, CMPIType type, Value& into);
 
 // How values are handed out.
-struct HandOut {
+struct ValueOptions {
     bool charsStayChars = false;
     bool integersAsSint64 = false;
     CMPIValueState flags = CMPI_goodValue;
 };
 
 // Makes what the value needs as objects of the calling thread's innermost request.
-CMPIData toData(Broker::State& state, const Value& value, const HandOut& handOut);
+CMPIData toData(Broker::State& state, const Value& value, const ValueOptions& options);
 
 // What goes with a code other than 0 where a value is answered.
 CMPIData missingData();
@@ -33,9 +33,9 @@ using NamedValues = std::vector<NamedValue>;
 void put(NamedValues& list, std::string_view name, Value value);
 
 // The functions that all lists of named values have. `name` may be null in the second.
-CMPIData dataNamed(Broker::State& state, const Value* value, const HandOut& handOut, CMPIrc& rc);
+CMPIData dataNamed(Broker::State& state, const Value* value, const ValueOptions& options, CMPIrc& rc);
 CMPIData dataAt(Broker::State& state, const NamedValues& list, CMPICount index, CMPIString** name,
-                const HandOut& handOut, CMPIrc& rc);
+                const ValueOptions& options, CMPIrc& rc);
 const Value* findValue(const NamedValues& list, const char* name);  // null: there is none
 
 }  // namespace broker

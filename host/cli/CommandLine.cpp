@@ -87,21 +87,21 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     const std::string command = grammar.command();
     if (wish == Wish::Version || command == "version") {
         output << "zelhost " ZELHOST_VERSION "\n";
-        return kFine;
+        return ExitCode::Fine;
     }
     if (wish == Wish::Help || command == "help") {
         output << helpOn(wish == Wish::Help ? command : grammar.topic(), grammar);
-        return kFine;
+        return ExitCode::Fine;
     }
     if (command.empty()) {
         errors << grammar.helpOf("");
-        return kWrongUsage;
+        return ExitCode::WrongUsage;
     }
     refuseWrongOptions(grammar);
-    if (options.request.command == Command::Watch && options.request.className == kEventLogClass) {
-        throw UsageError(std::string("watch: ") + kEventLogClass + " has no readings; log shows it");
+    if (options.request.command == Command::Watch && options.request.className == EVENT_LOG_CLASS) {
+        throw UsageError(std::string("watch: ") + EVENT_LOG_CLASS + " has no readings; log shows it");
     }
-    if (options.request.command == Command::Log) options.request.className = kEventLogClass;
+    if (options.request.command == Command::Log) options.request.className = EVENT_LOG_CLASS;
     return std::nullopt;
 }
 
@@ -116,7 +116,7 @@ std::optional<int> readCommandLine(int count, const char* const* arguments, Opti
         const std::string command = grammar.command();
         errors << "zelhost: " << printable(error.what()) << "\nSee zelhost " << command << (command.empty() ? "" : " ")
                << "--help.\n";
-        return kWrongUsage;
+        return ExitCode::WrongUsage;
     }
 }
 

@@ -7,11 +7,11 @@
 namespace host {
 
 enum ExitCode : int {
-    kFine = 0,
-    kAnsweredError = 1,  // the provider's answer was an error or against the schema, or our output cannot be written
-    kWrongUsage = 2,     // also a schema that cannot be read
-    kNotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
-    kReaderGone = 141,   // what a shell shows for an end by SIGPIPE, which is how the program ends then
+    Fine = 0,
+    AnsweredError = 1,  // the provider's answer was an error or against the schema, or our output cannot be written
+    WrongUsage = 2,     // also a schema that cannot be read
+    NotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
+    BrokenPipe = 141,   // what a shell shows for an end by SIGPIPE, which is how the program ends then
 };
 
 // The command line asks for something that cannot be.

@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* FOOTER =
     "Options may stand before and after the command.\n"
     "\n"
     "Libraries: without --provider and --chip, the provider and the simulated chip library are those\n"
@@ -24,8 +24,8 @@ constexpr const char* kFooter =
     "  2  wrong usage, or a schema that cannot be read\n"
     "  3  the provider or the chip library could not be loaded\n";
 
-constexpr const char* kCommonGroup = "Options of every command";
-constexpr const char* kSpecialGroup = "Options of some commands";
+constexpr const char* COMMON_GROUP = "Options of every command";
+constexpr const char* SPECIAL_GROUP = "Options of some commands";
 
 // Help of one layout whatever the version of the library, in which a command shows the program's options that it takes.
 class HelpLayout : public CLI::Formatter {
@@ -39,13 +39,13 @@ class HelpLayout : public CLI::Formatter {
         if (const CLI::App* program = app->get_parent(); program != nullptr) {
             text << make_description(app) << "Usage: " << name << " [OPTIONS]" << usageOf(app->get_options()) << '\n'
                  << (app->get_options().empty() ? "" : make_group("Arguments", true, app->get_options()))
-                 << optionsOf(program, kSpecialGroup, app->get_name())
-                 << optionsOf(program, kCommonGroup, app->get_name());
+                 << optionsOf(program, SPECIAL_GROUP, app->get_name())
+                 << optionsOf(program, COMMON_GROUP, app->get_name());
         } else {
             text << make_description(app) << "Usage: " << name << " [OPTIONS] COMMAND\n"
-                 << make_subcommands(app, mode) << optionsOf(app, kCommonGroup, "") << optionsOf(app, kSpecialGroup, "")
+                 << make_subcommands(app, mode) << optionsOf(app, COMMON_GROUP, "") << optionsOf(app, SPECIAL_GROUP, "")
                  << '\n'
-                 << kFooter;
+                 << FOOTER;
         }
         return text.str();
     }
@@ -68,7 +68,7 @@ class HelpLayout : public CLI::Formatter {
             return option->get_group() == group && isTaken;
         };
         const std::vector<const CLI::Option*> shown = program->get_options(isShown);
-        const bool isOwn = !command.empty() && group == kSpecialGroup;
+        const bool isOwn = !command.empty() && group == SPECIAL_GROUP;
         return shown.empty() ? "" : make_group(isOwn ? "Options" : group, false, shown);
     }
 
@@ -144,18 +144,19 @@ Grammar::Grammar(Options& options)
 }
 
 void Grammar::addCommonOptions(Options& options) {
-    m_app.option_defaults()->group(kCommonGroup);
-    m_app.set_help_flag("-h,--help", "Show this help, or that of the command")->group(kCommonGroup);
-    m_app.set_version_flag("-V,--version", "zelhost " ZELHOST_VERSION, "Show the version")->group(kCommonGroup);
+    m_app.option_defaults()->group(COMMON_GROUP);
+    m_app.set_help_flag("-h,--help", "Show this help, or that of the command")->group(COMMON_GROUP);
+    m_app.set_version_flag("-V,--version", "zelhost " ZELHOST_VERSION, "Show the version")->group(COMMON_GROUP);
     addText(m_app, "--provider", "PATH", "Provider library (default: libzelsensors.so.0 of zelhost's tree)",
             options.provider);
     addText(m_app, "--provider-name", "NAME", "Name that its factory bears", options.providerName);
-    addText(m_app, "--chip", "PATH",
-            "Chip library: a file, a folder that holds libzelchip.so.0, or the word system for the system's (default: "
-            "the simulated one of zelhost's tree, else the system's)",
-            options.chip);
+    addText(
+        m_app, "--chip", "PATH",
+        "Chip library: a file, a directory that holds libzelchip.so.0, or the word system for the system's (default: "
+        "the simulated one of zelhost's tree, else the system's)",
+        options.chip);
     addText(m_app, "--scenario", "NAME|FILE",
-            "What the simulated chip library plays: a file (written with a slash), or a name from the folder of "
+            "What the simulated chip library plays: a file (written with a slash), or a name from the directory of "
             "scenarios",
             options.scenario);
     addText(m_app, "--namespace", "NAME", "CIM namespace", options.request.nameSpace);
@@ -168,7 +169,7 @@ void Grammar::addCommonOptions(Options& options) {
 }
 
 void Grammar::addSpecialOptions(Options& options) {
-    m_app.option_defaults()->group(kSpecialGroup);
+    m_app.option_defaults()->group(SPECIAL_GROUP);
     SpecialOptions& special = *m_special;
     special[addText(m_app, "--class", "CLASS", "CIM class of get, create, modify, delete and query",
                     options.request.className)] = {"get", "create", "modify", "delete", "query"};

@@ -11,23 +11,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kProvider = "libzelsensors.so.0";
-constexpr const char* kChip = "libzelchip.so.0";
+constexpr const char* PROVIDER = "libzelsensors.so.0";
+constexpr const char* CHIP = "libzelchip.so.0";
 
 // The first place that exists; empty for none.
-std::string firstOf(const fs::path& folder, const std::vector<fs::path>& candidates) {
+std::string firstOf(const fs::path& directory, const std::vector<fs::path>& candidates) {
     for (const fs::path& candidate : candidates) {
         std::error_code error;
-        const fs::path place = (folder / candidate).lexically_normal();
+        const fs::path place = (directory / candidate).lexically_normal();
         if (fs::exists(place, error)) return place;
     }
     return "";
 }
 
-std::string namesIn(const std::string& folder) {
+std::string namesIn(const std::string& directory) {
     std::vector<std::string> names;
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
+    for (const auto& entry : fs::directory_iterator(directory, error)) {
         if (entry.path().extension() == ".toml") names.push_back(entry.path().stem());
     }
     std::sort(names.begin(), names.end());
@@ -43,48 +43,49 @@ void requireFile(const std::string& file) {
     if (type == fs::file_type::regular) return;
     if (type == fs::file_type::not_found) throw UsageError("there is no scenario file " + file);
     const std::string what = "the scenario " + file;
-    if (type == fs::file_type::directory) throw UsageError(what + " is a folder; a scenario is a file");
+    if (type == fs::file_type::directory) throw UsageError(what + " is a directory; a scenario is a file");
     if (type == fs::file_type::none) throw UsageError(what + " cannot be read: " + error.message());
     throw UsageError(what + " is not a regular file");
 }
 
-std::string scenarioFile(const std::string& nameOrFile, const std::string& folder) {
+std::string scenarioFile(const std::string& nameOrFile, const std::string& directory) {
     if (nameOrFile.find('/') != std::string::npos) {
         requireFile(nameOrFile);
         return nameOrFile;
     }
-    if (folder.empty()) throw UsageError("there is no folder of scenarios; give the scenario's file, with a slash");
-    const fs::path file = fs::path(folder) / (nameOrFile + ".toml");
+    if (directory.empty())
+        throw UsageError("there is no directory of scenarios; give the scenario's file, with a slash");
+    const fs::path file = fs::path(directory) / (nameOrFile + ".toml");
     if (std::error_code error; fs::is_regular_file(file, error)) return file;
-    throw UsageError("there is no scenario " + nameOrFile + " in " + folder + "; there are: " + namesIn(folder));
+    throw UsageError("there is no scenario " + nameOrFile + " in " + directory + "; there are: " + namesIn(directory));
 }
 
 }  // namespace
 
-std::string programFolder() {
+std::string programDirectory() {
     return fs::read_symlink("/proc/self/exe").parent_path();
 }
 
-OwnTree ownTree(const std::string& programFolder) {
+InstallTree installTree(const std::string& programDirectory) {
     const fs::path libraries = LIBRARIES_FROM_PROGRAM;
-    OwnTree tree;
-    tree.provider = firstOf(programFolder, {fs::path("../src/sensors") / kProvider, libraries / kProvider});
-    if (tree.provider.empty()) tree.provider = kProvider;
-    tree.simulatedChip = firstOf(programFolder, {fs::path("../chipsim") / kChip, libraries / "zelsensors" / kChip});
-    tree.scenarios = firstOf(programFolder, {"scenarios", fs::path(DATA_FROM_PROGRAM) / "zelsensors/scenarios"});
-    tree.schema = firstOf(programFolder, {"schema", fs::path(DATA_FROM_PROGRAM) / "zelsensors/schema"});
+    InstallTree tree;
+    tree.provider = firstOf(programDirectory, {fs::path("../src/sensors") / PROVIDER, libraries / PROVIDER});
+    if (tree.provider.empty()) tree.provider = PROVIDER;
+    tree.simulatedChip = firstOf(programDirectory, {fs::path("../chipsim") / CHIP, libraries / "zelsensors" / CHIP});
+    tree.scenarios = firstOf(programDirectory, {"scenarios", fs::path(DATA_FROM_PROGRAM) / "zelsensors/scenarios"});
+    tree.schema = firstOf(programDirectory, {"schema", fs::path(DATA_FROM_PROGRAM) / "zelsensors/schema"});
     return tree;
 }
 
-Choice choose(const Options& options, const OwnTree& tree) {
-    Choice choice{options.provider.empty() ? tree.provider : options.provider, options.chip, false, ""};
+LibraryChoice choose(const Options& options, const InstallTree& tree) {
+    LibraryChoice choice{options.provider.empty() ? tree.provider : options.provider, options.chip, false, ""};
     if (options.chip.empty()) {
         choice.chip = tree.simulatedChip;
         choice.isChipSimulated = !choice.chip.empty();
     } else if (options.chip == "system") {
         choice.chip.clear();
     } else if (std::error_code error; fs::is_directory(options.chip, error)) {
-        choice.chip = fs::path(options.chip) / kChip;
+        choice.chip = fs::path(options.chip) / CHIP;
     } else if (options.chip.find('/') == std::string::npos) {
         choice.chip = "./" + options.chip;  // a file here, not one that the loader would search for
     }
@@ -94,11 +95,11 @@ Choice choose(const Options& options, const OwnTree& tree) {
     return choice;
 }
 
-std::vector<std::string> schemaFiles(const Options& options, const OwnTree& tree) {
+std::vector<std::string> schemaFiles(const Options& options, const InstallTree& tree) {
     if (!options.schema.empty()) return options.schema;
     if (tree.schema.empty()) throw UsageError("there is no schema; name its MOF files with --schema");
-    const fs::path folder = tree.schema;
-    return {folder / "qualifiers.mof", folder / "tqs.mof"};
+    const fs::path directory = tree.schema;
+    return {directory / "qualifiers.mof", directory / "tqs.mof"};
 }
 
 }  // namespace host

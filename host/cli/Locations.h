@@ -11,25 +11,25 @@
 namespace host {
 
 // What belongs to the tree that the program stands in, built or installed.
-struct OwnTree {
+struct InstallTree {
     std::string provider;       // a path; "libzelsensors.so.0", for the loader to find, where the tree has none
     std::string simulatedChip;  // a path, or empty
-    std::string scenarios;      // a folder, or empty
-    std::string schema;         // a folder, or empty
+    std::string scenarios;      // a directory, or empty
+    std::string schema;         // a directory, or empty
 };
 
-// The folder of the running program. Throws std::runtime_error where /proc does not say.
-std::string programFolder();
+// The directory of the running program. Throws std::runtime_error where /proc does not say.
+std::string programDirectory();
 
-OwnTree ownTree(const std::string& programFolder);
+InstallTree installTree(const std::string& programDirectory);
 
 // Throws UsageError for a scenario that is not there (the message lists those that are) or is no regular file, and for
 // a scenario without a simulated chip library.
-Choice choose(const Options& options, const OwnTree& tree);
+LibraryChoice choose(const Options& options, const InstallTree& tree);
 
 // The MOF files that verify compares with, in the order of reading. Throws UsageError where none is named and the tree
 // has none.
-std::vector<std::string> schemaFiles(const Options& options, const OwnTree& tree);
+std::vector<std::string> schemaFiles(const Options& options, const InstallTree& tree);
 
 }  // namespace host
 

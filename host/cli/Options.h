@@ -19,7 +19,7 @@ struct Options {
 
     std::string provider;  // the library; empty: the one of the program's own tree
     std::string providerName = "SensorProvider";
-    std::string chip;      // a file or folder, or "system"; empty: the default
+    std::string chip;      // a file or directory, or "system"; empty: the default
     std::string scenario;  // a name or a file; empty: what the environment says
     Format format = Format::Table;
     std::string providerOutput;  // a file, or "-"; empty: only the lines of a start that fails are shown

@@ -28,7 +28,7 @@ namespace host {
 namespace {
 
 // People shall see whether values are real.
-std::string chipNote(const Choice& choice) {
+std::string chipNote(const LibraryChoice& choice) {
     if (choice.chip.empty()) return "Chip library: the system's";
     return (choice.isChipSimulated ? "Chip library: simulated, " : "Chip library: ") + printable(choice.chip);
 }
@@ -90,30 +90,30 @@ void report(const broker::Status& status, const Options& options, Streams& strea
     if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE) explainStart(options, streams);
 }
 
-int ask(const Options& options, const Choice& choice, Streams& streams) {
+int ask(const Options& options, const LibraryChoice& choice, Streams& streams) {
     Session session(choice, options.providerName);
     streams.provider.endStart();
     const Request& request = options.request;
     const Answer answer{request.command, request.nameSpace, request.className, session.ask(request)};
     streams.output.write(textOf(answer, options.format, chipNote(choice), streams.output.charset()));
-    if (answer.reply.status.rc == CMPI_RC_OK) return kFine;
+    if (answer.reply.status.rc == CMPI_RC_OK) return ExitCode::Fine;
     report(answer.reply.status, options, streams);
-    return kAnsweredError;
+    return ExitCode::AnsweredError;
 }
 
-int askAgain(const Options& options, const Choice& choice, Streams& streams) {
+int askAgain(const Options& options, const LibraryChoice& choice, Streams& streams) {
     Session session(choice, options.providerName);
     streams.provider.endStart();
     const WatchOutcome outcome = watch(
         options, chipNote(choice), [&] { return session.ask(options.request); }, streams.output);
-    if (outcome.failedRounds == 0) return kFine;
+    if (outcome.failedRounds == 0) return ExitCode::Fine;
     tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
                              " rounds failed; the last failure was:\n");
     report(outcome.lastFailure, options, streams);
-    return kAnsweredError;
+    return ExitCode::AnsweredError;
 }
 
-int verifyAnswers(const Options& options, const Choice& choice, const std::vector<std::string>& files,
+int verifyAnswers(const Options& options, const LibraryChoice& choice, const std::vector<std::string>& files,
                   Streams& streams) {
     if (options.format == Format::Mof) throw UsageError("verify has no MOF format");
     const mof::Schema schema = readSchema(files);
@@ -128,7 +128,7 @@ int verifyAnswers(const Options& options, const Choice& choice, const std::vecto
                              ? verificationJson(verification)
                              : shownIn(streams.output.charset(), verificationText(verification)));
     if (verification.firstFailure) report(*verification.firstFailure, options, streams);
-    return verification.conforms() ? kFine : kAnsweredError;
+    return verification.conforms() ? ExitCode::Fine : ExitCode::AnsweredError;
 }
 
 int complain(Output& errors, const std::exception& failure, int exitCode) {
@@ -136,10 +136,10 @@ int complain(Output& errors, const std::exception& failure, int exitCode) {
     return exitCode;
 }
 
-int runReported(const Options& options, const OwnTree& tree, Streams& streams) {
+int runReported(const Options& options, const InstallTree& tree, Streams& streams) {
     Output& errors = streams.errors;
     try {
-        const Choice choice = choose(options, tree);
+        const LibraryChoice choice = choose(options, tree);
         if (!choice.scenario.empty()) setenv("ZELCHIP_SCENARIO", choice.scenario.c_str(), 1);
         if (options.request.command == Command::Verify) {
             return verifyAnswers(options, choice, schemaFiles(options, tree), streams);
@@ -147,26 +147,26 @@ int runReported(const Options& options, const OwnTree& tree, Streams& streams) {
         const auto run = options.request.command == Command::Watch ? askAgain : ask;
         return run(options, choice, streams);
     } catch (const ReaderGone&) {
-        return kReaderGone;
+        return ExitCode::BrokenPipe;
     } catch (const UsageError& failure) {
-        return complain(errors, failure, kWrongUsage);
+        return complain(errors, failure, ExitCode::WrongUsage);
     } catch (const SchemaError& failure) {
-        return complain(errors, failure, kWrongUsage);
+        return complain(errors, failure, ExitCode::WrongUsage);
     } catch (const mof::MofError& failure) {
-        return complain(errors, failure, kWrongUsage);
+        return complain(errors, failure, ExitCode::WrongUsage);
     } catch (const broker::LoadError& failure) {
-        complain(errors, failure, kNotLoaded);
+        complain(errors, failure, ExitCode::NotLoaded);
         // A factory that failed may have said why.
         if (options.providerOutput.empty()) tell(errors, marked(streams.provider.collected()));
-        return kNotLoaded;
+        return ExitCode::NotLoaded;
     } catch (const std::exception& failure) {
-        return complain(errors, failure, kAnsweredError);
+        return complain(errors, failure, ExitCode::AnsweredError);
     }
 }
 
 }  // namespace
 
-int run(const Options& options, const OwnTree& tree) {
+int run(const Options& options, const InstallTree& tree) {
     ProviderOutput providerOutput(options.providerOutput);
     const Charset charset = charsetOfEnvironment();
     Streams streams{providerOutput, Output(providerOutput.standardOutput(), charset),

@@ -10,7 +10,7 @@ namespace host {
 // error, and the provider's own lines where the options say; those of a start that fails come to standard error
 // unasked. Gives the exit code. Not to be run by two threads at a time: it changes descriptors and environment of the
 // process.
-int run(const Options& options, const OwnTree& tree);
+int run(const Options& options, const InstallTree& tree);
 
 }  // namespace host
 

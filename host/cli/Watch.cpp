@@ -33,21 +33,21 @@ class Interruption {
         interrupted = 0;
         sigset_t caught;
         sigemptyset(&caught);
-        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        for (std::size_t i = 0; i < SIGNALS.size(); ++i) {
             // What was ignored at the start, as under nohup, stays ignored.
-            sigaction(kSignals.at(i), nullptr, &m_before.at(i));
+            sigaction(SIGNALS.at(i), nullptr, &m_before.at(i));
             if (m_before.at(i).sa_handler == SIG_IGN) continue;
             struct sigaction action {};
             action.sa_handler = noteInterruption;
-            sigaction(kSignals.at(i), &action, nullptr);
-            sigaddset(&caught, kSignals.at(i));
+            sigaction(SIGNALS.at(i), &action, nullptr);
+            sigaddset(&caught, SIGNALS.at(i));
         }
         pthread_sigmask(SIG_BLOCK, &caught, &m_maskBefore);
     }
     ~Interruption() {
         // With the handlers still in place: a signal that waits is spent, since the end has been reached anyway.
         pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
-        for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals.at(i), &m_before.at(i), nullptr);
+        for (std::size_t i = 0; i < SIGNALS.size(); ++i) sigaction(SIGNALS.at(i), &m_before.at(i), nullptr);
     }
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;
@@ -56,15 +56,15 @@ class Interruption {
     bool waitUntil(Clock::time_point end) const {
         while (interrupted == 0) {
             const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(end - Clock::now()).count();
-            constexpr long kSecond = 1'000'000'000;
-            const timespec wait{left > 0 ? left / kSecond : 0, left > 0 ? left % kSecond : 0};
+            constexpr long SECOND = 1'000'000'000;
+            const timespec wait{left > 0 ? left / SECOND : 0, left > 0 ? left % SECOND : 0};
             if (ppoll(nullptr, 0, &wait, &m_maskBefore) == 0) return true;
         }
         return false;
     }
 
   private:
-    static constexpr std::array<int, 3> kSignals{SIGINT, SIGTERM, SIGHUP};
+    static constexpr std::array<int, 3> SIGNALS{SIGINT, SIGTERM, SIGHUP};
     std::array<struct sigaction, 3> m_before{};
     sigset_t m_maskBefore{};
 };

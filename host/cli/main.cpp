@@ -21,7 +21,7 @@ int runProgram(int count, char** arguments) {
     host::Options options;
     std::ostringstream output;
     const std::optional<int> ended = host::readCommandLine(count, arguments, options, output, std::cerr);
-    if (!ended) return host::run(options, host::ownTree(host::programFolder()));
+    if (!ended) return host::run(options, host::installTree(host::programDirectory()));
     host::Output(STDOUT_FILENO).write(output.str());
     return *ended;
 }
@@ -30,13 +30,13 @@ int runReported(int count, char** arguments) {
     try {
         return runProgram(count, arguments);
     } catch (const host::ReaderGone&) {
-        return host::kReaderGone;
+        return host::ExitCode::BrokenPipe;
     } catch (const host::UsageError& failure) {
         std::fprintf(stderr, "zelhost: %s\n", failure.what());
-        return host::kWrongUsage;
+        return host::ExitCode::WrongUsage;
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "zelhost: %s\n", failure.what());
-        return host::kAnsweredError;
+        return host::ExitCode::AnsweredError;
     }
 }
 
@@ -44,11 +44,11 @@ int runReported(int count, char** arguments) {
 int endWithoutReader(bool isSignalIgnored) {
     if (isSignalIgnored) {
         std::fprintf(stderr, "zelhost: the output cannot be written: %s\n", std::strerror(EPIPE));
-        return host::kAnsweredError;
+        return host::ExitCode::AnsweredError;
     }
     std::signal(SIGPIPE, SIG_DFL);
     std::raise(SIGPIPE);
-    return host::kReaderGone;  // where the signal is blocked
+    return host::ExitCode::BrokenPipe;  // where the signal is blocked
 }
 
 }  // namespace
@@ -57,5 +57,5 @@ int main(int count, char** arguments) {
     // Not before the provider has been cleaned up.
     const bool isIgnored = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;
     const int exitCode = runReported(count, arguments);
-    return exitCode == host::kReaderGone ? endWithoutReader(isIgnored) : exitCode;
+    return exitCode == host::ExitCode::BrokenPipe ? endWithoutReader(isIgnored) : exitCode;
 }

@@ -19,7 +19,7 @@ using broker::NamedValue;
 using broker::ObjectPath;
 using broker::Value;
 
-constexpr std::size_t kBarCells = 40;
+constexpr std::size_t BAR_CELLS = 40;
 
 // A column for each key, in the order in which the keys first come.
 std::string namesTable(const std::vector<ObjectPath>& paths, Charset charset) {
@@ -85,7 +85,7 @@ std::string propertiesTable(const Instance& instance, Charset charset) {
     std::string text = printable(pathText(instance.path)) + "\n\n" + table.text();
     if (!sensor) return text;
     text += "\nState: " + stateOf(*sensor).word() + '\n';
-    if (const std::string bar = limitsBar(*sensor, kBarCells); !bar.empty())
+    if (const std::string bar = limitsBar(*sensor, BAR_CELLS); !bar.empty())
         text += "Between its limits: " + bar + '\n';
     return text;
 }

@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kBarCells = 24;
+constexpr std::size_t BAR_CELLS = 24;
 
 const char* colourOf(Severity severity) {
     switch (severity) {
@@ -36,7 +36,7 @@ std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head,
         if (!sensor) continue;
         const SensorState state = stateOf(*sensor);
         table.add(
-            {printable(sensor->name), sensor->withUnit(sensor->reading), state.word(), limitsBar(*sensor, kBarCells)});
+            {printable(sensor->name), sensor->withUnit(sensor->reading), state.word(), limitsBar(*sensor, BAR_CELLS)});
         severities.push_back(state.severity);
         if (state.severity != Severity::Normal) ++past;
     }

@@ -71,8 +71,8 @@ class Cells {
 Number numberIn(const Value& value) {
     if (value.isNull) return std::nullopt;
     if (value.isSigned()) return value.signedNumber;
-    constexpr auto kLargest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    if (!value.isUnsigned() || value.unsignedNumber > kLargest) return std::nullopt;
+    constexpr auto LARGEST = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    if (!value.isUnsigned() || value.unsignedNumber > LARGEST) return std::nullopt;
     return static_cast<std::int64_t>(value.unsignedNumber);
 }
 

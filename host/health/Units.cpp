@@ -6,7 +6,7 @@ namespace host {
 namespace {
 
 // In the order of CIM_NumericSensor.BaseUnits.
-constexpr std::array kBaseUnits{
+constexpr std::array BASE_UNITS{
     "",     "",      "°C",    "°F",     "K",      "V",   "A",   "W",     "J",     "C",     "VA",      "nt",
     "lm",   "lx",    "cd",    "kPa",    "psi",    "N",   "CFM", "rpm",   "Hz",    "s",     "min",     "h",
     "days", "weeks", "mil",   "in",     "ft",     "in³", "ft³", "m",     "cm³",   "m³",    "l",       "fl oz",
@@ -16,7 +16,7 @@ constexpr std::array kBaseUnits{
 };
 
 // In the order of CIM_NumericSensor.RateUnits.
-constexpr std::array kRateUnits{"", "/µs", "/ms", "/s", "/min", "/h", "/day", "/week", "/month", "/year"};
+constexpr std::array RATE_UNITS{"", "/µs", "/ms", "/s", "/min", "/h", "/day", "/week", "/month", "/year"};
 
 template <std::size_t size>
 bool isListed(const std::array<const char*, size>&, std::int64_t code) {
@@ -26,9 +26,9 @@ bool isListed(const std::array<const char*, size>&, std::int64_t code) {
 }  // namespace
 
 std::string unitText(std::int64_t baseUnits, std::int64_t rateUnits) {
-    std::string text = isListed(kBaseUnits, baseUnits) ? kBaseUnits.at(static_cast<std::size_t>(baseUnits))
+    std::string text = isListed(BASE_UNITS, baseUnits) ? BASE_UNITS.at(static_cast<std::size_t>(baseUnits))
                                                        : "unit " + std::to_string(baseUnits);
-    text += isListed(kRateUnits, rateUnits) ? kRateUnits.at(static_cast<std::size_t>(rateUnits))
+    text += isListed(RATE_UNITS, rateUnits) ? RATE_UNITS.at(static_cast<std::size_t>(rateUnits))
                                             : "/rate " + std::to_string(rateUnits);
     return text;
 }

@@ -9,8 +9,8 @@
 namespace mof {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-constexpr std::size_t kShownColumns = 40;
+constexpr std::string_view BYTE_ORDER_MARK = "\xef\xbb\xbf";
+constexpr std::size_t SHOWN_COLUMNS = 40;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -33,7 +33,7 @@ int hexDigit(char c) {
 }
 
 std::string shown(std::string_view text) {
-    const std::string cut = host::cutToColumns(text, kShownColumns);
+    const std::string cut = host::cutToColumns(text, SHOWN_COLUMNS);
     return '"' + host::printable(cut) + (cut.size() < text.size() ? "...\"" : "\"");
 }
 
@@ -68,7 +68,7 @@ std::string described(const Token& token) {
 }
 
 Lexer::Lexer(std::string_view text, std::string file) : m_text(text), m_file(std::move(file)) {
-    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) m_at = kByteOrderMark.size();
+    if (text.substr(0, BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK) m_at = BYTE_ORDER_MARK.size();
 }
 
 void Lexer::fail(unsigned line, const std::string& what) const {
@@ -154,10 +154,10 @@ Token Lexer::characterToken() {
 }
 
 Token Lexer::symbolToken() {
-    static constexpr std::string_view kSymbols = "()[]{},;:=$#";
+    static constexpr std::string_view SYMBOLS = "()[]{},;:=$#";
     const host::Character character = host::firstCharacter(m_text.substr(m_at));
     const std::string_view text = m_text.substr(m_at, character.length);
-    if (kSymbols.find(peek()) == std::string_view::npos) fail(m_line, shown(text) + " has no meaning here");
+    if (SYMBOLS.find(peek()) == std::string_view::npos) fail(m_line, shown(text) + " has no meaning here");
     advance();
     return {Token::Kind::Symbol, m_line, std::string(text), {}};
 }
@@ -190,17 +190,17 @@ void Lexer::appendPlain(std::string& text) {
 }
 
 char32_t Lexer::escape() {
-    static constexpr std::string_view kLetters = "btnfr\"'\\";
-    static constexpr std::string_view kMeanings = "\b\t\n\f\r\"'\\";
+    static constexpr std::string_view LETTERS = "btnfr\"'\\";
+    static constexpr std::string_view MEANINGS = "\b\t\n\f\r\"'\\";
     advance();
     const char letter = peek();
     if (letter == 'x' || letter == 'X') return hexEscape();
-    const std::size_t which = kLetters.find(letter);
+    const std::size_t which = LETTERS.find(letter);
     if (which == std::string_view::npos) {
         fail(m_line, "an unknown escape in the text, expected one of \\b \\t \\n \\f \\r \\\" \\' \\\\ \\x");
     }
     advance();
-    return static_cast<unsigned char>(kMeanings[which]);
+    return static_cast<unsigned char>(MEANINGS[which]);
 }
 
 char32_t Lexer::hexEscape() {

@@ -13,15 +13,15 @@ struct TypeWord {
     const char* word;
     CMPIType type;
 };
-constexpr TypeWord kTypeWords[] = {
+constexpr TypeWord TYPE_WORDS[] = {
     {"boolean", CMPI_boolean}, {"string", CMPI_string},     {"char16", CMPI_char16}, {"uint8", CMPI_uint8},
     {"sint8", CMPI_sint8},     {"uint16", CMPI_uint16},     {"sint16", CMPI_sint16}, {"uint32", CMPI_uint32},
     {"sint32", CMPI_sint32},   {"uint64", CMPI_uint64},     {"sint64", CMPI_sint64}, {"real32", CMPI_real32},
     {"real64", CMPI_real64},   {"datetime", CMPI_dateTime},
 };
 
-const Names kScopes{"class",     "association", "indication", "qualifier", "property",
-                    "reference", "method",      "parameter",  "schema",    "any"};
+const Names SCOPES{"class",     "association", "indication", "qualifier", "property",
+                   "reference", "method",      "parameter",  "schema",    "any"};
 
 }  // namespace
 
@@ -66,7 +66,7 @@ void Parser::qualifierDeclaration() {
     declaration.defaultValue = defaultValue(type.type, declaration.name);
     expectSymbol(',', "and the qualifier's scope");
     if (!takeWord("scope")) failExpected("scope");
-    declaration.scopes = parenthesised(kScopes, "a scope such as property or any");
+    declaration.scopes = parenthesised(SCOPES, "a scope such as property or any");
     if (takeSymbol(',')) {
         if (!takeWord("flavor")) failExpected("flavor");
         declaration.flavors = parenthesised(flavorWords(), "a flavor such as DisableOverride");
@@ -168,9 +168,9 @@ Element Parser::element() {
 void Parser::elementType(Element& element) {
     const Token word = m_token;
     expectName("a type");
-    const auto* found = std::find_if(std::begin(kTypeWords), std::end(kTypeWords),
+    const auto* found = std::find_if(std::begin(TYPE_WORDS), std::end(TYPE_WORDS),
                                      [&word](const TypeWord& each) { return broker::sameName(each.word, word.text); });
-    if (found != std::end(kTypeWords)) {
+    if (found != std::end(TYPE_WORDS)) {
         element.type = found->type;
     } else if (takeWord("ref")) {
         element.type = CMPI_ref;

@@ -27,16 +27,16 @@ constexpr IntegerRange rangeOf(CMPIType type) {
     return {type, largest, std::numeric_limits<Number>::is_signed ? largest + 1 : 0};
 }
 
-constexpr IntegerRange kIntegerRanges[] = {
+constexpr IntegerRange INTEGER_RANGES[] = {
     rangeOf<std::uint8_t>(CMPI_uint8),   rangeOf<std::int8_t>(CMPI_sint8),    rangeOf<std::uint16_t>(CMPI_uint16),
     rangeOf<std::int16_t>(CMPI_sint16),  rangeOf<std::uint32_t>(CMPI_uint32), rangeOf<std::int32_t>(CMPI_sint32),
     rangeOf<std::uint64_t>(CMPI_uint64), rangeOf<std::int64_t>(CMPI_sint64),  rangeOf<std::uint16_t>(CMPI_char16),
 };
 
 bool isInRange(const Literal& value, CMPIType type) {
-    const auto* range = std::find_if(std::begin(kIntegerRanges), std::end(kIntegerRanges),
+    const auto* range = std::find_if(std::begin(INTEGER_RANGES), std::end(INTEGER_RANGES),
                                      [type](const IntegerRange& each) { return each.type == type; });
-    if (range == std::end(kIntegerRanges)) return false;
+    if (range == std::end(INTEGER_RANGES)) return false;
     return value.magnitude <= (value.isNegative ? range->largestNegative : range->largest);
 }
 

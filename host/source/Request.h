@@ -11,13 +11,13 @@ enum class Command { Names, Instances, Get, Log, Watch, Create, Modify, Delete, 
 // The command's word on the command line.
 const char* nameOf(Command command);
 
-constexpr const char* kSensorClass = "TQS_NumericSensor";
-constexpr const char* kEventLogClass = "TQS_SystemEventLog";
+constexpr const char* SENSOR_CLASS = "TQS_NumericSensor";
+constexpr const char* EVENT_LOG_CLASS = "TQS_SystemEventLog";
 
 struct Request {
     Command command = Command::Instances;
     std::string nameSpace = "root/cimv2";
-    std::string className = kSensorClass;
+    std::string className = SENSOR_CLASS;
     std::string instanceName;  // the key "Name", of get, create, modify and delete
     std::string query;
     std::string queryLanguage = "WQL";

@@ -14,7 +14,7 @@ ChipLibrary::~ChipLibrary() {
     if (m_handle != nullptr) dlclose(m_handle);
 }
 
-Session::Session(const Choice& choice, const std::string& providerName)
+Session::Session(const LibraryChoice& choice, const std::string& providerName)
     : m_chip(choice.chip), m_library(choice.provider), m_provider(m_library, providerName, m_broker) {}
 
 broker::Reply Session::ask(const Request& request) {

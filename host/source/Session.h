@@ -10,7 +10,7 @@
 namespace host {
 
 // What is to be loaded, and with which scenario.
-struct Choice {
+struct LibraryChoice {
     std::string provider;
     std::string chip;      // a path; empty: the loader finds the system's
     bool isChipSimulated;  // the tree's own simulated chip library
@@ -35,7 +35,7 @@ class ChipLibrary {
 class Session {
   public:
     // `providerName` is the name that the provider's factory bears. Throws broker::LoadError.
-    Session(const Choice& choice, const std::string& providerName);
+    Session(const LibraryChoice& choice, const std::string& providerName);
 
     // The answer stays valid after the session.
     broker::Reply ask(const Request& request);

@@ -33,16 +33,16 @@ struct Substitute {
 };
 
 // The signs that our own texts use: those of the units and of powers of ten.
-constexpr std::array kSubstitutes{
+constexpr std::array SUBSTITUTES{
     Substitute{U'\u00b0', "deg"}, Substitute{U'\u00b3', "3"}, Substitute{U'\u00b5', "u"},
     Substitute{U'\u00b7', "."},   Substitute{U'\u00d7', "x"}, Substitute{U'\u03a9', "ohm"},
 };
 
 std::string asciiOf(const Character& character, std::string_view bytes) {
-    const auto* found = std::find_if(kSubstitutes.begin(), kSubstitutes.end(), [&character](const Substitute& each) {
+    const auto* found = std::find_if(SUBSTITUTES.begin(), SUBSTITUTES.end(), [&character](const Substitute& each) {
         return each.codePoint == character.codePoint;
     });
-    return character.isUtf8 && found != kSubstitutes.end() ? found->text : escaped(bytes);
+    return character.isUtf8 && found != SUBSTITUTES.end() ? found->text : escaped(bytes);
 }
 
 }  // namespace

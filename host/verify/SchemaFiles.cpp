@@ -13,7 +13,7 @@ namespace host {
 namespace {
 
 // Several times what all classes of the published CIM schema take; it ends the reading of an endless file.
-constexpr std::size_t kLargestFile = std::size_t{16} << 20;
+constexpr std::size_t LARGEST_FILE = std::size_t{16} << 20;
 
 std::string contentsOf(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -21,7 +21,7 @@ std::string contentsOf(const std::string& file) {
     std::array<char, 4096> block{};
     while (stream.read(block.data(), block.size()) || stream.gcount() > 0) {
         contents.append(block.data(), static_cast<std::size_t>(stream.gcount()));
-        if (contents.size() > kLargestFile) throw SchemaError("the schema file " + file + " is larger than 16 MiB");
+        if (contents.size() > LARGEST_FILE) throw SchemaError("the schema file " + file + " is larger than 16 MiB");
     }
     if (!stream.eof()) throw SchemaError("the schema file " + file + " cannot be read (" + std::strerror(errno) + ")");
     return contents;

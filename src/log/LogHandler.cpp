@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr const char* configurationPath = "/etc/tarn/log.conf";
-constexpr const char* defaultLogPath = "/var/log/tarn/tarn.log";
-constexpr std::uint64_t defaultMaxLength = 10UL * 1024 * 1024;  // bytes
-constexpr unsigned long leastMaxLength = 4096;                  // bytes
+constexpr const char* CONFIGURATION_PATH = "/etc/tarn/log.conf";
+constexpr const char* DEFAULT_LOG_PATH = "/var/log/tarn/tarn.log";
+constexpr std::uint64_t DEFAULT_MAX_LENGTH = 10UL * 1024 * 1024;  // bytes
+constexpr unsigned long LEAST_MAX_LENGTH = 4096;                  // bytes
 
 }  // namespace
 
@@ -40,10 +40,10 @@ LOG_LEVEL FileLogHandler::GetLevel() {
 
 void FileLogHandler::GetConfig() {
     m_level = LOG_INFO;
-    m_fileName = defaultLogPath;
-    m_maxLength = defaultMaxLength;
+    m_fileName = DEFAULT_LOG_PATH;
+    m_maxLength = DEFAULT_MAX_LENGTH;
     m_isConsole = false;
-    readSettings(configurationPath,
+    readSettings(CONFIGURATION_PATH,
                  [this](const std::string& key, const std::string& value) { ApplySetting(key, value); });
 }
 
@@ -57,7 +57,7 @@ void FileLogHandler::ApplySetting(const std::string& key, const std::string& val
     } else if (key == "Level") {
         if (scanUnsigned(value, number) && number <= LOG_TRACE) m_level = static_cast<LOG_LEVEL>(number);
     } else if (key == "MaxLength") {
-        if (scanUnsigned(value, number)) m_maxLength = std::max(number, leastMaxLength);
+        if (scanUnsigned(value, number)) m_maxLength = std::max(number, LEAST_MAX_LENGTH);
     }
 }
 

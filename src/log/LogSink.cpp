@@ -25,7 +25,7 @@ class SinkOwner {
     }
 };
 
-const SinkOwner s_sinkOwner;
+const SinkOwner SINK_OWNER;
 
 }  // namespace
 

@@ -1,9 +1,9 @@
-// For logging where nothing may be raised: entry points, destructors, handlers of other exceptions.
+// For logging where nothing may be thrown: entry points, destructors, handlers of other exceptions.
 #ifndef ZELSENSORS_LOG_QUIETLY_H
 #define ZELSENSORS_LOG_QUIETLY_H
 
-// Calls `action` and lets nothing that it raises out.
-template <class Action>
+// Calls `action` and lets nothing that it throws out.
+template <typename Action>
 void quietly(Action&& action) noexcept {
     try {
         action();

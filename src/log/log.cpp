@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr std::size_t textSize = 4096;  // of a formatted text, with its end mark: bytes, or wide characters
+constexpr std::size_t TEXT_SIZE = 4096;  // of a formatted text, with its end mark: bytes, or wide characters
 
 using Buffer = std::unique_ptr<char[]>;
 
@@ -39,15 +39,15 @@ void writeRecord(LogHandler& handler, LOG_LEVEL level, std::string text) {
 }
 
 // Zero-filled, so that what formatting leaves there is terminated in any case. Null when there is no memory.
-template <class Character>
+template <typename Character>
 std::unique_ptr<Character[]> takeBuffer() noexcept {
-    return std::unique_ptr<Character[]>(new (std::nothrow) Character[textSize]());
+    return std::unique_ptr<Character[]>(new (std::nothrow) Character[TEXT_SIZE]());
 }
 
 // Converts as much as fits, with room left for an end mark; false when the locale lacks a character.
 bool narrow(const wchar_t* wide, char* buffer) {
-    std::size_t length = std::wcstombs(buffer, wide, textSize);
-    if (length == textSize) length = std::wcstombs(buffer, wide, textSize - 1);
+    std::size_t length = std::wcstombs(buffer, wide, TEXT_SIZE);
+    if (length == TEXT_SIZE) length = std::wcstombs(buffer, wide, TEXT_SIZE - 1);
     if (length == static_cast<std::size_t>(-1)) return false;
     buffer[length] = '\0';
     return true;
@@ -55,7 +55,7 @@ bool narrow(const wchar_t* wide, char* buffer) {
 
 [[gnu::format(printf, 1, 0)]] Buffer formatted(const char* format, va_list arguments) noexcept {
     Buffer buffer = takeBuffer<char>();
-    if (buffer != nullptr) std::vsnprintf(buffer.get(), textSize, format, arguments);
+    if (buffer != nullptr) std::vsnprintf(buffer.get(), TEXT_SIZE, format, arguments);
     return buffer;
 }
 
@@ -65,8 +65,8 @@ Buffer formatted(const wchar_t* format, va_list arguments) noexcept {
     if (wide == nullptr || buffer == nullptr) return nullptr;
     errno = 0;
     // It fails for want of room too, having filled the buffer; only what cannot be made at all is dropped.
-    if (std::vswprintf(wide.get(), textSize, format, arguments) < 0 && errno == EILSEQ) return nullptr;
-    wide[textSize - 1] = L'\0';
+    if (std::vswprintf(wide.get(), TEXT_SIZE, format, arguments) < 0 && errno == EILSEQ) return nullptr;
+    wide[TEXT_SIZE - 1] = L'\0';
     if (!narrow(wide.get(), buffer.get())) return nullptr;
     return buffer;
 }

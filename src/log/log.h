@@ -8,7 +8,7 @@
 // GetSensorInformation at the start, and the results of the two temperature thresholds.
 //
 // All three may be called from any thread. A message that has no text (null), or for which there is no memory, is
-// dropped. What leaves a call is only what was raised inside it: an allocation's std::bad_alloc, or an exception of the
+// dropped. What leaves a call is only what was thrown inside it: an allocation's std::bad_alloc, or an exception of the
 // sink. Where nothing may leave, wrap the call in quietly() (Quietly.h).
 #ifndef ZELSENSORS_LOG_LOG_H
 #define ZELSENSORS_LOG_LOG_H

@@ -18,15 +18,15 @@ CMPIInstance* newInstance(const CMPIBroker* broker, CMPIObjectPath* path) {
 
 }  // namespace
 
-void raiseStatus(const CMPIStatus& status) {
+void throwStatus(const CMPIStatus& status) {
     // One record does: requests come one at a time, and nobody reads what the pointer leads to.
-    static CMPIStatus raised;
-    raised = status;
-    throw &raised;
+    static CMPIStatus thrown;
+    thrown = status;
+    throw &thrown;
 }
 
-void raiseFailure() {
-    raiseStatus({CMPI_RC_ERR_FAILED, nullptr});
+void throwFailure() {
+    throwStatus({CMPI_RC_ERR_FAILED, nullptr});
 }
 
 const CMPIValue* asValue(const char* characters) {
@@ -92,5 +92,5 @@ void InstanceBuilder::array(const char* property, CMPIArray* elements, CMPIType 
 
 void InstanceBuilder::set(const char* property, const CMPIValue* value, CMPIType type) {
     const CMPIStatus status = CMSetProperty(m_instance, property, value, type);
-    if (status.rc != CMPI_RC_OK) raiseStatus(status);
+    if (status.rc != CMPI_RC_OK) throwStatus(status);
 }

@@ -2,7 +2,7 @@
 // instance's properties, and the raising of what a broker refuses.
 //
 // All CMPI objects made here belong to the broker, which frees them after the request; nobody releases them. A failure
-// is raised as a `CMPIStatus*` and nothing is logged. The pointer needs no free and stays valid until the next raise.
+// is thrown as a `CMPIStatus*` and nothing is logged. The pointer needs no free and stays valid until the next throw.
 //
 // Not thread-safe: the provider's lock lets one request in at a time.
 #ifndef ZELSENSORS_CIMMODEL_H
@@ -16,17 +16,17 @@ constexpr char CIM_NAMESPACE[] = "root/cimv2";
 constexpr char SYSTEM_CREATION_CLASS_NAME[] = "Computer System";
 constexpr char SYSTEM_NAME[] = "Quorvel POS Sensor Drivers and System Event Log";
 
-// Raises a copy of a broker's status; its message stays the broker's.
-[[noreturn]] void raiseStatus(const CMPIStatus& status);
-// Raises CMPI_RC_ERR_FAILED without a message.
-[[noreturn]] void raiseFailure();
+// Throws a copy of a broker's status; its message stays the broker's.
+[[noreturn]] void throwStatus(const CMPIStatus& status);
+// Throws CMPI_RC_ERR_FAILED without a message.
+[[noreturn]] void throwFailure();
 
-// Gives back what a broker's factory function answered, or raises the status that it left. A null object with a good
+// Gives back what a broker's factory function answered, or throws the status that it left. A null object with a good
 // status, as a careless broker may answer, counts as a failure.
 template <typename Object>
 Object* requireMade(Object* object, const CMPIStatus& status) {
-    if (status.rc != CMPI_RC_OK) raiseStatus(status);
-    if (object == nullptr) raiseFailure();
+    if (status.rc != CMPI_RC_OK) throwStatus(status);
+    if (object == nullptr) throwFailure();
     return object;
 }
 
@@ -36,7 +36,7 @@ const CMPIValue* asValue(const char* characters);
 // The path of the class in CIM_NAMESPACE with the key "Name". A broker that refuses the key is not noticed.
 CMPIObjectPath* newNamedPath(const CMPIBroker* broker, const char* className, const char* name);
 
-// Makes an instance and sets its properties in the order of the calls. Every call raises when the broker refuses it;
+// Makes an instance and sets its properties in the order of the calls. Every call throws when the broker refuses it;
 // the instance is then abandoned to the broker.
 class InstanceBuilder {
   public:

@@ -1,6 +1,6 @@
 // The terminal's NVMe drives: finding them, and reading their temperatures.
 //
-// Failures are answered, never raised; which of them are logged is said below. Not thread-safe.
+// Failures are answered, never thrown; which of them are logged is said below. Not thread-safe.
 #ifndef ZELSENSORS_NVMESSD_H
 #define ZELSENSORS_NVMESSD_H
 

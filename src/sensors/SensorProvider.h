@@ -28,11 +28,11 @@ class SensorProvider {
     void setBroker(const CMPIBroker* usedBroker) { broker = usedBroker; }
 
     // Opens the chip service and builds the inventory. On a failure, which is logged, isInitialised() stays false for
-    // good; what building the inventory raises passes to the caller.
+    // good; what building the inventory throws passes to the caller.
     void initialise(const CMPIContext* ctx);
     bool isInitialised() const { return __atomic_load_n(&initialised, __ATOMIC_ACQUIRE); }
 
-    // Each calls CMReturnDone exactly once and raises nothing. Only to be called after isInitialised() has become true.
+    // Each calls CMReturnDone exactly once and throws nothing. Only to be called after isInitialised() has become true.
     CMPIStatus enumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
                                  const CMPIObjectPath* ref);
     CMPIStatus enumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
@@ -42,7 +42,7 @@ class SensorProvider {
 
     // Builds the inventory. 0, or the status of the chip call that failed; the sensors added until then stay.
     sscode initSensorProvider();
-    // Refreshes the reading when one is due, and the event log always. Both raise a pointer to a CMPIStatus when the
+    // Refreshes the reading when one is due, and the event log always. Both throw a pointer to a CMPIStatus when the
     // chip fails; what was there before then stays.
     void updateReading(TQS_NumericSensor& sensor);
     void updateLog();

@@ -1,5 +1,5 @@
 // What the object manager meets: the load and unload hooks, the factory, and the table of entry functions. Nothing
-// raised leaves any of them.
+// thrown leaves any of them.
 #include <cmpidt.h>
 #include <cmpift.h>
 #include <cmpimacs.h>
@@ -188,8 +188,8 @@ extern "C" __attribute__((visibility("default"))) CMPIInstanceMI* SensorProvider
         try {
             announce(broker);
             makeProvider(broker, ctx);
-        } catch (const std::exception& raised) {
-            quietly([&raised] { Log(LOG_ERROR, "SensorProvider_Create_InstanceMI - exception: %s", raised.what()); });
+        } catch (const std::exception& thrown) {
+            quietly([&thrown] { Log(LOG_ERROR, "SensorProvider_Create_InstanceMI - exception: %s", thrown.what()); });
         } catch (...) {
             quietly([] { LogQuick(LOG_ERROR, "SensorProvider_Create_InstanceMI -  Unknown Exception"); });
         }

@@ -62,7 +62,7 @@ const RequestKind ONE_INSTANCE = {
 
 // The characters of a broker's string, which the brokers in use keep in its handle field. Never null.
 const char* textOf(const CMPIString* string) {
-    if (string == nullptr || string->hdl == nullptr) raiseFailure();
+    if (string == nullptr || string->hdl == nullptr) throwFailure();
     return static_cast<const char*>(string->hdl);
 }
 
@@ -70,9 +70,9 @@ const char* textOf(const CMPIString* string) {
 const char* nameKeyOf(const CMPIObjectPath* ref) {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     const CMPIData key = CMGetKey(ref, "Name", &status);
-    if (status.rc != CMPI_RC_OK) raiseStatus(status);
+    if (status.rc != CMPI_RC_OK) throwStatus(status);
     // A value whose state says null or bad must not be touched.
-    if ((key.state & (CMPI_nullValue | CMPI_badValue)) != 0) raiseFailure();
+    if ((key.state & (CMPI_nullValue | CMPI_badValue)) != 0) throwFailure();
 
     const char* name = nullptr;
     if (key.type == CMPI_string && key.value.string != nullptr) {
@@ -80,7 +80,7 @@ const char* nameKeyOf(const CMPIObjectPath* ref) {
     } else if (key.type == CMPI_chars) {
         name = key.value.chars;
     }
-    if (name == nullptr) raiseFailure();
+    if (name == nullptr) throwFailure();
     Log(LOG_DEBUG, "SensorProvider::getInstance - Object path: instance name = '%s'", name);
     return name;
 }
@@ -229,7 +229,7 @@ void SensorProvider::updateReading(TQS_NumericSensor& sensor) {
     const sscode status = chip->ReadSensor(handle, reading);
     if (status != 0) {
         Log(LOG_ERROR, "SensorProvider::UpdateReading - failed to read sensor 0x%08x, sscode=0x%08x", handle, status);
-        raiseFailure();
+        throwFailure();
     }
     sensor.setCurrentReading(reading.value);
 }
@@ -240,7 +240,7 @@ void SensorProvider::updateLog() {
     const sscode status = chip->GetSystemEventLog(record);
     if (status != 0) {
         Log(LOG_ERROR, "SensorProvider::GetSystemEventLog - failed to get log information, sscode=0x%08x", status);
-        raiseFailure();
+        throwFailure();
     }
     eventLog.clear();
     eventLog.setLogFull(record.logFull != 0);

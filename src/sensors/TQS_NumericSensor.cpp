@@ -15,11 +15,11 @@ constexpr int SHORTEST_UPDATE_INTERVAL = 500;  // milliseconds
 constexpr int LONGEST_UPDATE_INTERVAL = 2500;
 
 void setIfAvailable(InstanceBuilder& builder, const char* property, int number) {
-    if (number != TQS_NumericSensor::NOT_AVAILABLE) builder.sint32(property, number);
+    if (number != NOT_AVAILABLE) builder.sint32(property, number);
 }
 
 void setIfAvailable(InstanceBuilder& builder, const char* property, unsigned int number) {
-    if (number != static_cast<unsigned int>(TQS_NumericSensor::NOT_AVAILABLE)) builder.uint32(property, number);
+    if (number != static_cast<unsigned int>(NOT_AVAILABLE)) builder.uint32(property, number);
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 // One numeric sensor of the terminal, and how it is shown as an instance of the CIM class TQS_NumericSensor.
 //
-// The sensor knows no hardware: whoever builds it fills it through the setters, and whoever refreshes it asks
-// needsReading() first. A plain value, copied member by member. Not thread-safe: the provider lets one thread in at a
-// time.
+// The sensor reads no hardware: whoever builds it fills it through the setters, and whoever refreshes it asks
+// needsReading() first. A number that holds NOT_AVAILABLE (in an unsigned member the same bits) is left out of the
+// instance, where the chip may lack it. A plain value, copied member by member. Not thread-safe: the provider lets one
+// thread in at a time.
 #ifndef ZELSENSORS_TQS_NUMERICSENSOR_H
 #define ZELSENSORS_TQS_NUMERICSENSOR_H
 
@@ -10,15 +11,12 @@
 #include <cmpift.h>
 #include <sys/time.h>
 
-#include <climits>
 #include <string>
+
+#include "chip.h"
 
 class TQS_NumericSensor {
   public:
-    // What the chip reports for a number that it does not know; in an unsigned member the same bits. Of those members
-    // that may hold it, the ones that do are left out of the instance.
-    static constexpr int NOT_AVAILABLE = INT_MIN;
-
     // The handle under which the sensor is read. The present moment counts as the time of the first reading.
     explicit TQS_NumericSensor(unsigned int handle);
     TQS_NumericSensor(const TQS_NumericSensor&) = default;
@@ -64,7 +62,7 @@ class TQS_NumericSensor {
     // How much later the one time is, in whole milliseconds; wraps around in 32 bits.
     static int tvdiff_ms(const timeval* later, const timeval* earlier);
 
-    // Both belong to the broker and are never null; a broker's refusal is raised as a CMPIStatus* (see CimModel.h).
+    // Both belong to the broker and are never null; a broker's refusal is thrown as a CMPIStatus* (see CimModel.h).
     CMPIObjectPath* getObjectPath(const CMPIBroker* broker) const;
     CMPIInstance* getInstance(const CMPIBroker* broker) const;
 

@@ -28,7 +28,7 @@ class TQS_SystemEventLog {
     // Takes the lines away; the other values stay.
     void clear() { m_logLines.clear(); }
 
-    // Both belong to the broker and are never null; a broker's refusal is raised as a CMPIStatus* (see CimModel.h).
+    // Both belong to the broker and are never null; a broker's refusal is thrown as a CMPIStatus* (see CimModel.h).
     CMPIObjectPath* getObjectPath(const CMPIBroker* broker) const;
     CMPIInstance* getInstance(const CMPIBroker* broker) const;
 

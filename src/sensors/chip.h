@@ -14,6 +14,7 @@
 #ifndef ZELSENSORS_CHIP_H
 #define ZELSENSORS_CHIP_H
 
+#include <climits>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -32,7 +33,10 @@ class CSensorHandleList : public std::vector<unsigned int> {
     unsigned char reserved[RECORD_ROOM] = {};
 };
 
-// The fixed description of one sensor. A 32-bit number that the chip does not report holds the bit pattern 0x80000000.
+// What a 32-bit number of a record holds that the chip does not report: the bit pattern 0x80000000.
+constexpr int NOT_AVAILABLE = INT_MIN;
+
+// The fixed description of one sensor.
 class CSensorInformation {
   public:
     int accuracy;

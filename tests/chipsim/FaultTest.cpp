@@ -22,7 +22,7 @@ class FaultTest : public ChipTest {
         return chipOn(sensor("1", "5") + sensor("2", "6") + faults);
     }
 
-    template <class Call>
+    template <typename Call>
     static milliseconds timeOf(Call call) {
         const auto start = std::chrono::steady_clock::now();
         call();

@@ -61,7 +61,7 @@ TEST(LibraryTest, NeedsTheLanguagesLibrariesAlone) {
     }
 }
 
-template <class Function>
+template <typename Function>
 Function symbol(void* library, const char* name) {
     return reinterpret_cast<Function>(dlsym(library, name));
 }

@@ -68,7 +68,7 @@ TEST_F(ScenarioErrorTest, MissingFileIsNamed) {
               "/nowhere/scenario.toml: cannot be read (No such file or directory), expected a scenario file\n");
 }
 
-TEST_F(ScenarioErrorTest, FolderIsNotAScenario) {
+TEST_F(ScenarioErrorTest, DirectoryIsNotAScenario) {
     setenv("ZELCHIP_SCENARIO", "/", 1);
     EXPECT_EQ(messageOfFailingInitialise(), "/: cannot be read (Is a directory), expected a scenario file\n");
 }

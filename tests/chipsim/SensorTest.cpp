@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int NOT_AVAILABLE = -2147483647 - 1;
-
 class SensorTest : public ChipTest {};
 
 TEST_F(SensorTest, HandlesComeInTheOrderOfTheFile) {
@@ -32,7 +30,7 @@ TEST_F(SensorTest, EmptyFileIsATerminalWithoutSensors) {
 }
 
 // The numbers that a sensor may lack, by their keys.
-const std::vector<std::pair<std::string, int CSensorInformation::*>> numbers = {
+const std::vector<std::pair<std::string, int CSensorInformation::*>> NUMBERS = {
     {"accuracy", &CSensorInformation::accuracy},
     {"hysteresis", &CSensorInformation::hysteresis},
     {"lower-threshold-critical", &CSensorInformation::lowerThresholdCritical},
@@ -52,16 +50,16 @@ TEST_F(SensorTest, EveryNumberIsGiven) {
     for (const std::int64_t first : {-2147483647, 2147483635}) {
         std::string text = sensor("0x1a", "1");
         std::int64_t value = first;
-        for (const auto& [key, member] : numbers) text += key + " = " + std::to_string(value++) + "\n";
+        for (const auto& [key, member] : NUMBERS) text += key + " = " + std::to_string(value++) + "\n";
         const CSensorInformation information = informationOf(*chipOn(text), 0x1a);
         value = first;
-        for (const auto& [key, member] : numbers) EXPECT_EQ(information.*member, value++) << key;
+        for (const auto& [key, member] : NUMBERS) EXPECT_EQ(information.*member, value++) << key;
     }
 }
 
 TEST_F(SensorTest, NumbersNotGivenAreNotAvailable) {
     const CSensorInformation information = informationOf(*chipOn(sensor("1", "1")), 1);
-    for (const auto& [key, member] : numbers) EXPECT_EQ(information.*member, NOT_AVAILABLE) << key;
+    for (const auto& [key, member] : NUMBERS) EXPECT_EQ(information.*member, NOT_AVAILABLE) << key;
 }
 
 TEST_F(SensorTest, EveryOtherFieldIsGiven) {
@@ -94,7 +92,7 @@ using Words = std::vector<std::pair<std::string, int>>;
 class WordTest : public ChipTest {
   protected:
     // The code that each word gives, in a scenario with a sensor for each.
-    template <class Field>
+    template <typename Field>
     void expectCodes(const std::string& key, Field CSensorInformation::*field, const Words& words) const {
         std::string text;
         for (std::size_t i = 0; i < words.size(); ++i)

@@ -6,12 +6,10 @@
 
 namespace {
 
-constexpr int NOT_AVAILABLE = -2147483647 - 1;
-
 class ShippedScenariosTest : public ChipTest {
   protected:
     static void useShipped(const std::string& name) {
-        setenv("ZELCHIP_SCENARIO", (SCENARIO_FOLDER "/" + name).c_str(), 1);
+        setenv("ZELCHIP_SCENARIO", (SCENARIO_DIRECTORY "/" + name).c_str(), 1);
     }
 
     static std::unique_ptr<CChip> shippedChip(const std::string& name) {
@@ -41,7 +39,7 @@ class ShippedScenariosTest : public ChipTest {
 
 TEST_F(ShippedScenariosTest, AllAreTestedHere) {
     std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(SCENARIO_FOLDER))
+    for (const auto& entry : std::filesystem::directory_iterator(SCENARIO_DIRECTORY))
         names.insert(entry.path().filename());
     EXPECT_EQ(names, (std::set<std::string>{"dying-sensor.toml", "grebel-drives.toml", "healthy.toml", "no-driver.toml",
                                             "overheating.toml", "thousand-sensors.toml"}));

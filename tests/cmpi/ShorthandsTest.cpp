@@ -345,39 +345,39 @@ TEST(CmpiObjectTest, ReleaseCloneAndCharPtrCallTheTableOfTheObject) {
 
 // ---- The factory macro ----
 
-constexpr CMPIStatus notSupported{CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
+constexpr CMPIStatus NOT_SUPPORTED{CMPI_RC_ERR_NOT_SUPPORTED, nullptr};
 using Names = const char**;
 
 CMPIStatus SampleCleanup(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleEnumInstanceNames(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleEnumInstances(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, Names) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleGetInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, Names) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleCreateInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
                                 const CMPIInstance*) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleModifyInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
                                 const CMPIInstance*, Names) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleDeleteInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleExecQuery(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
                            const char*) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 CMPIStatus SampleEnumInstancesFiltered(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
                                        Names, const char*, const char*, CMPIStatus*) {
-    return notSupported;
+    return NOT_SUPPORTED;
 }
 
 CMPIrc initialisationAnswer;

@@ -13,9 +13,9 @@ cat >"$work/project/CMakeLists.txt" <<'END'
 cmake_minimum_required(VERSION 3.25)
 project(finding LANGUAGES NONE)
 find_package(CMPI REQUIRED)
-get_target_property(folders CMPI::CMPI INTERFACE_INCLUDE_DIRECTORIES)
-if(NOT folders STREQUAL EXPECTED)
-    message(FATAL_ERROR "takes ${folders}, not ${EXPECTED}")
+get_target_property(directories CMPI::CMPI INTERFACE_INCLUDE_DIRECTORIES)
+if(NOT directories STREQUAL EXPECTED)
+    message(FATAL_ERROR "takes ${directories}, not ${EXPECTED}")
 endif()
 END
 
@@ -29,10 +29,10 @@ set -- "$@" -S "$work/project" -B "$work/build" -DCMAKE_MODULE_PATH="$root/cmake
 "$@" --fresh -DEXPECTED="$work/named/cmpi" -DCMAKE_PREFIX_PATH="$work/system" -DCMPI_INCLUDE_DIR="$work/named"
 
 if refusal=$("$@" --fresh -DEXPECTED=none -DCMPI_INCLUDE_DIR="$work/empty" 2>&1); then
-    echo 'a folder without cmpi/cmpidt.h is accepted'
+    echo 'a directory without cmpi/cmpidt.h is accepted'
     exit 1
 fi
 case $refusal in
 *'does not hold cmpi/cmpidt.h'*) ;;
-*) echo "a folder without cmpi/cmpidt.h is refused with: $refusal" && exit 1 ;;
+*) echo "a directory without cmpi/cmpidt.h is refused with: $refusal" && exit 1 ;;
 esac

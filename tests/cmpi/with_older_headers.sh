@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs a compiler with CMPI headers of the generation before ours, made for the purpose. Arguments: the folder of our
+# Runs a compiler with CMPI headers of the generation before ours, made for the purpose. Arguments: the directory of our
 # headers, then the compiler's command line.
 set -eu
 here=$(dirname "$0")

@@ -1,8 +1,8 @@
 // Loading, starting, serving, stopping, starting again and unloading, over and over.
 #include <filesystem>
 
-#include "Holdings.h"
 #include "Provider.h"
+#include "ResourceUsage.h"
 #include "StreamsTo.h"
 
 namespace {
@@ -37,15 +37,15 @@ class CyclesTest : public ProviderTest {
 TEST_F(CyclesTest, NothingIsGainedByLoadingAndUnloading) {
     useScenario(chipSensor(1, "CPU", {50}) + chipSensor(2, "Fan", {900}) + "[event-log]\nlines = [\"one\"]\n");
     broker::Broker broker;
-    Holdings before{};
+    ResourceUsage before{};
     {
         const StreamsTo silence(StreamsTo::nowhere());
         for (int i = 0; i < CYCLES + WARM_UP && !HasFailure(); ++i) {
-            if (i == WARM_UP) before = Holdings::now();
+            if (i == WARM_UP) before = ResourceUsage::now();
             runOnce(broker);
         }
     }
-    Holdings after = Holdings::now();
+    ResourceUsage after = ResourceUsage::now();
     // Those that hold the silenced streams.
     after.descriptors += 2;
     std::cout << "before: " << before << "\nafter " << CYCLES << " cycles: " << after << "\n";

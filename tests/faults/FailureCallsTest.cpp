@@ -48,19 +48,20 @@ TEST_F(FailureCallsTest, RequestsAreAnsweredAsEver) {
         const std::size_t descriptors = openDescriptors();
         for (const FailingFunction& failing : allFailingFunctions()) {
             unsigned calls = 0;
-            for (const Sending& sending : allSendings()) {
-                SCOPED_TRACE(sending.what);
+            for (const RequestCase& requestCase : allRequestCases()) {
+                SCOPED_TRACE(requestCase.what);
                 calls += atEveryCall(failing, [&](unsigned nth, int error) {
                     checkAndDeleteLog();
                     fakeclock::advanceMilliseconds(3000);
                     bool came = false;
-                    const Answered answered = send(loaded.broker, loaded.provider.mi(), sending, [&](const auto& call) {
-                        const FailingCall failingCall(failing.function, nth, error);
-                        call();
-                        came = failingCall.hasCome();
-                    });
-                    EXPECT_EQ(answered.status, sending.status);
-                    EXPECT_EQ(answered.count, sending.count);
+                    const Answered answered =
+                        send(loaded.broker, loaded.provider.mi(), requestCase, [&](const auto& call) {
+                            const FailingCall failingCall(failing.function, nth, error);
+                            call();
+                            came = failingCall.hasCome();
+                        });
+                    EXPECT_EQ(answered.status, requestCase.status);
+                    EXPECT_EQ(answered.count, requestCase.count);
                     EXPECT_EQ(answered.doneCalls, 1U);
                     return came;
                 });
@@ -93,7 +94,7 @@ TEST_F(FailureCallsTest, ProviderStartsAllTheSame) {
                     came = failingCall.hasCome();
                 }
                 EXPECT_EQ(status.rc, CMPI_RC_OK);
-                const Answered names = send(broker, mi, allSendings().front(), [](const auto& call) { call(); });
+                const Answered names = send(broker, mi, allRequestCases().front(), [](const auto& call) { call(); });
                 EXPECT_EQ(names.status, CMPI_RC_OK);
                 EXPECT_THAT(names.count, testing::AnyOf(2, 3));
                 mi->ft->cleanup(mi, nullptr, 1);
@@ -114,7 +115,7 @@ TEST_F(FailureCallsTest, ReadErrorInAConfigurationKeepsTheSettingsBeforeIt) {
             LoadedProvider loaded;
             EXPECT_TRUE(failingCall.hasCome());
             const Answered names =
-                send(loaded.broker, loaded.provider.mi(), allSendings().front(), [](const auto& call) { call(); });
+                send(loaded.broker, loaded.provider.mi(), allRequestCases().front(), [](const auto& call) { call(); });
             EXPECT_EQ(names.count, sensors);
         };
         takeLog();

@@ -48,22 +48,23 @@ class FailureMemoryTest : public ProviderTest {
     }
 
     // Serves the request with an allocation failing. Whether one failed.
-    static bool attemptRequest(LoadedProvider& loaded, const Sending& sending, unsigned nth, Shortage shortage) {
+    static bool attemptRequest(LoadedProvider& loaded, const RequestCase& requestCase, unsigned nth,
+                               Shortage shortage) {
         checkAndDeleteLog();  // so the request opens the log anew
         fakeclock::advanceMilliseconds(3000);
         bool failed = false;
-        const Answered answered = send(loaded.broker, loaded.provider.mi(), sending, [&](const auto& call) {
+        const Answered answered = send(loaded.broker, loaded.provider.mi(), requestCase, [&](const auto& call) {
             const FailingMemory failing(nth, shortage);
             call();
             failed = failing.hasFailed();
         });
-        EXPECT_TRUE(answered.status == sending.status || answered.status == CMPI_RC_ERR_FAILED) << answered.status;
+        EXPECT_TRUE(answered.status == requestCase.status || answered.status == CMPI_RC_ERR_FAILED) << answered.status;
         if (answered.status == CMPI_RC_OK) {
-            EXPECT_EQ(answered.count, sending.count);
+            EXPECT_EQ(answered.count, requestCase.count);
         }
         EXPECT_EQ(answered.doneCalls, 1U);
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
-        expectAnswered(loaded.broker, loaded.provider.mi(), sending);
+        expectAnswered(loaded.broker, loaded.provider.mi(), requestCase);
         return failed;
     }
 
@@ -95,7 +96,7 @@ class FailureMemoryTest : public ProviderTest {
 
     // What the provider serves after a start that went wrong somewhere: refusals, or sensors with the drive or without.
     static void expectServiceOrRefusal(broker::Broker& broker, const CMPIInstanceMI* mi) {
-        const Answered names = send(broker, mi, allSendings().front(), [](const auto& call) { call(); });
+        const Answered names = send(broker, mi, allRequestCases().front(), [](const auto& call) { call(); });
         if (names.status == CMPI_RC_OK) {
             EXPECT_THAT(names.count, testing::AnyOf(2, 3));
             EXPECT_EQ(names.doneCalls, 1U);
@@ -107,12 +108,12 @@ class FailureMemoryTest : public ProviderTest {
 };
 
 TEST_F(FailureMemoryTest, RequestsFailOrAnswerAndTheNextOneWorks) {
-    for (const Sending& sending : allSendings()) {
-        onTheTerminal([&sending] {
-            SCOPED_TRACE(sending.what);
+    for (const RequestCase& requestCase : allRequestCases()) {
+        onTheTerminal([&requestCase] {
+            SCOPED_TRACE(requestCase.what);
             LoadedProvider loaded;
             atEveryAllocationWithoutLeaks(
-                [&](unsigned nth, Shortage shortage) { return attemptRequest(loaded, sending, nth, shortage); });
+                [&](unsigned nth, Shortage shortage) { return attemptRequest(loaded, requestCase, nth, shortage); });
         });
         sandbox::reset();
     }
@@ -130,14 +131,14 @@ TEST_F(FailureMemoryTest, CleanupAlwaysDestroysTheProvider) {
         atEveryAllocationWithoutLeaks([&](unsigned nth, Shortage shortage) {
             checkAndDeleteLog();
             CMPIInstanceMI* mi = factory(broker.handle(), nullptr, nullptr);
-            expectAnswered(broker, mi, allSendings().front());
+            expectAnswered(broker, mi, allRequestCases().front());
             bool failed = false;
             {
                 const FailingMemory failing(nth, shortage);
                 EXPECT_EQ(mi->ft->cleanup(mi, nullptr, 1).rc, CMPI_RC_OK);
                 failed = failing.hasFailed();
             }
-            const Answered names = send(broker, mi, allSendings().front(), [](const auto& call) { call(); });
+            const Answered names = send(broker, mi, allRequestCases().front(), [](const auto& call) { call(); });
             EXPECT_EQ(names.status, CMPI_RC_ERR_METHOD_NOT_AVAILABLE);
             return failed;
         });

@@ -2,13 +2,13 @@
 
 #include <filesystem>
 
-std::ostream& operator<<(std::ostream& stream, const Sending& sending) {
-    return stream << sending.what;
+std::ostream& operator<<(std::ostream& stream, const RequestCase& requestCase) {
+    return stream << requestCase.what;
 }
 
-const std::vector<Sending>& allSendings() {
-    using Entry = Sending::Entry;
-    static const std::vector<Sending> all = {
+const std::vector<RequestCase>& allRequestCases() {
+    using Entry = RequestCase::Entry;
+    static const std::vector<RequestCase> all = {
         {"names of sensors", Entry::Names, classPath(SENSOR_CLASS), CMPI_RC_OK, 3},
         {"name of the event log", Entry::Names, classPath(LOG_CLASS), CMPI_RC_OK, 1},
         {"instances of sensors", Entry::Instances, classPath(SENSOR_CLASS), CMPI_RC_OK, 3},
@@ -24,13 +24,13 @@ const std::vector<Sending>& allSendings() {
     return all;
 }
 
-CMPIStatus enter(const CMPIInstanceMI* mi, Sending::Entry entry, const broker::Request& request,
+CMPIStatus enter(const CMPIInstanceMI* mi, RequestCase::Entry entry, const broker::Request& request,
                  const CMPIObjectPath* path) {
     auto* self = const_cast<CMPIInstanceMI*>(mi);
     switch (entry) {
-        case Sending::Entry::Names:
+        case RequestCase::Entry::Names:
             return mi->ft->enumerateInstanceNames(self, request.context(), request.result(), path);
-        case Sending::Entry::Instances:
+        case RequestCase::Entry::Instances:
             return mi->ft->enumerateInstances(self, request.context(), request.result(), path, nullptr);
         default:
             return mi->ft->getInstance(self, request.context(), request.result(), path, nullptr);
@@ -45,16 +45,16 @@ void prepareTerminal() {
     drives::attach("/dev/nvme0", drives::Drive{}, 313);
 }
 
-void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const Sending& sending) {
+void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const RequestCase& requestCase) {
     fakeclock::advanceMilliseconds(3000);  // every reading is due
-    const Answered answered = send(broker, mi, sending, [](const auto& call) { call(); });
-    EXPECT_EQ(answered.status, sending.status) << sending;
-    EXPECT_EQ(answered.doneCalls, 1U) << sending;
-    EXPECT_EQ(answered.count, sending.count) << sending;
+    const Answered answered = send(broker, mi, requestCase, [](const auto& call) { call(); });
+    EXPECT_EQ(answered.status, requestCase.status) << requestCase;
+    EXPECT_EQ(answered.doneCalls, 1U) << requestCase;
+    EXPECT_EQ(answered.count, requestCase.count) << requestCase;
 }
 
 void expectAllAnswered(broker::Broker& broker, const CMPIInstanceMI* mi) {
-    for (const Sending& sending : allSendings()) expectAnswered(broker, mi, sending);
+    for (const RequestCase& requestCase : allRequestCases()) expectAnswered(broker, mi, requestCase);
 }
 
 void checkAndDeleteLog() {

@@ -1,4 +1,4 @@
-// What the tests of failures at every point share: the terminal, the requests, and the sending of one of them with
+// What the tests of failures at every point share: the terminal, the requests, and the requestCase of one of them with
 // something failing while it is served, and nowhere else.
 #ifndef ZELSENSORS_TESTS_FAULTS_FAULTYSTART_H
 #define ZELSENSORS_TESTS_FAULTS_FAULTYSTART_H
@@ -8,7 +8,7 @@
 #include "Provider.h"
 
 // A request, and what it is answered when nothing fails.
-struct Sending {
+struct RequestCase {
     enum class Entry { Names, Instances, Instance };
 
     std::string what;
@@ -18,10 +18,10 @@ struct Sending {
     std::size_t count;  // of paths or instances
 };
 
-std::ostream& operator<<(std::ostream& stream, const Sending& sending);
+std::ostream& operator<<(std::ostream& stream, const RequestCase& requestCase);
 
 // Every read request on both classes of OwnChip.cpp's terminal with one drive, and those that cannot be served.
-const std::vector<Sending>& allSendings();
+const std::vector<RequestCase>& allRequestCases();
 
 struct Answered {
     CMPIrc status = CMPI_RC_OK;
@@ -29,16 +29,16 @@ struct Answered {
     std::size_t count = 0;
 };
 
-CMPIStatus enter(const CMPIInstanceMI* mi, Sending::Entry entry, const broker::Request& request,
+CMPIStatus enter(const CMPIInstanceMI* mi, RequestCase::Entry entry, const broker::Request& request,
                  const CMPIObjectPath* path);
 
 // `around` is called with the entry's call and is to make it.
 template <typename Around>
-Answered send(broker::Broker& broker, const CMPIInstanceMI* mi, const Sending& sending, Around around) {
+Answered send(broker::Broker& broker, const CMPIInstanceMI* mi, const RequestCase& requestCase, Around around) {
     broker::Request request(broker);
-    const CMPIObjectPath* path = request.makePath(sending.path);
+    const CMPIObjectPath* path = request.makePath(requestCase.path);
     CMPIStatus status{};
-    around([&] { status = enter(mi, sending.entry, request, path); });
+    around([&] { status = enter(mi, requestCase.entry, request, path); });
     return {status.rc, request.reply().doneCalls, request.reply().paths.size() + request.reply().instances.size()};
 }
 
@@ -46,7 +46,7 @@ Answered send(broker::Broker& broker, const CMPIInstanceMI* mi, const Sending& s
 void prepareTerminal();
 // All requests are answered as they should be when nothing fails.
 void expectAllAnswered(broker::Broker& broker, const CMPIInstanceMI* mi);
-void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const Sending& sending);
+void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const RequestCase& requestCase);
 // Every line of the log is whole. Empties it, by deleting it.
 void checkAndDeleteLog();
 

@@ -37,8 +37,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path FOLDER = "/var/log/tarn/stress";
-const fs::path LOG_FILE = FOLDER / "a.log";
+const fs::path DIRECTORY = "/var/log/tarn/stress";
+const fs::path LOG_FILE = DIRECTORY / "a.log";
 
 using State = OpenHandler::State;
 
@@ -108,7 +108,7 @@ class LogStressTest : public testing::Test {
   protected:
     void SetUp() override {
         REQUIRE_SANDBOX();
-        fs::create_directory(FOLDER);
+        fs::create_directory(DIRECTORY);
         configure("");
     }
     static void configure(const std::string& more) {
@@ -136,7 +136,7 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWhole) {
 constexpr unsigned WRITERS = 4;
 constexpr unsigned TURNS = 50;
 constexpr unsigned LINES_A_TURN = 20;
-const fs::path OLD_FILE = FOLDER / "old";
+const fs::path OLD_FILE = DIRECTORY / "old";
 
 struct Turns {
     std::atomic<unsigned> current{1};
@@ -209,8 +209,8 @@ Meddling meddle(unsigned turn) {
             return {"truncated", LOG_FILE, {}};
         case 4: {
             std::ifstream deleted(LOG_FILE);
-            std::ofstream(FOLDER / "new").flush();
-            fs::rename(FOLDER / "new", LOG_FILE);
+            std::ofstream(DIRECTORY / "new").flush();
+            fs::rename(DIRECTORY / "new", LOG_FILE);
             return {"replaced", LOG_FILE, std::move(deleted)};
         }
         default: {
@@ -242,7 +242,7 @@ TEST_F(LogStressTest, LinesOfSeveralProcessesStayWholeWhileTheFileComesAndGoes) 
     const auto turns = makeTurns();
     inProcesses(
         WRITERS, [&](unsigned writer) { writeInTurns(writer, *turns); }, [&] { meddleInTurns(*turns); });
-    for (const fs::directory_entry& file : fs::directory_iterator(FOLDER))
+    for (const fs::directory_entry& file : fs::directory_iterator(DIRECTORY))
         EXPECT_EQ(countLines(contentsOf(file)).torn, 0U) << file;
 }
 
@@ -286,12 +286,12 @@ class FullDiskTest : public LogStressTest {
     void SetUp() override {
         LogStressTest::SetUp();
         if (IsSkipped()) return;
-        ASSERT_EQ(mount("tmpfs", FOLDER.c_str(), "tmpfs", 0, "size=64k,mode=755"), 0);
+        ASSERT_EQ(mount("tmpfs", DIRECTORY.c_str(), "tmpfs", 0, "size=64k,mode=755"), 0);
         m_isMounted = true;
     }
     void TearDown() override {
         if (m_isMounted) {
-            EXPECT_EQ(umount2(FOLDER.c_str(), MNT_DETACH), 0);
+            EXPECT_EQ(umount2(DIRECTORY.c_str(), MNT_DETACH), 0);
         }
     }
 
@@ -301,7 +301,7 @@ class FullDiskTest : public LogStressTest {
 
 // A line is written by one call, so at most the one at which the room ran out is cut.
 TEST_F(FullDiskTest, LosesLinesAndCutsOneAndLoggingGoesOnWhenThereIsRoom) {
-    std::ofstream(FOLDER / "filler") << std::string(40000, 'x');
+    std::ofstream(DIRECTORY / "filler") << std::string(40000, 'x');
     OpenHandler handler;
     constexpr std::size_t length = 150;
     for (unsigned i = 0; i < 400; ++i) {
@@ -313,7 +313,7 @@ TEST_F(FullDiskTest, LosesLinesAndCutsOneAndLoggingGoesOnWhenThereIsRoom) {
     EXPECT_LT(full.whole, 400U);
     EXPECT_LE(full.torn, 1U);
 
-    fs::remove(FOLDER / "filler");
+    fs::remove(DIRECTORY / "filler");
     for (unsigned i = 0; i < 10; ++i) handler.write(numberedLine(2, i, length));
     const std::string contents = contentsOf(LOG_FILE);
     const Lines again = countLines(contents);
@@ -325,12 +325,12 @@ TEST_F(FullDiskTest, LosesLinesAndCutsOneAndLoggingGoesOnWhenThereIsRoom) {
 
 TEST_F(FullDiskTest, FileThatCannotBeMadeIsTriedWithEachLine) {
     // No inode is left for it.
-    ASSERT_EQ(mount("tmpfs", FOLDER.c_str(), "tmpfs", MS_REMOUNT, "size=64k,nr_inodes=1"), 0);
+    ASSERT_EQ(mount("tmpfs", DIRECTORY.c_str(), "tmpfs", MS_REMOUNT, "size=64k,nr_inodes=1"), 0);
     OpenHandler handler;
     handler.write("first\n");
     handler.write("second\n");
     EXPECT_EQ(handler.state(), State::Closed);
-    ASSERT_EQ(mount("tmpfs", FOLDER.c_str(), "tmpfs", MS_REMOUNT, "size=64k,nr_inodes=10"), 0);
+    ASSERT_EQ(mount("tmpfs", DIRECTORY.c_str(), "tmpfs", MS_REMOUNT, "size=64k,nr_inodes=10"), 0);
     handler.write("third\n");
     EXPECT_EQ(handler.state(), State::Open);
     EXPECT_EQ(contentsOf(LOG_FILE), "third\n");
@@ -346,13 +346,13 @@ struct Transition {
 
 class StatesTest : public LogStressTest {
   protected:
-    static void removeFolder() { fs::remove_all(FOLDER); }
+    static void removeDirectory() { fs::remove_all(DIRECTORY); }
     static void expectAll(const std::vector<Transition>& transitions, const std::function<void(OpenHandler&)>& bring,
                           State before) {
         for (const Transition& transition : transitions) {
             SCOPED_TRACE(transition.what);
-            fs::remove_all(FOLDER);
-            fs::create_directory(FOLDER);
+            fs::remove_all(DIRECTORY);
+            fs::create_directory(DIRECTORY);
             OpenHandler handler;
             bring(handler);
             ASSERT_EQ(handler.state(), before);
@@ -373,10 +373,10 @@ TEST_F(StatesTest, Closed) {
     expectAll(
         {
             {"nothing in the way", nothing, State::Open, "line\n"},
-            {"no folder", removeFolder, State::Closed, ""},
-            {"a folder of that name", [] { fs::create_directory(LOG_FILE); }, State::Closed, ""},
+            {"no directory", removeDirectory, State::Closed, ""},
+            {"a directory of that name", [] { fs::create_directory(LOG_FILE); }, State::Closed, ""},
             {"a link in a circle", [] { fs::create_symlink(LOG_FILE, LOG_FILE); }, State::Closed, ""},
-            {"a link that leads nowhere yet", [] { fs::create_symlink(FOLDER / "b.log", LOG_FILE); }, State::Open,
+            {"a link that leads nowhere yet", [] { fs::create_symlink(DIRECTORY / "b.log", LOG_FILE); }, State::Open,
              "line\n"},
             {"a file past the limit", [&] { std::ofstream(LOG_FILE) << tooLong; }, State::Open, andLine.c_str()},
         },
@@ -392,16 +392,16 @@ TEST_F(StatesTest, Open) {
             {"the file deleted", [] { fs::remove(LOG_FILE); }, State::Open, "line\n"},
             {"the file replaced by another",
              [] {
-                 std::ofstream(FOLDER / "new") << "new\n";
-                 fs::rename(FOLDER / "new", LOG_FILE);
+                 std::ofstream(DIRECTORY / "new") << "new\n";
+                 fs::rename(DIRECTORY / "new", LOG_FILE);
              },
              State::Open, "new\nline\n"},
-            {"the file renamed", [] { fs::rename(LOG_FILE, FOLDER / "old"); }, State::Open, ""},
-            {"the folder removed", removeFolder, State::Closed, ""},
-            {"the folder removed and made again",
+            {"the file renamed", [] { fs::rename(LOG_FILE, DIRECTORY / "old"); }, State::Open, ""},
+            {"the directory removed", removeDirectory, State::Closed, ""},
+            {"the directory removed and made again",
              [] {
-                 removeFolder();
-                 fs::create_directory(FOLDER);
+                 removeDirectory();
+                 fs::create_directory(DIRECTORY);
              },
              State::Open, "line\n"},
             {"the file deleted when it was too long, which is looked at first",
@@ -420,10 +420,10 @@ TEST_F(StatesTest, Stopped) {
         {
             {"the file truncated", [] { fs::resize_file(LOG_FILE, 0); }, State::Stopped, ""},
             {"the file deleted", [] { fs::remove(LOG_FILE); }, State::Stopped, ""},
-            {"the folder removed and made again",
+            {"the directory removed and made again",
              [] {
-                 removeFolder();
-                 fs::create_directory(FOLDER);
+                 removeDirectory();
+                 fs::create_directory(DIRECTORY);
              },
              State::Stopped, ""},
         },

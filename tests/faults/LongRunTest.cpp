@@ -9,8 +9,8 @@
 #include <random>
 #include <set>
 
-#include "Holdings.h"
 #include "Provider.h"
+#include "ResourceUsage.h"
 #include "StreamsTo.h"
 
 namespace {
@@ -157,10 +157,10 @@ TEST_F(LongRunTest, ManyRequestsWithFaultsGainNothing) {
     fakeclock::set({1000, 0});
     drives::attach("/dev/nvme0", drives::Drive{}, 313);
     const unsigned perEpoch = requestedLength() / EPOCHS;
-    Holdings settled{};
+    ResourceUsage settled{};
     for (unsigned epoch = 1; epoch <= EPOCHS && !HasFatalFailure(); ++epoch) {
         runEpoch(perEpoch);
-        const Holdings now = Holdings::now();
+        const ResourceUsage now = ResourceUsage::now();
         std::cout << std::setw(8) << epoch * perEpoch << " requests: " << now << std::endl;
         if (epoch == 2) settled = now;
         if (epoch > 2) expectNoneGained(settled, now);

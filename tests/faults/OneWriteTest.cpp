@@ -21,7 +21,7 @@ long writeCalls() {
     return -1;
 }
 
-TEST(LogWrites, LineOfAnyLengthIsOneWrite) {
+TEST(LogWritesTest, LineOfAnyLengthIsOneWrite) {
     REQUIRE_SANDBOX();
     if (writeCalls() < 0) GTEST_SKIP() << "the kernel does not count write calls (CONFIG_TASK_IO_ACCOUNTING)";
     sandbox::writeLogConfiguration("MaxLength=-1\n");

@@ -8,16 +8,16 @@
 #include <fstream>
 #include <string>
 
-// A folder of the test's own, removed at the end.
-class TestFolder {
+// A directory of the test's own, removed at the end.
+class TestDirectory {
   public:
-    TestFolder() {
+    TestDirectory() {
         std::string pattern = std::filesystem::temp_directory_path() / "zelhost-test-XXXXXX";
         m_path = mkdtemp(pattern.data());
     }
-    ~TestFolder() { std::filesystem::remove_all(m_path); }
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
+    ~TestDirectory() { std::filesystem::remove_all(m_path); }
+    TestDirectory(const TestDirectory&) = delete;
+    TestDirectory& operator=(const TestDirectory&) = delete;
 
     std::string path(const std::string& name) const { return m_path / name; }
     std::string write(const std::string& name, const std::string& contents) const {
@@ -30,7 +30,7 @@ class TestFolder {
 };
 
 // CPU(00000001) at 42.00 °C, and Bad\x1b[2J(0000001a) past its critical threshold.
-constexpr const char* kTwoSensors = R"(
+constexpr const char* TWO_SENSORS = R"(
 model = "none"
 
 [[sensor]]
@@ -58,7 +58,7 @@ lines = ["first \u0007line", ""]
 )";
 
 // The start takes so long that a request right after it reads every sensor again; the second sensor then fails.
-constexpr const char* kFailingSensor = R"(
+constexpr const char* FAILING_SENSOR = R"(
 model = "none"
 
 [[sensor]]

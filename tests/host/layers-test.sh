@@ -1,9 +1,9 @@
 #!/bin/sh
-# layers-test.sh HOST: each file of the host's folders includes its own folder and those below it, and names the folder.
+# layers-test.sh HOST: each file of the host's directories includes its own directory and those below it, and names the directory.
 set -eu
 cd "$1"
 
-# A folder, and the folders that it may include from.
+# A directory, and the directories that it may include from.
 arrows='text
 broker
 mof    broker text

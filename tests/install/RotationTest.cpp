@@ -249,21 +249,21 @@ TEST_F(RotationTest, IsContentWithoutALog) {
     EXPECT_TRUE(fs::is_empty("/var/log/tarn"));
 }
 
-// A disk of a few megabytes in the place of the log's folder.
+// A disk of a few megabytes in the place of the log's directory.
 class SmallDisk {
   public:
     explicit SmallDisk(const char* size) { mountIt(0, size); }
-    ~SmallDisk() { umount(LOG_FOLDER); }
+    ~SmallDisk() { umount(LOG_DIRECTORY); }
     SmallDisk(const SmallDisk&) = delete;
     SmallDisk& operator=(const SmallDisk&) = delete;
 
     void resize(const char* size) { mountIt(MS_REMOUNT, size); }
 
   private:
-    static constexpr const char* LOG_FOLDER = "/var/log/tarn";
+    static constexpr const char* LOG_DIRECTORY = "/var/log/tarn";
 
     void mountIt(unsigned long flags, const char* size) {
-        if (mount("tmpfs", LOG_FOLDER, "tmpfs", flags, (std::string("mode=755,size=") + size).c_str()) != 0)
+        if (mount("tmpfs", LOG_DIRECTORY, "tmpfs", flags, (std::string("mode=755,size=") + size).c_str()) != 0)
             throw std::system_error(errno, std::generic_category(), "mount");
     }
 };

@@ -2,7 +2,7 @@
 # Makes the Debian packages, checks them with lintian, installs them into a scratch root, uses what they installed there,
 # and looks at what their removal leaves behind.
 #
-# usage: packages-test.sh SOURCE-FOLDER WORK-FOLDER CMAKE IN-PRIVATE-MOUNTS
+# usage: packages-test.sh SOURCE-DIRECTORY WORK-DIRECTORY CMAKE IN-PRIVATE-MOUNTS
 set -eu
 source=$1
 work=$2
@@ -71,7 +71,7 @@ step "A scratch root"
 # Enough to run maintainer scripts and our programs: a shell and the few tools that they use, with their libraries.
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers" "$root/usr/bin" \
     "$root/usr/sbin" "$root/usr/lib" "$root/usr/lib64" "$root/proc" "$root/dev" "$root/tmp" "$root/etc" "$root/var/log"
-for folder in bin sbin lib lib64; do ln -s "usr/$folder" "$root/$folder"; done
+for directory in bin sbin lib lib64; do ln -s "usr/$directory" "$root/$directory"; done
 copy_program() {
     program=$(command -v "$1")
     cp -L "$program" "$root/usr/bin/"
@@ -103,7 +103,7 @@ contents() { find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/proc
     -path "$root/etc/ld.so.cache" -prune -o -path "$root/var/cache" -prune -o -path "$root/opt" -prune -o -print |
     sed "s|^$root||" | sort; }
 # Stand-ins for the tools of both object managers, neither of which has the DMTF schema; /var/lib/sfcb is where packages of
-# sfcb have its folder.
+# sfcb have its directory.
 manager=$root/opt/manager
 mkdir -p "$manager/bin" "$manager/lib" "$manager/share/sfcb/CIM" "$manager/var/lib/sfcb/stage/mofs/root/cimv2" \
     "$manager/var/lib/sfcb/stage/regs" "$manager/var/lib/sfcb/registration" "$manager/var/qualifiers" \
@@ -121,7 +121,7 @@ step "Installing"
 dpkg --root="$root" --log=/dev/null -i "$provider" "$simulator" "$host" >"$work/install.log" 2>&1 ||
     { cat "$work/install.log"; fail "the packages do not install"; }
 [ "$(readlink "$root/$libraries/cmpi/libzelsensors.so")" = ../libzelsensors.so.0 ] ||
-    fail "no link in the object managers' folder"
+    fail "no link in the object managers' directory"
 [ -d "$root/var/log/tarn" ] || fail "no /var/log/tarn"
 [ -f "$root/etc/logrotate.d/zelsensors" ] || fail "no rule for logrotate"
 for example in log.conf sensor.conf; do
@@ -155,7 +155,7 @@ for file in mofs/root/cimv2/tqaqualifiers.mof mofs/root/cimv2/tqs.mof regs/tqs.r
     [ -s "$manager/var/lib/sfcb/stage/$file" ] || fail "$file is not staged for sfcb"
 done
 [ "$(readlink "$root/opt/manager/lib/libzelsensors.so")" = "/$libraries/libzelsensors.so.0" ] ||
-    fail "no link in OpenPegasus's provider folder"
+    fail "no link in OpenPegasus's provider directory"
 
 # left_after WHAT EXPECTED...: compares what is there more than before.
 left_after() {
@@ -169,7 +169,7 @@ left_after() {
 step "Removing"
 PATH=/opt/manager/bin:$PATH dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-simulator zelhost \
     >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
-[ ! -L "$manager/lib/libzelsensors.so" ] || fail "the link in OpenPegasus's provider folder is left"
+[ ! -L "$manager/lib/libzelsensors.so" ] || fail "the link in OpenPegasus's provider directory is left"
 [ ! -s "$manager/var/modules" ] || fail "OpenPegasus has the module still"
 grep -qF 'sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof && sfcbrepos -f' "$work/remove.log" ||
     fail "the removal does not say that sfcb has the provider still"

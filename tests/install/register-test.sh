@@ -2,13 +2,13 @@
 # Tests zelsensors-register with stand-ins for the object managers' tools: what it calls, what the managers hold
 # afterwards, and what it says.
 #
-# usage: register-test.sh SOURCE-FOLDER
+# usage: register-test.sh SOURCE-DIRECTORY
 set -eu
 source=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# Laid out as installed, in a folder of an arbitrary name.
+# Laid out as installed, in a directory of an arbitrary name.
 place=$work/placed
 data=$place/share/zelsensors
 library=$place/lib/some-triplet/libzelsensors.so.0
@@ -60,7 +60,7 @@ pegasus_is_there() {
         cp "$source/tests/install/managers/pegasus.sh" "$pegasus/bin/$tool"
         chmod +x "$pegasus/bin/$tool"
     done
-    awk -v folder="$server/qualifiers/" '$1 == "Qualifier" { printf "" >(folder $2) }' "$source/schema/qualifiers.mof"
+    awk -v directory="$server/qualifiers/" '$1 == "Qualifier" { printf "" >(directory $2) }' "$source/schema/qualifiers.mof"
     echo lib >"$server/providerDir"
     printf 'MODULE                  STATUS\nOtherModule             OK\n' >"$server/modules"
     : >"$server/running"
@@ -242,7 +242,7 @@ sfcbrepos -f
 expect_staged "$others"
 expect_built "qualifiers.mof CIM_Schema.mof other.mof "
 expect_error "'sfcbrepos -f' failed with status 1"
-expect_error "sfcb: not registered. Our files are out of the staging folder and the repository is rebuilt: sfcb works as"
+expect_error "sfcb: not registered. Our files are out of the staging directory and the repository is rebuilt: sfcb works as"
 expect_error "add failed for: sfcb"
 expect_no_output "are registered"
 
@@ -256,7 +256,7 @@ expect_built ""
 expect_error "sfcb is broken: its repository is gone, and building it fails without our files too. Fix what sfcbrepos"
 expect_error "complains of, then run 'sfcbrepos -f' and restart its daemon"
 
-start "sfcb: files that cannot be taken out of the staging folder are told" sfcb
+start "sfcb: files that cannot be taken out of the staging directory are told" sfcb
 echo garbage >>"$stage/mofs/root/cimv2/other.mof"
 echo 5 >"$sfcb/var/fail-sfcbunstage"
 register add
@@ -275,7 +275,7 @@ sfcbunstage -n root/cimv2 tqs.mof
 expect_staged "$others"
 expect_built "before "
 expect_error "'sfcbstage -n root/cimv2 -r $data/sfcb/tqs.reg $data/schema/tqs.mof' failed with status 3"
-expect_error "sfcb: not registered. Our files are out of the staging folder. The repository has not been touched"
+expect_error "sfcb: not registered. Our files are out of the staging directory. The repository has not been touched"
 
 start "sfcb: remove takes all of ours, the qualifiers too" sfcb
 without_schema
@@ -333,9 +333,9 @@ sfcbrepos -f
 "
 expect_staged ""
 
-# A machine with an sfcb has its staging folder in this place.
+# A machine with an sfcb has its staging directory in this place.
 if [ ! -d /var/lib/sfcb/stage ]; then
-    start "sfcb: add and remove work where the staging folder is not found" sfcb
+    start "sfcb: add and remove work where the staging directory is not found" sfcb
     export SFCB_STAGE="$sfcb/var/lib/elsewhere"
     mv "$stage" "$SFCB_STAGE"
     register add
@@ -357,7 +357,7 @@ echo garbage >>"$stage/mofs/root/cimv2/other.mof"
 register remove
 expect_status 1
 expect_staged "$others"
-expect_error "sfcb: our files are out of the staging folder, but sfcb is broken: its repository is gone."
+expect_error "sfcb: our files are out of the staging directory, but sfcb is broken: its repository is gone."
 expect_no_output "are taken away"
 
 start "sfcb: a remove that cannot unstage leaves the repository alone" sfcb
@@ -560,7 +560,7 @@ expect_status 1
 expect_changes ""
 expect_error "'cimconfig -g providerDir' gave no answer that helps; is the CIM server running?"
 
-start "pegasus: a server that cannot start for its providerDir: the folder and the way out are told" pegasus
+start "pegasus: a server that cannot start for its providerDir: the directory and the way out are told" pegasus
 rm "$server/running"
 echo "$work/gone" >"$server/providerDir"
 register add
@@ -568,26 +568,26 @@ expect_status 1
 expect_error "pegasus: the setting providerDir names $work/gone, which does not exist"
 expect_error "'cimconfig -u providerDir -p' sets it back, also while the server is down"
 
-start "pegasus: no folder of providerDir exists" pegasus
+start "pegasus: no directory of providerDir exists" pegasus
 echo "$work/gone:gone-too:" >"$server/providerDir"
 register add
 expect_status 1
 expect_changes ""
 expect_error "providerDir names $work/gone, which does not exist"
 expect_error "providerDir names $pegasus/gone-too, which does not exist"
-expect_error "pegasus: the setting providerDir names no folder that exists; nothing has been changed"
+expect_error "pegasus: the setting providerDir names no directory that exists; nothing has been changed"
 
-start "pegasus: the link goes into the first folder that exists, and the missing one is told" pegasus
-mkdir "$pegasus/second folder" "$pegasus/third"
-echo "gone:second folder:third" >"$server/providerDir"
+start "pegasus: the link goes into the first directory that exists, and the missing one is told" pegasus
+mkdir "$pegasus/second directory" "$pegasus/third"
+echo "gone:second directory:third" >"$server/providerDir"
 register add
 expect_status 0
-[ "$(readlink "$pegasus/second folder/libzelsensors.so")" = "$library" ] || wrong "no link in the second folder"
+[ "$(readlink "$pegasus/second directory/libzelsensors.so")" = "$library" ] || wrong "no link in the second directory"
 expect_error "providerDir names $pegasus/gone, which does not exist"
 register remove
-[ ! -L "$pegasus/second folder/libzelsensors.so" ] || wrong "the link is left"
+[ ! -L "$pegasus/second directory/libzelsensors.so" ] || wrong "the link is left"
 
-start "pegasus: a relative folder is relative to PEGASUS_HOME" pegasus
+start "pegasus: a relative directory is relative to PEGASUS_HOME" pegasus
 mkdir -p "$work/home/lib"
 PEGASUS_HOME=$work/home
 export PEGASUS_HOME
@@ -604,7 +604,7 @@ for answer in 'providerDir=lib' 'providerDir = lib '; do
     expect_link
 done
 
-start "pegasus: our own folder in providerDir is passed over, and told" pegasus
+start "pegasus: our own directory in providerDir is passed over, and told" pegasus
 echo "${library%/*}/cmpi:lib" >"$server/providerDir"
 register add
 expect_status 0
@@ -616,7 +616,7 @@ expect_no_link
 [ -L "${library%/*}/cmpi/libzelsensors.so" ] || wrong "the package's own link is gone"
 expect_error "providerDir names ${library%/*}/cmpi, which goes when this package is removed"
 
-start "pegasus: the package's own link is enough where its folder is the server's only one" pegasus
+start "pegasus: the package's own link is enough where its directory is the server's only one" pegasus
 echo "${library%/*}/cmpi" >"$server/providerDir"
 : >"${library%/*}/cmpi/libothers.so"
 register add
@@ -723,7 +723,7 @@ start "pegasus: remove says that a link may be left where nobody knows providerD
 echo '1 *' >"$server/fail-cimconfig"
 register remove
 expect_status 1
-expect_error "pegasus: providerDir cannot be asked for, so a link libzelsensors.so may be left in its folder"
+expect_error "pegasus: providerDir cannot be asked for, so a link libzelsensors.so may be left in its directory"
 
 start "both managers are served" sfcb pegasus
 register add
@@ -822,7 +822,7 @@ status=0
 PATH=$path "$work/elsewhere/sbin/zelsensors-register" add >"$work/output" 2>"$work/error" || status=$?
 expect_status 1
 expect_calls sfcb ""
-expect_error "no folder $work/elsewhere/share/zelsensors/schema"
+expect_error "no directory $work/elsewhere/share/zelsensors/schema"
 
 [ "$failures" = 0 ] || exit 1
 echo "zelsensors-register: all cases passed"

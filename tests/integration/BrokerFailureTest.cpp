@@ -15,10 +15,10 @@ using testing::Not;
 
 using Send = broker::Reply (*)(broker::InstanceProvider& provider);
 
-const std::set<std::string> answerPointers = {"getNameSpace",  "getClassName", "getCharPtr",
-                                              "newObjectPath", "newInstance",  "newArray"};
+const std::set<std::string> ANSWER_POINTERS = {"getNameSpace",  "getClassName", "getCharPtr",
+                                               "newObjectPath", "newInstance",  "newArray"};
 // Whether the broker takes these is not the provider's concern.
-const std::set<std::string> unchecked = {"addKey", "setElementAt", "returnInstance", "returnObjectPath", "returnDone"};
+const std::set<std::string> UNCHECKED = {"addKey", "setElementAt", "returnInstance", "returnObjectPath", "returnDone"};
 
 bool isReturn(const broker::RecordedCall& call) {
     return call.function == "returnInstance" || call.function == "returnObjectPath";
@@ -30,7 +30,7 @@ struct PlannedFault {
     broker::Fault fault;
     std::size_t returnedBefore;
 
-    bool isNoticed() const { return fault != broker::Fault::Refuse || unchecked.count(slot) == 0; }
+    bool isNoticed() const { return fault != broker::Fault::Refuse || UNCHECKED.count(slot) == 0; }
 };
 
 std::ostream& operator<<(std::ostream& stream, const PlannedFault& planned) {
@@ -46,7 +46,7 @@ std::vector<PlannedFault> allFaults(const std::vector<broker::RecordedCall>& cal
         const unsigned nth = ++counts[call.function];
         faults.push_back({call.function, nth, broker::Fault::Refuse, returned});
         faults.push_back({call.function, nth, broker::Fault::Throw, returned});
-        if (answerPointers.count(call.function) != 0)
+        if (ANSWER_POINTERS.count(call.function) != 0)
             faults.push_back({call.function, nth, broker::Fault::ReturnNull, returned});
         if (isReturn(call)) ++returned;
     }

@@ -13,29 +13,29 @@ constexpr char EVERYTHING[] =
     "resolution = 10\nunread = 77\nupper-threshold-critical = 11\nupper-threshold-fatal = 12\n"
     "upper-threshold-non-critical = 13";
 
-const Strings everyProperty = sensorProperties({{"Accuracy", "-2"},
-                                                {"BaseUnits", "4"},
-                                                {"Caption", "Temperature(0000001a)"},
-                                                {"CurrentReading", "50"},
-                                                {"Description", "CPU(0000001a): Temperature sensor"},
-                                                {"DeviceID", "0000001a"},
-                                                {"Hysteresis", "3"},
-                                                {"IsLinear", "false"},
-                                                {"LowerThresholdCritical", "-4"},
-                                                {"LowerThresholdFatal", "-5"},
-                                                {"LowerThresholdNonCritical", "-6"},
-                                                {"MaxReadable", "107"},
-                                                {"MinReadable", "-8"},
-                                                {"Name", "CPU(0000001a)"},
-                                                {"NominalReading", "9"},
-                                                {"OtherSensorTypeDescription", "of a kind"},
-                                                {"RateUnits", "3"},
-                                                {"Resolution", "10"},
-                                                {"SensorType", "2"},
-                                                {"UnitModifier", "-1"},
-                                                {"UpperThresholdCritical", "11"},
-                                                {"UpperThresholdFatal", "12"},
-                                                {"UpperThresholdNonCritical", "13"}});
+const Strings EVERY_PROPERTY = sensorProperties({{"Accuracy", "-2"},
+                                                 {"BaseUnits", "4"},
+                                                 {"Caption", "Temperature(0000001a)"},
+                                                 {"CurrentReading", "50"},
+                                                 {"Description", "CPU(0000001a): Temperature sensor"},
+                                                 {"DeviceID", "0000001a"},
+                                                 {"Hysteresis", "3"},
+                                                 {"IsLinear", "false"},
+                                                 {"LowerThresholdCritical", "-4"},
+                                                 {"LowerThresholdFatal", "-5"},
+                                                 {"LowerThresholdNonCritical", "-6"},
+                                                 {"MaxReadable", "107"},
+                                                 {"MinReadable", "-8"},
+                                                 {"Name", "CPU(0000001a)"},
+                                                 {"NominalReading", "9"},
+                                                 {"OtherSensorTypeDescription", "of a kind"},
+                                                 {"RateUnits", "3"},
+                                                 {"Resolution", "10"},
+                                                 {"SensorType", "2"},
+                                                 {"UnitModifier", "-1"},
+                                                 {"UpperThresholdCritical", "11"},
+                                                 {"UpperThresholdFatal", "12"},
+                                                 {"UpperThresholdNonCritical", "13"}});
 
 constexpr char OPENING[] =
     "Debug SensorProvider::enumInstances - Reference object path: class = TQS_NumericSensor, namespace = root/cimv2\n";
@@ -43,7 +43,7 @@ constexpr char UPDATE[] = "Debug SensorProvider::UpdateReading (Sensor)";
 constexpr char UNKNOWN_EXCEPTION[] = "Error SensorProvider::enumerateInstances -  Unknown Exception";
 constexpr char NONE_FOUND[] = "Debug SensorProvider::enumerateInstances - No instances found";
 
-const Strings callsForTheEventLog = {
+const Strings CALLS_FOR_THE_EVENT_LOG = {
     "getNameSpace",
     "getClassName",
     "newObjectPath TQS_SystemEventLog",
@@ -83,12 +83,12 @@ TEST_F(EnumerateInstancesTest, SensorHasItsTwentySixPropertiesInOrder) {
         EXPECT_FALSE(reply.status.message.has_value());
         EXPECT_EQ(reply.doneCalls, 1U);
         ASSERT_EQ(reply.instances.size(), 1U);
-        EXPECT_EQ(describe(reply.instances[0].properties), everyProperty);
+        EXPECT_EQ(describe(reply.instances[0].properties), EVERY_PROPERTY);
         EXPECT_EQ(describe(reply.instances[0].path), "root/cimv2:TQS_NumericSensor Name=chars 'CPU(0000001a)'");
 
         Strings calls = {"getNameSpace", "getClassName", "newObjectPath TQS_NumericSensor",
                          "addKey Name=chars 'CPU(0000001a)'", "newInstance"};
-        for (const std::string& property : everyProperty) calls.push_back("setProperty " + property);
+        for (const std::string& property : EVERY_PROPERTY) calls.push_back("setProperty " + property);
         calls.insert(calls.end(), {"returnInstance instance 'CPU(0000001a)'", "returnDone"});
         EXPECT_EQ(describe(loaded.broker.recordedCalls()), calls);
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
@@ -209,7 +209,7 @@ TEST_F(EnumerateInstancesTest, EventLogHasItsTwelvePropertiesInOrder) {
         EXPECT_EQ(reply.status.rc, CMPI_RC_OK);
         EXPECT_EQ(reply.doneCalls, 1U);
         EXPECT_EQ(reply.instances.size(), 1U);
-        EXPECT_EQ(describe(loaded.broker.recordedCalls()), callsForTheEventLog);
+        EXPECT_EQ(describe(loaded.broker.recordedCalls()), CALLS_FOR_THE_EVENT_LOG);
         EXPECT_THAT(takeLastLog(1), ElementsAre("Debug SensorProvider::GetSystemEventLog"));
         EXPECT_EQ(loaded.broker.liveObjects(), 0U);
     });

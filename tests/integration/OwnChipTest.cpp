@@ -1,4 +1,4 @@
-// What no scenario can show: a chip library that raises exceptions, and how the provider enters it. This program is its
+// What no scenario can show: a chip library that throws exceptions, and how the provider enters it. This program is its
 // own chip library: the loaded provider takes the program's symbols before those of the simulated one.
 #include <array>
 #include <atomic>
@@ -36,7 +36,7 @@ class Visit {
 void perform(const std::string& operation) {
     const Visit visit;
     if (operation == disturbed) disturbance();
-    if (operation == throwing) throw std::runtime_error(operation + " raised");
+    if (operation == throwing) throw std::runtime_error(operation + " thrown");
     if (operation + " number" == throwing) throw 42;
 }
 

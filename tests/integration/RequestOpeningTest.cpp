@@ -8,14 +8,14 @@ using testing::ElementsAre;
 struct RequestKind {
     const char* entry;
     const char* opening;       // a format: class, then namespace
-    const char* raisedStatus;  // the beginning
+    const char* thrownStatus;  // the beginning
     const char* unknownException;
     const char* noneFound;
     broker::Reply (*send)(broker::InstanceProvider& provider, const broker::ObjectPath& path);
     CMPIStatus (*call)(CMPIInstanceMI* mi, const broker::Request& request, const CMPIObjectPath* path);
 };
 
-const RequestKind kinds[] = {
+const RequestKind KINDS[] = {
     {"drvEnumInstanceNames",
      "Debug SensorProvider::enumInstanceNames - Reference object path: class = %s, namespace = %s\n",
      "Error SensorProvider::enumerateInstanceNames - CMPIStatus ",
@@ -66,7 +66,7 @@ class RequestOpeningTest : public ProviderTest {
             useScenario(chipSensor(1, "CPU", {50}));
             LoadedProvider loaded;
             const void* provider = loaded.provider.mi()->hdl;
-            for (const RequestKind& kind : kinds) {
+            for (const RequestKind& kind : KINDS) {
                 takeLog();
                 const broker::Reply reply = kind.send(loaded.provider, cpuIn(className, nameSpace));
                 EXPECT_EQ(reply.status.rc, rc) << kind.entry;
@@ -84,7 +84,7 @@ TEST_F(RequestOpeningTest, NamespaceIsTakenInAnyCase) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}));
         LoadedProvider loaded;
-        for (const RequestKind& kind : kinds) {
+        for (const RequestKind& kind : KINDS) {
             const broker::Reply reply = kind.send(loaded.provider, cpuIn(SENSOR_CLASS, "ROOT/CIMV2"));
             EXPECT_EQ(reply.status.rc, CMPI_RC_OK) << kind.entry;
             EXPECT_EQ(reply.paths.size() + reply.instances.size(), 1U) << kind.entry;
@@ -104,7 +104,7 @@ TEST_F(RequestOpeningTest, EachCharacterOfTheNamespaceCounts) {
             std::string other = nameSpace;
             other[i] = '_';
             const std::string shorter = nameSpace.substr(0, i);
-            for (const RequestKind& kind : kinds) {
+            for (const RequestKind& kind : KINDS) {
                 EXPECT_EQ(kind.send(loaded.provider, cpuIn(SENSOR_CLASS, other)).status.rc, 3) << other;
                 EXPECT_EQ(kind.send(loaded.provider, cpuIn(SENSOR_CLASS, shorter)).status.rc, 3) << shorter;
             }
@@ -134,7 +134,7 @@ TEST_F(RequestOpeningTest, MissingNamespaceOrClassTextIsAFailure) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}));
         LoadedProvider loaded;
-        for (const RequestKind& kind : kinds) {
+        for (const RequestKind& kind : KINDS) {
             for (const auto function : {noString, noText}) {
                 for (const auto slot : {&CMPIObjectPathFT::getNameSpace, &CMPIObjectPathFT::getClassName}) {
                     takeLog();
@@ -170,7 +170,7 @@ TEST_F(RequestOpeningTest, BrokerIsGivenAStatusRecordWhichIsNotLookedAt) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}));
         LoadedProvider loaded;
-        for (const RequestKind& kind : kinds) {
+        for (const RequestKind& kind : KINDS) {
             broker::Request request(loaded.broker);
             CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
             wholePath = path->ft;
@@ -184,37 +184,37 @@ TEST_F(RequestOpeningTest, BrokerIsGivenAStatusRecordWhichIsNotLookedAt) {
     });
 }
 
-CMPIString* raisedMessage = nullptr;
+CMPIString* thrownMessage = nullptr;
 
-CMPIString* raiseStatusObject(const CMPIObjectPath*, CMPIStatus*) {
-    throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, raisedMessage};
+CMPIString* throwStatusObject(const CMPIObjectPath*, CMPIStatus*) {
+    throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, thrownMessage};
 }
 
-TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedIsLoggedWithCodeAndText) {
+TEST_F(RequestOpeningTest, StatusObjectThatIsThrownIsLoggedWithCodeAndText) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}));
         LoadedProvider loaded;
-        for (const RequestKind& kind : kinds) {
+        for (const RequestKind& kind : KINDS) {
             for (const bool hasText : {true, false}) {
                 takeLog();
                 broker::Request request(loaded.broker);
-                raisedMessage = hasText ? CMNewString(loaded.broker.handle(), "keep out", nullptr) : nullptr;
+                thrownMessage = hasText ? CMNewString(loaded.broker.handle(), "keep out", nullptr) : nullptr;
                 CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
                 CMPIObjectPathFT table = *path->ft;
-                table.getClassName = raiseStatusObject;
+                table.getClassName = throwStatusObject;
                 path->ft = &table;
                 const CMPIStatus status = kind.call(loaded.provider.mi(), request, path);
                 EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
                 EXPECT_EQ(request.reply().doneCalls, 1U);
                 EXPECT_THAT(
                     takeLastLog(2),
-                    ElementsAre(std::string(kind.raisedStatus) + (hasText ? "2, keep out" : "2, "), kind.noneFound));
+                    ElementsAre(std::string(kind.thrownStatus) + (hasText ? "2, keep out" : "2, "), kind.noneFound));
             }
         }
     });
 }
 
-// A result that takes one path or instance, and raises a status object with the next.
+// A result that takes one path or instance, and throws a status object with the next.
 const CMPIResultFT* wholeResult = nullptr;
 unsigned taken = 0;
 
@@ -232,7 +232,7 @@ CMPIStatus takeOneInstance(const CMPIResult* result, const CMPIInstance* instanc
     return wholeResult->returnInstance(result, instance);
 }
 
-TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedLaterKeepsWhatWasReturned) {
+TEST_F(RequestOpeningTest, StatusObjectThatIsThrownLaterKeepsWhatWasReturned) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}) + chipSensor(2, "Fan", {900}));
         LoadedProvider loaded;
@@ -252,7 +252,7 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsRaisedLaterKeepsWhatWasReturned) {
             const broker::Reply reply = request.reply();
             EXPECT_EQ(reply.doneCalls, 1U) << kind.entry;
             EXPECT_EQ(reply.paths.size() + reply.instances.size(), 1U) << kind.entry;
-            EXPECT_EQ(takeLog().back(), std::string(kind.raisedStatus) + "2, ") << kind.entry;
+            EXPECT_EQ(takeLog().back(), std::string(kind.thrownStatus) + "2, ") << kind.entry;
             result->ft = wholeResult;
         }
     });

@@ -7,11 +7,11 @@ namespace {
 
 using testing::Contains;
 
-constexpr unsigned threadCount = 8;
+constexpr unsigned THREAD_COUNT = 8;
 
 void onEveryThread(const std::function<void(unsigned)>& work) {
     std::vector<std::thread> threads;
-    for (unsigned i = 0; i < threadCount; ++i) threads.emplace_back(work, i);
+    for (unsigned i = 0; i < THREAD_COUNT; ++i) threads.emplace_back(work, i);
     for (std::thread& thread : threads) thread.join();
 }
 
@@ -22,7 +22,7 @@ TEST_F(ThreadsTest, FactoryCalledByAllAtOnceMakesOneProvider) {
         useScenario(chipSensor(1, "CPU", {50}));
         broker::Broker broker;
         const broker::ProviderLibrary library(PROVIDER_LIBRARY);
-        std::vector<CMPIInstanceMI*> records(threadCount);
+        std::vector<CMPIInstanceMI*> records(THREAD_COUNT);
         onEveryThread([&](unsigned i) {
             CMPIStatus status = {CMPI_RC_ERR_FAILED, nullptr};
             const broker::Request request(broker);

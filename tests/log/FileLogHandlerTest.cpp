@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::string defaultPath = "/var/log/tarn/tarn.log";
+const std::string DEFAULT_PATH = "/var/log/tarn/tarn.log";
 
 // What standard output is told of a line.
 std::string told(OpenHandler& handler, const std::string& line) {
@@ -63,7 +63,7 @@ using FileLogHandlerConfigurationTest = FileLogHandlerTest;
 TEST_F(FileLogHandlerConfigurationTest, WithoutFileTheDefaultsHold) {
     OpenHandler handler;
     EXPECT_EQ(handler.GetLevel(), 2);
-    EXPECT_EQ(handler.m_fileName, defaultPath);
+    EXPECT_EQ(handler.m_fileName, DEFAULT_PATH);
     EXPECT_EQ(handler.m_maxLength, 10485760U);
     EXPECT_FALSE(handler.m_isConsole);
 
@@ -81,7 +81,7 @@ TEST_F(FileLogHandlerConfigurationTest, FileThatCannotBeReadKeepsTheDefaults) {
     fs::create_directory("/etc/tarn/log.conf");
     const OpenHandler handler;
     EXPECT_EQ(handler.m_level, 2);
-    EXPECT_EQ(handler.m_fileName, defaultPath);
+    EXPECT_EQ(handler.m_fileName, DEFAULT_PATH);
 }
 
 TEST_F(FileLogHandlerConfigurationTest, EverySettingIsApplied) {
@@ -145,7 +145,7 @@ TEST_F(FileLogHandlerConfigurationTest, NegativeLimitIsTheLargest) {
 
 TEST_F(FileLogHandlerConfigurationTest, EmptyFileNameKeepsTheEarlierOne) {
     sandbox::writeLogConfiguration("FileName=\n");
-    EXPECT_EQ(OpenHandler().m_fileName, defaultPath);
+    EXPECT_EQ(OpenHandler().m_fileName, DEFAULT_PATH);
     sandbox::writeLogConfiguration("FileName=/var/log/tarn/a.log\nFileName=\n");
     EXPECT_EQ(OpenHandler().m_fileName, "/var/log/tarn/a.log");
 }
@@ -178,24 +178,24 @@ TEST_F(FileLogHandlerConfigurationTest, ReadingItAgainStartsFromTheDefaults) {
     sandbox::writeLogConfiguration("");
     handler.GetConfig();
     EXPECT_EQ(handler.m_level, 2);
-    EXPECT_EQ(handler.m_fileName, defaultPath);
+    EXPECT_EQ(handler.m_fileName, DEFAULT_PATH);
     EXPECT_EQ(handler.m_maxLength, 10485760U);
     EXPECT_FALSE(handler.m_isConsole);
 }
 
 TEST_F(FileLogHandlerTest, FileIsOpenedByTheFirstLine) {
     OpenHandler handler;
-    EXPECT_FALSE(fs::exists(defaultPath));
+    EXPECT_FALSE(fs::exists(DEFAULT_PATH));
     EXPECT_EQ(told(handler, "first\n"), "");
     EXPECT_EQ(sandbox::readLog(), "first\n");
 }
 
 TEST_F(FileLogHandlerTest, LinesAreAppendedAndTellTheLinkCount) {
-    std::ofstream(defaultPath) << "earlier\n";
+    std::ofstream(DEFAULT_PATH) << "earlier\n";
     OpenHandler handler;
     EXPECT_EQ(told(handler, "first\n"), "");
     EXPECT_EQ(told(handler, "second\n"), "link count=1\n");
-    fs::create_hard_link(defaultPath, "/var/log/tarn/other.log");
+    fs::create_hard_link(DEFAULT_PATH, "/var/log/tarn/other.log");
     EXPECT_EQ(told(handler, "third\n"), "link count=2\n");
     EXPECT_EQ(sandbox::readLog(), "earlier\nfirst\nsecond\nthird\n");
 }
@@ -215,27 +215,27 @@ TEST_F(FileLogHandlerTest, FileReachingItsLimitStopsLoggingForGood) {
     EXPECT_EQ(told(handler, "y"), "link count=1\n");
     EXPECT_EQ(told(handler, "at the limit\n"), "");
     EXPECT_EQ(handler.m_file, nullptr);
-    EXPECT_EQ(fs::file_size(defaultPath), 4096U);
+    EXPECT_EQ(fs::file_size(DEFAULT_PATH), 4096U);
 
-    fs::resize_file(defaultPath, 0);
+    fs::resize_file(DEFAULT_PATH, 0);
     EXPECT_EQ(told(handler, "truncated\n"), "");
     EXPECT_EQ(sandbox::readLog(), "");
 
-    fs::remove(defaultPath);
+    fs::remove(DEFAULT_PATH);
     EXPECT_EQ(told(handler, "deleted\n"), "");
-    EXPECT_FALSE(fs::exists(defaultPath));
+    EXPECT_FALSE(fs::exists(DEFAULT_PATH));
 }
 
 TEST_F(FileLogHandlerTest, FileEndsAtMostOneLinePastItsLimit) {
     sandbox::writeLogConfiguration("MaxLength=4096\n");
     OpenHandler handler;
     for (int i = 0; i < 10; ++i) handler.write(std::string(1000, 'x'));
-    EXPECT_EQ(fs::file_size(defaultPath), 5000U);
+    EXPECT_EQ(fs::file_size(DEFAULT_PATH), 5000U);
 }
 
 TEST_F(FileLogHandlerTest, FileTooLongAtTheStartGetsOneLine) {
     sandbox::writeLogConfiguration("MaxLength=4096\n");
-    std::ofstream(defaultPath) << std::string(5000, 'x');
+    std::ofstream(DEFAULT_PATH) << std::string(5000, 'x');
     OpenHandler handler;
     handler.write("first\n");
     EXPECT_EQ(told(handler, "second\n"), "");
@@ -245,7 +245,7 @@ TEST_F(FileLogHandlerTest, FileTooLongAtTheStartGetsOneLine) {
 TEST_F(FileLogHandlerTest, DeletedFileIsMadeAnewByTheNextLine) {
     OpenHandler handler;
     handler.write("first\n");
-    fs::remove(defaultPath);
+    fs::remove(DEFAULT_PATH);
     EXPECT_EQ(told(handler, "second\n"), "link count=0\n");
     EXPECT_EQ(told(handler, "third\n"), "link count=1\n");
     EXPECT_EQ(sandbox::readLog(), "second\nthird\n");
@@ -254,25 +254,25 @@ TEST_F(FileLogHandlerTest, DeletedFileIsMadeAnewByTheNextLine) {
 TEST_F(FileLogHandlerTest, RenamedFileIsWrittenOn) {
     OpenHandler handler;
     handler.write("first\n");
-    fs::rename(defaultPath, "/var/log/tarn/old.log");
+    fs::rename(DEFAULT_PATH, "/var/log/tarn/old.log");
     EXPECT_EQ(told(handler, "second\n"), "link count=1\n");
     EXPECT_EQ(contentsOf("/var/log/tarn/old.log"), "first\nsecond\n");
-    EXPECT_FALSE(fs::exists(defaultPath));
+    EXPECT_FALSE(fs::exists(DEFAULT_PATH));
 }
 
-TEST_F(FileLogHandlerTest, FileReplacedByAFolderLosesLinesUntilTheFolderGoes) {
+TEST_F(FileLogHandlerTest, FileReplacedByADirectoryLosesLinesUntilTheDirectoryGoes) {
     OpenHandler handler;
     handler.write("first\n");
-    fs::remove(defaultPath);
-    fs::create_directory(defaultPath);
+    fs::remove(DEFAULT_PATH);
+    fs::create_directory(DEFAULT_PATH);
     EXPECT_EQ(told(handler, "second\n"), "link count=0\n");
     EXPECT_EQ(told(handler, "third\n"), "");
-    fs::remove(defaultPath);
+    fs::remove(DEFAULT_PATH);
     handler.write("fourth\n");
     EXPECT_EQ(sandbox::readLog(), "fourth\n");
 }
 
-TEST_F(FileLogHandlerTest, MissingFolderLosesEachLineAndIsTriedWithEach) {
+TEST_F(FileLogHandlerTest, MissingDirectoryLosesEachLineAndIsTriedWithEach) {
     sandbox::writeLogConfiguration("FileName=/var/log/tarn/missing/a.log\n");
     OpenHandler handler;
     EXPECT_EQ(told(handler, "first\n"), "");
@@ -323,7 +323,7 @@ TEST_F(FileLogHandlerTest, ConsoleTakesEveryLineAndTheFileIsNeverOpened) {
     const std::string said = output.take();
     EXPECT_EQ(written, line + line);
     EXPECT_EQ(said, "");
-    EXPECT_FALSE(fs::exists(defaultPath));
+    EXPECT_FALSE(fs::exists(DEFAULT_PATH));
 }
 
 TEST_F(FileLogHandlerTest, WriteConsoleGivesWhatTheStreamGave) {
@@ -349,7 +349,7 @@ TEST_F(FileLogHandlerTest, FileIsClosedWithTheHandler) {
     auto handler = std::make_unique<OpenHandler>();
     handler->write("first\n");
     const std::string descriptor = "/proc/self/fd/" + std::to_string(fileno(handler->m_file));
-    EXPECT_EQ(fs::read_symlink(descriptor), defaultPath);
+    EXPECT_EQ(fs::read_symlink(descriptor), DEFAULT_PATH);
     std::unique_ptr<LogHandler> sink = std::move(handler);
     sink.reset();
     EXPECT_FALSE(fs::is_symlink(fs::symlink_status(descriptor)));
@@ -372,7 +372,7 @@ TEST_F(FileLogHandlerTest, FileDeletedUnderSeveralThreadsIsReopenedByOne) {
     OpenHandler handler;
     writeFromEightThreads([&](std::string& line) {
         handler.WriteLog(line);
-        if (line.front() == 'a') fs::remove(defaultPath);
+        if (line.front() == 'a') fs::remove(DEFAULT_PATH);
     });
     const std::string last = std::string(200, 'z') + "\n";
     handler.write(last);

@@ -37,8 +37,8 @@ class LocalTime {
     std::optional<std::string> m_previous;
 };
 
-constexpr time_t winterMorning = 1675427707;  // 3 February 2023, 12:35:07 in Greenwich
-constexpr time_t summerMorning = 1688387707;  // 3 July 2023, 12:35:07 in Greenwich
+constexpr time_t WINTER_MORNING = 1675427707;  // 3 February 2023, 12:35:07 in Greenwich
+constexpr time_t SUMMER_MORNING = 1688387707;  // 3 July 2023, 12:35:07 in Greenwich
 
 class OpenRecord : public LogRecord {
   public:
@@ -64,13 +64,13 @@ class OpenRecord : public LogRecord {
 // The line of a record at a fixed moment, of a fixed process and thread.
 std::string lineOf(LOG_LEVEL level, const std::string& message) {
     OpenRecord record(level, message);
-    record.setTime(winterMorning, 4);
+    record.setTime(WINTER_MORNING, 4);
     record.m_pid = 255;
     record.m_tid = 127;
     return record.line();
 }
 
-const std::string fixedPrefix = "03/02/2023 09:05:07.004\tP[000000ff] T[0000007f]\t";
+const std::string FIXED_PREFIX = "03/02/2023 09:05:07.004\tP[000000ff] T[0000007f]\t";
 
 std::string field(LogRecord& record, void (LogRecord::*append)(std::string&)) {
     std::string text;
@@ -93,17 +93,17 @@ std::chrono::milliseconds now() {
 
 TEST(LogRecordTest, LineHasItsFieldsInOrder) {
     const LocalTime localTime;
-    EXPECT_EQ(lineOf(LOG_INFO, "abc"), fixedPrefix + "Info \tabc\n");
+    EXPECT_EQ(lineOf(LOG_INFO, "abc"), FIXED_PREFIX + "Info \tabc\n");
 }
 
 TEST(LogRecordTest, MillisecondsHaveThreeDigits) {
     const LocalTime localTime;
     OpenRecord record(LOG_INFO, "");
-    record.setTime(winterMorning, 0);
+    record.setTime(WINTER_MORNING, 0);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.000");
-    record.setTime(winterMorning, 42);
+    record.setTime(WINTER_MORNING, 42);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.042");
-    record.setTime(winterMorning, 999);
+    record.setTime(WINTER_MORNING, 999);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.999");
 }
 
@@ -111,9 +111,9 @@ TEST(LogRecordTest, MillisecondsHaveThreeDigits) {
 TEST(LogRecordTest, MillisecondsBeyondThreeDigitsAreWrittenWhole) {
     const LocalTime localTime;
     OpenRecord record(LOG_INFO, "");
-    record.setTime(winterMorning, 1000);
+    record.setTime(WINTER_MORNING, 1000);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.1000");
-    record.setTime(winterMorning, 65535);
+    record.setTime(WINTER_MORNING, 65535);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/02/2023 09:05:07.65535");
 }
 
@@ -141,7 +141,7 @@ TEST(LogRecordTest, MillisecondsNeverExceed999) {
 TEST(LogRecordTest, TimeIsLocalAlsoInSummer) {
     const LocalTime localTime;
     OpenRecord record(LOG_INFO, "");
-    record.setTime(summerMorning, 4);
+    record.setTime(SUMMER_MORNING, 4);
     EXPECT_EQ(field(record, &LogRecord::GetTimeString), "03/07/2023 10:05:07.004");
 }
 
@@ -184,24 +184,24 @@ TEST(LogRecordTest, LevelNamesAreFiveCharactersWide) {
 TEST(LogRecordTest, LevelWithoutNameLeavesItsColumnEmpty) {
     const LocalTime localTime;
     for (const int level : {5, 100, -1, -2147483647 - 1})
-        EXPECT_EQ(lineOf(static_cast<LOG_LEVEL>(level), "abc"), fixedPrefix + "\tabc\n") << level;
+        EXPECT_EQ(lineOf(static_cast<LOG_LEVEL>(level), "abc"), FIXED_PREFIX + "\tabc\n") << level;
 }
 
 TEST(LogRecordTest, EmptyMessageStillMakesALine) {
     const LocalTime localTime;
-    EXPECT_EQ(lineOf(LOG_ERROR, ""), fixedPrefix + "Error\t\n");
+    EXPECT_EQ(lineOf(LOG_ERROR, ""), FIXED_PREFIX + "Error\t\n");
 }
 
 TEST(LogRecordTest, MessagesOwnNewlineIsFollowedByAnEmptyLine) {
     const LocalTime localTime;
-    EXPECT_EQ(lineOf(LOG_TRACE, "abc\n"), fixedPrefix + "Trace\tabc\n\n");
+    EXPECT_EQ(lineOf(LOG_TRACE, "abc\n"), FIXED_PREFIX + "Trace\tabc\n\n");
 }
 
 TEST(LogRecordTest, MessageStandsByteForByte) {
     const LocalTime localTime;
     using namespace std::string_literals;
     const std::string message = "%s\t\xff\0end"s + std::string(100'000, 'x');
-    EXPECT_EQ(lineOf(LOG_DEBUG, message), fixedPrefix + "Debug\t" + message + "\n");
+    EXPECT_EQ(lineOf(LOG_DEBUG, message), FIXED_PREFIX + "Debug\t" + message + "\n");
 }
 
 TEST(LogRecordTest, LineReplacesWhatTheStringHeld) {
@@ -214,7 +214,7 @@ TEST(LogRecordTest, LineReplacesWhatTheStringHeld) {
 TEST(LogRecordTest, FieldsAppendToWhatTheStringHeld) {
     const LocalTime localTime;
     OpenRecord record(LOG_INFO, "abc");
-    record.setTime(winterMorning, 4);
+    record.setTime(WINTER_MORNING, 4);
     record.m_pid = 255;
     record.m_tid = 127;
     std::string out = "earlier ";

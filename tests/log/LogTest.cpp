@@ -21,7 +21,7 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-constexpr auto created = "Logger created\n";
+constexpr auto CREATED = "Logger created\n";
 
 // The compilers do not check the formats of calls through a pointer, and some here are wrong on purpose.
 void (*const unchecked)(LOG_LEVEL, const char*, ...) = &Log;
@@ -37,15 +37,15 @@ TEST_F(LogTest, FirstCallTellsThatTheSinkWasMadeOnce) {
                   LogQuick(LOG_TRACE, "filtered out");
                   WLog(LOG_TRACE, L"filtered out");
               }),
-              created);
+              CREATED);
     EXPECT_THAT(loggedMessages(), ElementsAre("first"));
 }
 
 TEST_F(LogTest, FirstCallMakesTheSinkAlsoWhenFilteredOut) {
-    EXPECT_EQ(runAnew([] { Log(LOG_TRACE, "one"); }), created);
-    EXPECT_EQ(runAnew([] { WLog(LOG_TRACE, L"one"); }), created);
-    EXPECT_EQ(runAnew([] { LogQuick(LOG_TRACE, "one"); }), created);
-    EXPECT_EQ(runAnew([] { LogQuick(LOG_ERROR, nullptr); }), created);
+    EXPECT_EQ(runAnew([] { Log(LOG_TRACE, "one"); }), CREATED);
+    EXPECT_EQ(runAnew([] { WLog(LOG_TRACE, L"one"); }), CREATED);
+    EXPECT_EQ(runAnew([] { LogQuick(LOG_TRACE, "one"); }), CREATED);
+    EXPECT_EQ(runAnew([] { LogQuick(LOG_ERROR, nullptr); }), CREATED);
     EXPECT_FALSE(std::filesystem::exists("/var/log/tarn/tarn.log"));
 }
 
@@ -59,7 +59,7 @@ TEST_F(LogTest, WithoutConfigurationLevelsAbove2WriteNothing) {
                   LogQuick(LOG_ERROR, "quick error");
                   LogQuick(LOG_INFO, "quick info");
               }),
-              std::string(created) + "link count=1\nlink count=1\nlink count=1\n");
+              std::string(CREATED) + "link count=1\nlink count=1\nlink count=1\n");
     EXPECT_THAT(loggedMessages(), ElementsAre("error", "info", "quick error", "quick info"));
     EXPECT_THAT(messagesAt("Info"), ElementsAre("info", "quick info"));
 }
@@ -105,7 +105,7 @@ TEST_F(LogTest, ConsoleGetsTheLinesWhenConfigured) {
     sandbox::writeLogConfiguration("IsConsole=1\n");
     const ProcessOutcome outcome = runInFreshProcess([] { Log(LOG_ERROR, "code=%08x", 0xbadU); });
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.standardOutput, created);
+    EXPECT_EQ(outcome.standardOutput, CREATED);
     const std::vector<LogLine> lines = parseLog(outcome.standardError);
     ASSERT_THAT(lines, SizeIs(1));
     EXPECT_EQ(lines[0].level, "Error");
@@ -151,7 +151,7 @@ TEST_F(LogTest, NullTextWritesNothing) {
                   LogQuick(LOG_ERROR, nullptr);
                   WLog(LOG_ERROR, nullptr);
               }),
-              created);
+              CREATED);
     EXPECT_FALSE(std::filesystem::exists("/var/log/tarn/tarn.log"));
 }
 
@@ -180,7 +180,7 @@ TEST_F(LogTest, ThreadsThatLogFirstTogetherShareOneSink) {
         one.join();
         other.join();
     });
-    EXPECT_EQ(output, std::string(created) + "link count=1\n");
+    EXPECT_EQ(output, std::string(CREATED) + "link count=1\n");
     EXPECT_THAT(loggedMessages(), UnorderedElementsAre("one", "other"));
 }
 
@@ -214,14 +214,14 @@ void failEachAllocation(const std::function<void()>& log) {
     EXPECT_GT(n, 2U);
 }
 
-constexpr auto longText = "a text that is longer than a string keeps inside itself";
+constexpr auto LONG_TEXT = "a text that is longer than a string keeps inside itself";
 
 TEST_F(LogTest, ExceptionBelowACallPassesOnAndTheNextCallWorks) {
     runAnew([] {
         LogQuick(LOG_ERROR, "the sink is there");
-        failEachAllocation([] { LogQuick(LOG_ERROR, longText); });
+        failEachAllocation([] { LogQuick(LOG_ERROR, LONG_TEXT); });
     });
-    EXPECT_THAT(loggedMessages(), ElementsAre("the sink is there", longText));
+    EXPECT_THAT(loggedMessages(), ElementsAre("the sink is there", LONG_TEXT));
 }
 
 // The buffer is a call's first allocation, the text the second.
@@ -230,12 +230,12 @@ TEST_F(LogTest, NoMemoryForTheBufferDropsTheMessage) {
         LogQuick(LOG_ERROR, "the sink is there");
         {
             const FailingAllocation shortage(1);
-            EXPECT_NO_THROW(Log(LOG_ERROR, "%s", longText));
+            EXPECT_NO_THROW(Log(LOG_ERROR, "%s", LONG_TEXT));
             EXPECT_TRUE(FailingAllocation::hasFailed());
         }
         {
             const FailingAllocation shortage(2);
-            EXPECT_THROW(Log(LOG_ERROR, "%s", longText), std::bad_alloc);
+            EXPECT_THROW(Log(LOG_ERROR, "%s", LONG_TEXT), std::bad_alloc);
         }
         Log(LOG_ERROR, "next");
     });
@@ -247,7 +247,7 @@ TEST_F(LogTest, NoMemoryForAWideMessagesBuffersDropsIt) {
         LogQuick(LOG_ERROR, "the sink is there");
         for (const unsigned buffer : {1U, 2U}) {
             const FailingAllocation shortage(buffer);
-            EXPECT_NO_THROW(WLog(LOG_ERROR, L"%s", longText));
+            EXPECT_NO_THROW(WLog(LOG_ERROR, L"%s", LONG_TEXT));
             EXPECT_TRUE(FailingAllocation::hasFailed());
         }
         WLog(LOG_ERROR, L"next");
@@ -268,7 +268,7 @@ TEST_F(LogTest, SinkThatCannotBeMadeIsTriedAgainByTheNextCall) {
             LogQuick(LOG_ERROR, "second");
             LogQuick(LOG_ERROR, "third");
         });
-        EXPECT_EQ(output, std::string(created) + created + "link count=1\n");
+        EXPECT_EQ(output, std::string(CREATED) + CREATED + "link count=1\n");
         EXPECT_THAT(loggedMessages(), ElementsAre("second", "third"));
     }
 }

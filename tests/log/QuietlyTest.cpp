@@ -12,7 +12,7 @@ TEST(QuietlyTest, ActionIsCalledOnce) {
     EXPECT_EQ(calls, 1);
 }
 
-TEST(QuietlyTest, NothingIsRaised) {
+TEST(QuietlyTest, NothingIsThrown) {
     EXPECT_NO_THROW(quietly([] { throw std::runtime_error("no disk"); }));
     EXPECT_NO_THROW(quietly([] { throw 1; }));
 }

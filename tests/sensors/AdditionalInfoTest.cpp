@@ -30,7 +30,7 @@ class OpenAdditionalInfo : public AdditionalInfo {
     using AdditionalInfo::initialised;
 };
 
-class AdditionalSensors : public testing::Test {
+class AdditionalSensorsTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 
@@ -87,7 +87,7 @@ long long readingOf(const TQS_NumericSensor& sensor) {
 
 }  // namespace
 
-TEST_F(AdditionalSensors, TerminalOfNeitherModelHasNoneWhateverTheConfiguration) {
+TEST_F(AdditionalSensorsTest, TerminalOfNeitherModelHasNoneWhateverTheConfiguration) {
     drives::makeNode("/dev/nvme0");
     const auto initialiseOne = [] {
         OpenAdditionalInfo info;
@@ -105,7 +105,7 @@ TEST_F(AdditionalSensors, TerminalOfNeitherModelHasNoneWhateverTheConfiguration)
     EXPECT_THAT(loggedMessages(), IsEmpty());
 }
 
-TEST_F(AdditionalSensors, ConfigurationIsReadOnATerminalOfNeitherModelToo) {
+TEST_F(AdditionalSensorsTest, ConfigurationIsReadOnATerminalOfNeitherModelToo) {
     sandbox::writeSensorConfiguration("Unknown=1\n");
     const std::string standardError = runOnModel("none", [] {
         std::vector<TQS_NumericSensor> sensors;
@@ -114,7 +114,7 @@ TEST_F(AdditionalSensors, ConfigurationIsReadOnATerminalOfNeitherModelToo) {
     EXPECT_EQ(standardError, " Sensor configs not found.\n");
 }
 
-TEST_F(AdditionalSensors, ZanTerminalOnlyLogsTheSwitch) {
+TEST_F(AdditionalSensorsTest, ZanTerminalOnlyLogsTheSwitch) {
     sandbox::writeSensorConfiguration("NvmeReadings=1\n");
     drives::makeNode("/dev/nvme0");
     runOnModel("zan", [] {
@@ -128,7 +128,7 @@ TEST_F(AdditionalSensors, ZanTerminalOnlyLogsTheSwitch) {
     EXPECT_EQ(messagesAt("Debug").size(), 1U);
 }
 
-TEST_F(AdditionalSensors, SwitchedOffThereIsNoScanAndNoMessage) {
+TEST_F(AdditionalSensorsTest, SwitchedOffThereIsNoScanAndNoMessage) {
     drives::makeNode("/dev/nvme0");
     for (const char* model : {"grebel", "zan"}) {
         for (const char* configuration : {"NvmeReadings=0\n", ""}) {
@@ -145,7 +145,7 @@ TEST_F(AdditionalSensors, SwitchedOffThereIsNoScanAndNoMessage) {
     EXPECT_THAT(loggedMessages(), IsEmpty());
 }
 
-TEST_F(AdditionalSensors, GrebelTerminalWithoutDrivesAddsNone) {
+TEST_F(AdditionalSensorsTest, GrebelTerminalWithoutDrivesAddsNone) {
     sandbox::writeSensorConfiguration("NvmeReadings=1\n");
     runOnModel("grebel", [] {
         OpenAdditionalInfo info;
@@ -161,7 +161,7 @@ TEST_F(AdditionalSensors, GrebelTerminalWithoutDrivesAddsNone) {
     EXPECT_EQ(messagesAt("Debug").size(), 3U);
 }
 
-TEST_F(AdditionalSensors, GrebelTerminalGetsOneSensorPerDriveAfterTheChips) {
+TEST_F(AdditionalSensorsTest, GrebelTerminalGetsOneSensorPerDriveAfterTheChips) {
     sandbox::writeSensorConfiguration("NvmeReadings=1\n");
     runOnModel("grebel", [] {
         expectDrives({301, 323});
@@ -180,7 +180,7 @@ TEST_F(AdditionalSensors, GrebelTerminalGetsOneSensorPerDriveAfterTheChips) {
                 ElementsAre("AdditionalInfo::initialise is grebel", "Processing additionals for Grebel machine"));
 }
 
-TEST_F(AdditionalSensors, TenthDriveIsNumberedInDecimalAndInHexadecimal) {
+TEST_F(AdditionalSensorsTest, TenthDriveIsNumberedInDecimalAndInHexadecimal) {
     runOnModel("grebel", [] {
         expectDrives(std::vector<std::uint16_t>(10, 300));
         std::vector<TQS_NumericSensor> sensors;
@@ -192,7 +192,7 @@ TEST_F(AdditionalSensors, TenthDriveIsNumberedInDecimalAndInHexadecimal) {
     });
 }
 
-TEST_F(AdditionalSensors, ReadingIsAnUnsignedSixteenBitNumber) {
+TEST_F(AdditionalSensorsTest, ReadingIsAnUnsignedSixteenBitNumber) {
     runOnModel("grebel", [] {
         expectDrives({272});
         AdditionalInfo info;
@@ -208,7 +208,7 @@ TEST_F(AdditionalSensors, ReadingIsAnUnsignedSixteenBitNumber) {
     });
 }
 
-TEST_F(AdditionalSensors, ReadingWithinTheIntervalTouchesNoDrive) {
+TEST_F(AdditionalSensorsTest, ReadingWithinTheIntervalTouchesNoDrive) {
     const std::string standardError = runOnModel("grebel", [] {
         expectDrives({300});
         AdditionalInfo info;
@@ -242,7 +242,7 @@ TEST_F(AdditionalSensors, ReadingWithinTheIntervalTouchesNoDrive) {
     EXPECT_THAT(standardError, HasSubstr("no need to read - diff is 999, update interval is 1000\n"));
 }
 
-TEST_F(AdditionalSensors, ReadingOfTheThirdOfFourDrivesLooksAtThreeDrivesAndReadsTheThird) {
+TEST_F(AdditionalSensorsTest, ReadingOfTheThirdOfFourDrivesLooksAtThreeDrivesAndReadsTheThird) {
     runOnModel("grebel", [] {
         expectDrives({300, 301, 302, 303});
         AdditionalInfo info;
@@ -274,7 +274,7 @@ TEST_F(AdditionalSensors, ReadingOfTheThirdOfFourDrivesLooksAtThreeDrivesAndRead
 }
 
 // The position decides, not the drive's own number: here the one drive is nvme1.
-TEST_F(AdditionalSensors, OnlyDriveNumberedOneIsReadFromNumberNull) {
+TEST_F(AdditionalSensorsTest, OnlyDriveNumberedOneIsReadFromNumberNull) {
     runOnModel("grebel", [] {
         drives::makeNode(nodeOf(1));
         drives::expect(drives::identification(nodeOf(1), {}));
@@ -293,7 +293,7 @@ TEST_F(AdditionalSensors, OnlyDriveNumberedOneIsReadFromNumberNull) {
     EXPECT_THAT(loggedMessages(), Contains("NvmeSsd::getSsdTemperature - Error while read /dev/nvme0 file"));
 }
 
-TEST_F(AdditionalSensors, SensorWhoseNameFitsNoDriveKeepsItsReading) {
+TEST_F(AdditionalSensorsTest, SensorWhoseNameFitsNoDriveKeepsItsReading) {
     runOnModel("grebel", [] {
         expectDrives({300});
         AdditionalInfo info;
@@ -308,7 +308,7 @@ TEST_F(AdditionalSensors, SensorWhoseNameFitsNoDriveKeepsItsReading) {
     EXPECT_THAT(ownMessages(), Contains(HasSubstr("Adding SsdDevice devPath=/dev/nvme0")).Times(1));
 }
 
-TEST_F(AdditionalSensors, ReadingThatFailsIsStoredAsItComes) {
+TEST_F(AdditionalSensorsTest, ReadingThatFailsIsStoredAsItComes) {
     runOnModel("grebel", [] {
         expectDrives({300});
         AdditionalInfo info;

@@ -59,34 +59,34 @@ class CopyingBroker {
 
 }  // namespace
 
-TEST(CimModel, RaisedStatusIsACopyWithItsMessage) {
+TEST(CimModelTest, ThrownStatusIsACopyWithItsMessage) {
     broker::Broker broker;
     const broker::Request request(broker);
     CMPIStatus given = {CMPI_RC_ERR_TYPE_MISMATCH, CMNewString(broker.handle(), "why", nullptr)};
     const CMPIStatus original = given;
     try {
-        raiseStatus(given);
-    } catch (CMPIStatus* raised) {
+        throwStatus(given);
+    } catch (CMPIStatus* thrown) {
         given = {CMPI_RC_OK, nullptr};
-        EXPECT_EQ(raised->rc, original.rc);
-        EXPECT_EQ(raised->msg, original.msg);
+        EXPECT_EQ(thrown->rc, original.rc);
+        EXPECT_EQ(thrown->msg, original.msg);
         return;
     }
-    FAIL() << "nothing was raised";
+    FAIL() << "nothing was thrown";
 }
 
-TEST(CimModel, RaisedFailureHasNoMessage) {
+TEST(CimModelTest, ThrownFailureHasNoMessage) {
     try {
-        raiseFailure();
-    } catch (CMPIStatus* raised) {
-        EXPECT_EQ(raised->rc, CMPI_RC_ERR_FAILED);
-        EXPECT_EQ(raised->msg, nullptr);
+        throwFailure();
+    } catch (CMPIStatus* thrown) {
+        EXPECT_EQ(thrown->rc, CMPI_RC_ERR_FAILED);
+        EXPECT_EQ(thrown->msg, nullptr);
         return;
     }
-    FAIL() << "nothing was raised";
+    FAIL() << "nothing was thrown";
 }
 
-TEST(CimModel, NullObjectWithAGoodStatusIsAFailure) {
+TEST(CimModelTest, NullObjectWithAGoodStatusIsAFailure) {
     broker::Broker broker;
     const broker::Request request(broker);
     broker.planFault("newObjectPath", 1, broker::Fault::ReturnNull);
@@ -96,7 +96,7 @@ TEST(CimModel, NullObjectWithAGoodStatusIsAFailure) {
     EXPECT_EQ(thrownCode([&] { InstanceBuilder(broker.handle(), path); }), CMPI_RC_ERR_FAILED);
 }
 
-TEST(CimModel, ObjectsOfARefusedInstanceStayTheBrokers) {
+TEST(CimModelTest, ObjectsOfARefusedInstanceStayTheBrokers) {
     broker::Broker broker;
     {
         const broker::Request request(broker);
@@ -110,7 +110,7 @@ TEST(CimModel, ObjectsOfARefusedInstanceStayTheBrokers) {
 }
 
 // One broker copies all of a value, whatever its type.
-TEST(CimModel, NumbersAndArraysTravelInAWholeZeroedValue) {
+TEST(CimModelTest, NumbersAndArraysTravelInAWholeZeroedValue) {
     const CopyingBroker broker;
     InstanceBuilder builder(broker.handle(), nullptr);
     soilStack();

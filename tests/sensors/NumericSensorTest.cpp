@@ -49,37 +49,37 @@ TQS_NumericSensor makeFullSensor() {
     return sensor;
 }
 
-const SensorValues fullValues = {{"Accuracy", "-1"},
-                                 {"BaseUnits", "2"},
-                                 {"Caption", "Temperature(0000001a)"},
-                                 {"CurrentReading", "-4"},
-                                 {"Description", "CPU(0000001a): Temperature sensor"},
-                                 {"DeviceID", "0000001a"},
-                                 {"Hysteresis", "4294967295"},
-                                 {"IsLinear", "true"},
-                                 {"LowerThresholdCritical", "10"},
-                                 {"LowerThresholdFatal", "-11"},
-                                 {"LowerThresholdNonCritical", "12"},
-                                 {"MaxReadable", "2147483647"},
-                                 {"MinReadable", "-2147483647"},
-                                 {"Name", "CPU(0000001a)"},
-                                 {"NominalReading", "16"},
-                                 {"OtherSensorTypeDescription", "other"},
-                                 {"RateUnits", "65535"},
-                                 {"Resolution", "19"},
-                                 {"SensorType", "32768"},
-                                 {"UnitModifier", "-3"},
-                                 {"UpperThresholdCritical", "24"},
-                                 {"UpperThresholdFatal", "25"},
-                                 {"UpperThresholdNonCritical", "26"}};
+const SensorValues FULL_VALUES = {{"Accuracy", "-1"},
+                                  {"BaseUnits", "2"},
+                                  {"Caption", "Temperature(0000001a)"},
+                                  {"CurrentReading", "-4"},
+                                  {"Description", "CPU(0000001a): Temperature sensor"},
+                                  {"DeviceID", "0000001a"},
+                                  {"Hysteresis", "4294967295"},
+                                  {"IsLinear", "true"},
+                                  {"LowerThresholdCritical", "10"},
+                                  {"LowerThresholdFatal", "-11"},
+                                  {"LowerThresholdNonCritical", "12"},
+                                  {"MaxReadable", "2147483647"},
+                                  {"MinReadable", "-2147483647"},
+                                  {"Name", "CPU(0000001a)"},
+                                  {"NominalReading", "16"},
+                                  {"OtherSensorTypeDescription", "other"},
+                                  {"RateUnits", "65535"},
+                                  {"Resolution", "19"},
+                                  {"SensorType", "32768"},
+                                  {"UnitModifier", "-3"},
+                                  {"UpperThresholdCritical", "24"},
+                                  {"UpperThresholdFatal", "25"},
+                                  {"UpperThresholdNonCritical", "26"}};
 
-class NumericSensorClock : public testing::Test {
+class NumericSensorClockTest : public testing::Test {
   protected:
-    NumericSensorClock() { fakeclock::set({1000, 500}); }
-    ~NumericSensorClock() override { fakeclock::useReal(); }
+    NumericSensorClockTest() { fakeclock::set({1000, 500}); }
+    ~NumericSensorClockTest() override { fakeclock::useReal(); }
 };
 
-class NumericSensorModel : public testing::Test {
+class NumericSensorModelTest : public testing::Test {
   protected:
     broker::Broker m_broker;
     broker::Request m_request{m_broker};
@@ -91,7 +91,7 @@ class NumericSensorModel : public testing::Test {
 
 }  // namespace
 
-TEST(NumericSensor, KeepsItsHandleAndNameAndStartsAsAChipSensor) {
+TEST(NumericSensorTest, KeepsItsHandleAndNameAndStartsAsAChipSensor) {
     TQS_NumericSensor sensor(0xfffffffe);
     EXPECT_EQ(sensor.getHandle(), 0xfffffffe);
     EXPECT_STREQ(sensor.getName(), "");
@@ -104,7 +104,7 @@ TEST(NumericSensor, KeepsItsHandleAndNameAndStartsAsAChipSensor) {
     EXPECT_TRUE(std::has_virtual_destructor_v<TQS_NumericSensor>);
 }
 
-TEST_F(NumericSensorClock, UpdateIntervalIsBroughtIntoItsLimits) {
+TEST_F(NumericSensorClockTest, UpdateIntervalIsBroughtIntoItsLimits) {
     struct Case {
         int asked;
         int got;
@@ -127,7 +127,7 @@ TEST_F(NumericSensorClock, UpdateIntervalIsBroughtIntoItsLimits) {
     }
 }
 
-TEST_F(NumericSensorClock, ReadingIsDueAfterOneThousandMilliseconds) {
+TEST_F(NumericSensorClockTest, ReadingIsDueAfterOneThousandMilliseconds) {
     TQS_NumericSensor sensor(1);
     OutputCapture chatter(STDERR_FILENO);
 
@@ -148,7 +148,7 @@ TEST_F(NumericSensorClock, ReadingIsDueAfterOneThousandMilliseconds) {
               "no need to read - diff is 999, update interval is 1000\n");
 }
 
-TEST_F(NumericSensorClock, SensorJustBuiltNeedsNoReadingYet) {
+TEST_F(NumericSensorClockTest, SensorJustBuiltNeedsNoReadingYet) {
     TQS_NumericSensor sensor(1);
     const OutputCapture chatter(STDERR_FILENO);
     EXPECT_FALSE(sensor.needsReading());
@@ -156,7 +156,7 @@ TEST_F(NumericSensorClock, SensorJustBuiltNeedsNoReadingYet) {
     EXPECT_TRUE(sensor.needsReading());
 }
 
-TEST_F(NumericSensorClock, ClockSetBackHoldsReadingsUpUntilItHasCaughtUp) {
+TEST_F(NumericSensorClockTest, ClockSetBackHoldsReadingsUpUntilItHasCaughtUp) {
     TQS_NumericSensor sensor(1);
     OutputCapture chatter(STDERR_FILENO);
     fakeclock::set({400, 500});
@@ -170,7 +170,7 @@ TEST_F(NumericSensorClock, ClockSetBackHoldsReadingsUpUntilItHasCaughtUp) {
     EXPECT_TRUE(sensor.needsReading());
 }
 
-TEST_F(NumericSensorClock, ClockFailingAtConstructionLeavesNoLastReading) {
+TEST_F(NumericSensorClockTest, ClockFailingAtConstructionLeavesNoLastReading) {
     fakeclock::failWith(EINVAL);
     TQS_NumericSensor sensor(1);
     OutputCapture chatter(STDERR_FILENO);
@@ -181,7 +181,7 @@ TEST_F(NumericSensorClock, ClockFailingAtConstructionLeavesNoLastReading) {
               "no need to read - diff is 999, update interval is 1000\n");
 }
 
-TEST_F(NumericSensorClock, ClockFailingLaterIsLoggedAndMakesAReadingDue) {
+TEST_F(NumericSensorClockTest, ClockFailingLaterIsLoggedAndMakesAReadingDue) {
     REQUIRE_SANDBOX();
     const std::string standardError = runWithFullLog([] {
         TQS_NumericSensor sensor(1);
@@ -200,7 +200,7 @@ TEST_F(NumericSensorClock, ClockFailingLaterIsLoggedAndMakesAReadingDue) {
     EXPECT_EQ(lines[0].message, "gettimeofday failed, errno=22");
 }
 
-TEST(NumericSensor, TimeDifferenceIsInWholeMilliseconds) {
+TEST(NumericSensorTest, TimeDifferenceIsInWholeMilliseconds) {
     struct Case {
         timeval later;
         timeval earlier;
@@ -221,18 +221,18 @@ TEST(NumericSensor, TimeDifferenceIsInWholeMilliseconds) {
     }
 }
 
-TEST_F(NumericSensorModel, PathHasTheNameAsItsOnlyKey) {
+TEST_F(NumericSensorModelTest, PathHasTheNameAsItsOnlyKey) {
     const TQS_NumericSensor sensor = makeFullSensor();
     const broker::ObjectPath path = broker::copyOut(sensor.getObjectPath(m_broker.handle()));
     EXPECT_EQ(describe(path), "root/cimv2:TQS_NumericSensor Name=chars 'CPU(0000001a)'");
     EXPECT_EQ(instanceOf(sensor).path, path);
 }
 
-TEST_F(NumericSensorModel, InstanceHasAllPropertiesInAlphabeticalOrder) {
-    EXPECT_EQ(describe(instanceOf(makeFullSensor()).properties), sensorProperties(fullValues));
+TEST_F(NumericSensorModelTest, InstanceHasAllPropertiesInAlphabeticalOrder) {
+    EXPECT_EQ(describe(instanceOf(makeFullSensor()).properties), sensorProperties(FULL_VALUES));
 }
 
-TEST_F(NumericSensorModel, EachNumberIsLeftOutByItself) {
+TEST_F(NumericSensorModelTest, EachNumberIsLeftOutByItself) {
     using Setter = void (*)(TQS_NumericSensor&);
     struct Case {
         const char* property;
@@ -254,33 +254,33 @@ TEST_F(NumericSensorModel, EachNumberIsLeftOutByItself) {
          }) {
         TQS_NumericSensor sensor = makeFullSensor();
         one.clear(sensor);
-        SensorValues values = fullValues;
+        SensorValues values = FULL_VALUES;
         EXPECT_EQ(values.erase(one.property), 1U);
         EXPECT_EQ(describe(instanceOf(sensor).properties), sensorProperties(values));
     }
 }
 
-TEST_F(NumericSensorModel, UnsetNumbersCountAsNotReported) {
+TEST_F(NumericSensorModelTest, UnsetNumbersCountAsNotReported) {
     EXPECT_EQ(instanceOf(TQS_NumericSensor(1)).properties.size(), 14U);
 }
 
-TEST_F(NumericSensorModel, ReadingAndUnitModifierArePublishedWhateverTheyHold) {
+TEST_F(NumericSensorModelTest, ReadingAndUnitModifierArePublishedWhateverTheyHold) {
     TQS_NumericSensor sensor = makeFullSensor();
     sensor.setCurrentReading(INT_MIN);
     sensor.setUnitModifier(INT_MIN);
-    SensorValues values = fullValues;
+    SensorValues values = FULL_VALUES;
     values["CurrentReading"] = values["UnitModifier"] = "-2147483648";
     EXPECT_EQ(describe(instanceOf(sensor).properties), sensorProperties(values));
 }
 
-TEST_F(NumericSensorModel, EmptyTextsArePublishedAsEmptyTexts) {
+TEST_F(NumericSensorModelTest, EmptyTextsArePublishedAsEmptyTexts) {
     TQS_NumericSensor sensor = makeFullSensor();
     sensor.setCaption("");
     sensor.setDescription("");
     sensor.setDeviceID("");
     sensor.setName("");
     sensor.setOtherSensorTypeDescription("");
-    SensorValues values = fullValues;
+    SensorValues values = FULL_VALUES;
     for (const char* text : {"Caption", "Description", "DeviceID", "Name", "OtherSensorTypeDescription"})
         values[text] = "";
     const broker::Instance instance = instanceOf(sensor);
@@ -289,9 +289,9 @@ TEST_F(NumericSensorModel, EmptyTextsArePublishedAsEmptyTexts) {
     EXPECT_EQ(broker::copyOut(sensor.getObjectPath(m_broker.handle())), instance.path);
 }
 
-TEST_F(NumericSensorModel, RefusedPropertyIsRaisedAtOnce) {
+TEST_F(NumericSensorModelTest, RefusedPropertyIsThrownAtOnce) {
     const TQS_NumericSensor sensor = makeFullSensor();
-    const Strings properties = sensorProperties(fullValues);
+    const Strings properties = sensorProperties(FULL_VALUES);
     for (unsigned nth = 1; nth <= properties.size(); ++nth) {
         m_broker.startRecording();
         m_broker.planFault("setProperty", nth, broker::Fault::Refuse, CMPI_RC_ERR_TYPE_MISMATCH);
@@ -300,7 +300,7 @@ TEST_F(NumericSensorModel, RefusedPropertyIsRaisedAtOnce) {
     }
 }
 
-TEST_F(NumericSensorModel, RefusedPathIsRaised) {
+TEST_F(NumericSensorModelTest, RefusedPathIsThrown) {
     const TQS_NumericSensor sensor = makeFullSensor();
     m_broker.planFault("newObjectPath", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_CLASS);
     m_broker.planFault("newObjectPath", 2, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_NAMESPACE);
@@ -308,7 +308,7 @@ TEST_F(NumericSensorModel, RefusedPathIsRaised) {
     EXPECT_EQ(thrownCode([&] { sensor.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_NAMESPACE);
 }
 
-TEST_F(NumericSensorModel, RefusedInstanceIsRaised) {
+TEST_F(NumericSensorModelTest, RefusedInstanceIsThrown) {
     const TQS_NumericSensor sensor = makeFullSensor();
     m_broker.planFault("newInstance", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_CLASS);
     m_broker.startRecording();
@@ -316,11 +316,11 @@ TEST_F(NumericSensorModel, RefusedInstanceIsRaised) {
     EXPECT_EQ(m_broker.recordedCalls().size(), 3U);
 }
 
-TEST_F(NumericSensorModel, RefusedKeyIsNotNoticed) {
+TEST_F(NumericSensorModelTest, RefusedKeyIsNotNoticed) {
     const TQS_NumericSensor sensor = makeFullSensor();
     m_broker.planFault("addKey", 1, broker::Fault::Refuse);
     m_broker.planFault("addKey", 2, broker::Fault::Refuse);
     EXPECT_EQ(describe(broker::copyOut(sensor.getObjectPath(m_broker.handle()))), "root/cimv2:TQS_NumericSensor");
-    EXPECT_EQ(describe(instanceOf(sensor).properties), sensorProperties(fullValues));
+    EXPECT_EQ(describe(instanceOf(sensor).properties), sensorProperties(FULL_VALUES));
     EXPECT_EQ(m_broker.faultsLeft(), 0U);
 }

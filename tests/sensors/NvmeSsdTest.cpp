@@ -22,12 +22,12 @@ using testing::IsEmpty;
 
 namespace {
 
-class NvmeSsdScan : public testing::Test {
+class NvmeSsdScanTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 };
 
-using NvmeSsdTemperature = NvmeSsdScan;
+using NvmeSsdTemperatureTest = NvmeSsdScanTest;
 
 drives::Drive driveWithSerial(const std::string& serial) {
     drives::Drive drive;
@@ -49,7 +49,7 @@ unsigned short temperatureOf(const drives::Expectation& page) {
 
 }  // namespace
 
-TEST_F(NvmeSsdScan, NoDriveIsNoMessage) {
+TEST_F(NvmeSsdScanTest, NoDriveIsNoMessage) {
     runWithFullLog([] {
         NvmeSsd ssd;
         EXPECT_FALSE(ssd.scanNVMeDevices());
@@ -59,7 +59,7 @@ TEST_F(NvmeSsdScan, NoDriveIsNoMessage) {
     EXPECT_EQ(loggedMessages().size(), 1U);
 }
 
-TEST_F(NvmeSsdScan, DriveIsListedAsItDescribesItself) {
+TEST_F(NvmeSsdScanTest, DriveIsListedAsItDescribesItself) {
     drives::makeNode("/dev/nvme7");
     runWithFullLog([] {
         drives::Drive drive;
@@ -88,7 +88,7 @@ TEST_F(NvmeSsdScan, DriveIsListedAsItDescribesItself) {
                                       "SsdDevice::initialise - drive nvme7 devPath /dev/nvme7"));
 }
 
-TEST_F(NvmeSsdScan, ControllersWithOneDigitAreListedInOrder) {
+TEST_F(NvmeSsdScanTest, ControllersWithOneDigitAreListedInOrder) {
     for (const char* name : {"nvme1", "nvme0", "nvme10", "nvme0n1", "nvme", "nvme-fabrics", "nvmeX"}) {
         drives::makeNode(std::string("/dev/") + name);
     }
@@ -102,7 +102,7 @@ TEST_F(NvmeSsdScan, ControllersWithOneDigitAreListedInOrder) {
     });
 }
 
-TEST_F(NvmeSsdScan, DriveThatMayNotBeOpenedIsLeftOut) {
+TEST_F(NvmeSsdScanTest, DriveThatMayNotBeOpenedIsLeftOut) {
     drives::makeNode("/dev/nvme0");
     ASSERT_EQ(chmod("/dev/nvme0", 0), 0);
     runWithFullLog([] {
@@ -112,7 +112,7 @@ TEST_F(NvmeSsdScan, DriveThatMayNotBeOpenedIsLeftOut) {
     EXPECT_THAT(messagesAt("Error"), ElementsAre("SmartIo::getIdentifyNVMeData - Open /dev/nvme0 failed, 13"));
 }
 
-TEST_F(NvmeSsdScan, DriveThatCannotBeIdentifiedIsLeftOutAndTheScanGoesOn) {
+TEST_F(NvmeSsdScanTest, DriveThatCannotBeIdentifiedIsLeftOutAndTheScanGoesOn) {
     drives::makeNode("/dev/nvme0");
     drives::makeNode("/dev/nvme1");
     runWithFullLog([] {
@@ -127,7 +127,7 @@ TEST_F(NvmeSsdScan, DriveThatCannotBeIdentifiedIsLeftOutAndTheScanGoesOn) {
     });
 }
 
-TEST_F(NvmeSsdScan, DriveOfUnknownNamespacesIsListed) {
+TEST_F(NvmeSsdScanTest, DriveOfUnknownNamespacesIsListed) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         drives::Drive drive;
@@ -139,7 +139,7 @@ TEST_F(NvmeSsdScan, DriveOfUnknownNamespacesIsListed) {
     });
 }
 
-TEST_F(NvmeSsdScan, SecondScanAppendsTheDrivesAgain) {
+TEST_F(NvmeSsdScanTest, SecondScanAppendsTheDrivesAgain) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         NvmeSsd ssd;
@@ -151,7 +151,7 @@ TEST_F(NvmeSsdScan, SecondScanAppendsTheDrivesAgain) {
     });
 }
 
-TEST_F(NvmeSsdScan, SearchThatRunsOutOfMemoryIsLogged) {
+TEST_F(NvmeSsdScanTest, SearchThatRunsOutOfMemoryIsLogged) {
     runWithFullLog([] {
         const FailingCall search(Function::Glob, 1, GLOB_NOSPACE);
         EXPECT_FALSE(NvmeSsd().scanNVMeDevices());
@@ -160,7 +160,7 @@ TEST_F(NvmeSsdScan, SearchThatRunsOutOfMemoryIsLogged) {
     EXPECT_EQ(messagesAt("Error").size(), 1U);
 }
 
-TEST_F(NvmeSsdScan, SearchThatIsAbortedIsSilentAndFindsNothing) {
+TEST_F(NvmeSsdScanTest, SearchThatIsAbortedIsSilentAndFindsNothing) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         const FailingCall search(Function::Glob, 1, GLOB_ABORTED);
@@ -169,7 +169,7 @@ TEST_F(NvmeSsdScan, SearchThatIsAbortedIsSilentAndFindsNothing) {
     EXPECT_THAT(loggedMessages(), ElementsAre("NvmeSsd::scanNVMeDevices"));
 }
 
-TEST_F(NvmeSsdTemperature, IsThePagesLessTwoHundredAndSeventyThree) {
+TEST_F(NvmeSsdTemperatureTest, IsThePagesLessTwoHundredAndSeventyThree) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         EXPECT_EQ(temperatureOf(drives::healthPage("/dev/nvme0", 0x0143)), 50);
@@ -181,7 +181,7 @@ TEST_F(NvmeSsdTemperature, IsThePagesLessTwoHundredAndSeventyThree) {
 }
 
 // A daemon may have closed its standard input.
-TEST_F(NvmeSsdTemperature, DescriptorZeroIsAsGoodAsAnyOther) {
+TEST_F(NvmeSsdTemperatureTest, DescriptorZeroIsAsGoodAsAnyOther) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         LogQuick(LOG_ERROR, "has its descriptor now");
@@ -190,17 +190,17 @@ TEST_F(NvmeSsdTemperature, DescriptorZeroIsAsGoodAsAnyOther) {
     });
 }
 
-TEST_F(NvmeSsdTemperature, OneBelowZeroWrapsAround) {
+TEST_F(NvmeSsdTemperatureTest, OneBelowZeroWrapsAround) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] { EXPECT_EQ(temperatureOf(drives::healthPage("/dev/nvme0", 0x0110)), 65535); });
 }
 
-TEST_F(NvmeSsdTemperature, NoReadingIsZeroKelvin) {
+TEST_F(NvmeSsdTemperatureTest, NoReadingIsZeroKelvin) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] { EXPECT_EQ(temperatureOf(drives::healthPage("/dev/nvme0", 0)), 65263); });
 }
 
-TEST_F(NvmeSsdTemperature, PositionIsTheDevicesNumberWhateverTheListHolds) {
+TEST_F(NvmeSsdTemperatureTest, PositionIsTheDevicesNumberWhateverTheListHolds) {
     drives::makeNode("/dev/nvme1");
     runWithFullLog([] {
         drives::expect(drives::identification("/dev/nvme1", drives::Drive()));
@@ -214,7 +214,7 @@ TEST_F(NvmeSsdTemperature, PositionIsTheDevicesNumberWhateverTheListHolds) {
     });
 }
 
-TEST_F(NvmeSsdTemperature, MissingDeviceReadsAsZeroAndIsTold) {
+TEST_F(NvmeSsdTemperatureTest, MissingDeviceReadsAsZeroAndIsTold) {
     const std::string standardError = runWithFullLog([] {
         EXPECT_EQ(NvmeSsd().getSsdTemperature(3), 0);
         EXPECT_EQ(NvmeSsd().getSsdTemperature(-1), 0);
@@ -230,7 +230,7 @@ TEST_F(NvmeSsdTemperature, MissingDeviceReadsAsZeroAndIsTold) {
     EXPECT_EQ(loggedMessages()[0], "NvmeSsd::getSsdTemperature - starting");
 }
 
-TEST_F(NvmeSsdTemperature, CommandThatTheDriveRefusesReadsAsZeroSilently) {
+TEST_F(NvmeSsdTemperatureTest, CommandThatTheDriveRefusesReadsAsZeroSilently) {
     drives::makeNode("/dev/nvme0");
     const std::string standardError = runWithFullLog([] {
         for (const int status : {1, 0x2002}) {
@@ -244,7 +244,7 @@ TEST_F(NvmeSsdTemperature, CommandThatTheDriveRefusesReadsAsZeroSilently) {
                                               "NvmeSsd::getSsdTemperature - starting"));
 }
 
-TEST_F(NvmeSsdTemperature, CommandThatTheKernelRefusesReadsAsZeroKelvin) {
+TEST_F(NvmeSsdTemperatureTest, CommandThatTheKernelRefusesReadsAsZeroKelvin) {
     drives::makeNode("/dev/nvme0");
     runWithFullLog([] {
         drives::Expectation page = drives::healthPage("/dev/nvme0", 300);
@@ -256,12 +256,12 @@ TEST_F(NvmeSsdTemperature, CommandThatTheKernelRefusesReadsAsZeroKelvin) {
     EXPECT_THAT(loggedMessages(), ElementsAre("NvmeSsd::getSsdTemperature - starting"));
 }
 
-TEST_F(NvmeSsdTemperature, OpensWithoutWaiting) {
+TEST_F(NvmeSsdTemperatureTest, OpensWithoutWaiting) {
     ASSERT_EQ(mkfifo("/dev/nvme0", 0600), 0);  // has no writer, for which a waiting open would wait
     runWithFullLog([] { EXPECT_EQ(temperatureOf(drives::healthPage("/dev/nvme0", 273)), 0); });
 }
 
-TEST(NvmeSsdConversion, KelvinLessTwoHundredAndSeventyThreeIsCelsius) {
+TEST(NvmeSsdConversionTest, KelvinLessTwoHundredAndSeventyThreeIsCelsius) {
     EXPECT_EQ(NvmeSsd().kelvinToCelsius(273), 0);
     EXPECT_EQ(NvmeSsd().kelvinToCelsius(0), -273);
     EXPECT_EQ(NvmeSsd().kelvinToCelsius(323), 50);

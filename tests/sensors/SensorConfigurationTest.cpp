@@ -12,7 +12,7 @@
 namespace {
 
 constexpr int UNTOUCHED = -7;
-const std::string unknownKey = " Sensor configs not found.\n";
+const std::string UNKNOWN_KEY = " Sensor configs not found.\n";
 
 // What one reading of the file does.
 struct Outcome {
@@ -28,7 +28,7 @@ Outcome readConfiguration() {
     return outcome;
 }
 
-class SensorConfiguration : public testing::Test {
+class SensorConfigurationTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 
@@ -42,31 +42,31 @@ class SensorConfiguration : public testing::Test {
 
 }  // namespace
 
-TEST_F(SensorConfiguration, SwitchIsOneOrZero) {
+TEST_F(SensorConfigurationTest, SwitchIsOneOrZero) {
     expect("NvmeReadings=1\n", 1);
     expect("NvmeReadings=0\n", 0);
 }
 
-TEST_F(SensorConfiguration, LastLineWithoutNewlineLosesItsLastCharacter) {
+TEST_F(SensorConfigurationTest, LastLineWithoutNewlineLosesItsLastCharacter) {
     expect("NvmeReadings=1", UNTOUCHED);
     expect("NvmeReadings=10", 1);
     expect("NvmeReadings=", UNTOUCHED);
 }
 
-TEST_F(SensorConfiguration, CarriageReturnEndsTheNumber) {
+TEST_F(SensorConfigurationTest, CarriageReturnEndsTheNumber) {
     expect("NvmeReadings=1\r\n", 1);
 }
 
-TEST_F(SensorConfiguration, BlankBelongsToTheKey) {
-    expect("NvmeReadings = 1\n", UNTOUCHED, unknownKey);
-    expect(" NvmeReadings=1\n", UNTOUCHED, unknownKey);
+TEST_F(SensorConfigurationTest, BlankBelongsToTheKey) {
+    expect("NvmeReadings = 1\n", UNTOUCHED, UNKNOWN_KEY);
+    expect(" NvmeReadings=1\n", UNTOUCHED, UNKNOWN_KEY);
 }
 
-TEST_F(SensorConfiguration, LetterCaseOfTheKeyMatters) {
-    expect("nvmereadings=1\n", UNTOUCHED, unknownKey);
+TEST_F(SensorConfigurationTest, LetterCaseOfTheKeyMatters) {
+    expect("nvmereadings=1\n", UNTOUCHED, UNKNOWN_KEY);
 }
 
-TEST_F(SensorConfiguration, ValuesOtherThanZeroAndOneAreIgnored) {
+TEST_F(SensorConfigurationTest, ValuesOtherThanZeroAndOneAreIgnored) {
     expect("NvmeReadings=2\n", UNTOUCHED);
     expect("NvmeReadings=-1\n", UNTOUCHED);
     expect("NvmeReadings=on\n", UNTOUCHED);
@@ -75,23 +75,23 @@ TEST_F(SensorConfiguration, ValuesOtherThanZeroAndOneAreIgnored) {
     expect("NvmeReadings=99999999999999999999\n", UNTOUCHED);
 }
 
-TEST_F(SensorConfiguration, BlanksAroundTheNumberAreTaken) {
+TEST_F(SensorConfigurationTest, BlanksAroundTheNumberAreTaken) {
     expect("NvmeReadings= 1\n", 1);
     expect("NvmeReadings=1 # on\n", 1);
 }
 
-TEST_F(SensorConfiguration, LinesThatSetNothingAreIgnored) {
+TEST_F(SensorConfigurationTest, LinesThatSetNothingAreIgnored) {
     expect("\n", UNTOUCHED);
     expect("NvmeReadings\n", UNTOUCHED);
     expect("=1\n", UNTOUCHED);
 }
 
-TEST_F(SensorConfiguration, LastValidLineCounts) {
+TEST_F(SensorConfigurationTest, LastValidLineCounts) {
     expect("NvmeReadings=1\nNvmeReadings=0\n", 0);
     expect("NvmeReadings=1\nNvmeReadings=7\n", 1);
 }
 
-TEST_F(SensorConfiguration, EmptyOrMissingFileSetsNothing) {
+TEST_F(SensorConfigurationTest, EmptyOrMissingFileSetsNothing) {
     expect("", UNTOUCHED);
     sandbox::reset();
     const Outcome missing = readConfiguration();
@@ -99,22 +99,22 @@ TEST_F(SensorConfiguration, EmptyOrMissingFileSetsNothing) {
     EXPECT_EQ(missing.standardError, "");
 }
 
-TEST_F(SensorConfiguration, UnknownKeysAreToldOncePerLineAndReadingGoesOn) {
-    expect("# NvmeReadings=1\nOther=1\nNvmeReadings=1\n[Section]\nx=\n", 1, unknownKey + unknownKey + unknownKey);
+TEST_F(SensorConfigurationTest, UnknownKeysAreToldOncePerLineAndReadingGoesOn) {
+    expect("# NvmeReadings=1\nOther=1\nNvmeReadings=1\n[Section]\nx=\n", 1, UNKNOWN_KEY + UNKNOWN_KEY + UNKNOWN_KEY);
 }
 
-TEST_F(SensorConfiguration, LineIsCutAtItsFirstNulByte) {
+TEST_F(SensorConfigurationTest, LineIsCutAtItsFirstNulByte) {
     expect(std::string("NvmeReadings=1\0\n", 16), UNTOUCHED);
     expect(std::string("NvmeReadings=10\0\n", 17), 1);
     expect(std::string("\0NvmeReadings=1\n", 16), UNTOUCHED);
 }
 
-TEST_F(SensorConfiguration, LinesOfAnyLengthAreRead) {
+TEST_F(SensorConfigurationTest, LinesOfAnyLengthAreRead) {
     expect("NvmeReadings=" + std::string(100000, ' ') + "1" + std::string(100000, 'x') + "\n", 1);
-    expect(std::string(100000, 'k') + "=1\nNvmeReadings=0\n", 0, unknownKey);
+    expect(std::string(100000, 'k') + "=1\nNvmeReadings=0\n", 0, UNKNOWN_KEY);
 }
 
-TEST_F(SensorConfiguration, ReadErrorEndsTheReading) {
+TEST_F(SensorConfigurationTest, ReadErrorEndsTheReading) {
     std::filesystem::create_directory("/etc/tarn/sensor.conf");
     const Outcome outcome = readConfiguration();
     EXPECT_EQ(outcome.nvmeReadings, UNTOUCHED);

@@ -39,12 +39,12 @@ constexpr char FOUR_SENSORS[] =
     "[[sensor]]\nhandle = 3\nname = \"c\"\nreading = 3\n"
     "[[sensor]]\nhandle = 4\nname = \"d\"\nreading = 4\n";
 
-class ProviderObject : public testing::Test {
+class ProviderObjectTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 };
 
-TEST_F(ProviderObject, FailedThirdReadingLeavesTwoSensorsAndAnUninitialisedProvider) {
+TEST_F(ProviderObjectTest, FailedThirdReadingLeavesTwoSensorsAndAnUninitialisedProvider) {
     runOn(std::string(FOUR_SENSORS) + "[[fault]]\noperation = \"read\"\nhandle = 3\nstatus = 7\n", [] {
         OpenProvider provider;
         provider.initialise(nullptr);
@@ -55,7 +55,7 @@ TEST_F(ProviderObject, FailedThirdReadingLeavesTwoSensorsAndAnUninitialisedProvi
     });
 }
 
-TEST_F(ProviderObject, FailedThirdDescriptionLeavesTwoSensorsToo) {
+TEST_F(ProviderObjectTest, FailedThirdDescriptionLeavesTwoSensorsToo) {
     runOn(std::string(FOUR_SENSORS) + "[[fault]]\noperation = \"information\"\nhandle = 3\nstatus = 7\n", [] {
         OpenProvider provider;
         provider.initialise(nullptr);
@@ -64,7 +64,7 @@ TEST_F(ProviderObject, FailedThirdDescriptionLeavesTwoSensorsToo) {
     });
 }
 
-TEST_F(ProviderObject, EventLogThatCannotBeReadKeepsItsContents) {
+TEST_F(ProviderObjectTest, EventLogThatCannotBeReadKeepsItsContents) {
     runOn(
         "[event-log]\nlines = [\"one\", \"two\"]\n"
         "[[fault]]\noperation = \"event-log\"\nfrom-call = 2\nstatus = 9\n",
@@ -85,7 +85,7 @@ TEST_F(ProviderObject, EventLogThatCannotBeReadKeepsItsContents) {
                 Contains("SensorProvider::GetSystemEventLog - failed to get log information, sscode=0x00000009"));
 }
 
-TEST(ClassNames, AreTakenExactly) {
+TEST(ClassNamesTest, AreTakenExactly) {
     EXPECT_EQ(SensorProvider::getTqsInstanceClass("TQS_NumericSensor"), 0);
     EXPECT_EQ(SensorProvider::getTqsInstanceClass("TQS_SystemEventLog"), 1);
     for (const char* other : {"", "tqs_numericsensor", "TQS_NumericSensors", "TQS_NumericSenso", "CIM_NumericSensor"}) {

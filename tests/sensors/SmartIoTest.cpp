@@ -23,7 +23,7 @@ using testing::IsEmpty;
 
 namespace {
 
-const std::string node = "/dev/nvme0";
+const std::string NODE = "/dev/nvme0";
 
 // A command that the kernel, or with a positive number the drive, refuses.
 drives::Expectation refused(drives::Expectation one, int returned, int error = 0) {
@@ -38,11 +38,11 @@ drives::Expectation withResult(drives::Expectation one, std::uint32_t result) {
     return one;
 }
 
-class SmartIoIdentify : public testing::Test {
+class SmartIoIdentifyTest : public testing::Test {
   protected:
     void SetUp() override {
         REQUIRE_SANDBOX();
-        drives::makeNode(node);
+        drives::makeNode(NODE);
     }
 
     // Identifies the drive, which is to answer as given, and looks at the outcome.
@@ -51,13 +51,13 @@ class SmartIoIdentify : public testing::Test {
         runWithFullLog([&] {
             drives::expect(answers);
             IdentifyData data;
-            EXPECT_EQ(SmartIo::getIdentifyNVMeData(node, data), succeeds);
+            EXPECT_EQ(SmartIo::getIdentifyNVMeData(NODE, data), succeeds);
             if (check != nullptr) check(data);
         });
     }
 
     static std::vector<drives::Expectation> upToController(const drives::Drive& drive) {
-        return {drives::namespaceIdQuery(node, drive.namespaceId), drives::identifyController(node, drive)};
+        return {drives::namespaceIdQuery(NODE, drive.namespaceId), drives::identifyController(NODE, drive)};
     }
 
     // A drive whose thresholds have these results, the rest being of no interest.
@@ -77,15 +77,15 @@ class SmartIoIdentify : public testing::Test {
 
 }  // namespace
 
-TEST(IdentifyDataRecord, FreshOneKnowsNothing) {
+TEST(IdentifyDataRecordTest, FreshOneKnowsNothing) {
     const IdentifyData data;
     EXPECT_EQ(data.serialNumber + data.modelNumber + data.firmwareVersion, "");
     EXPECT_EQ(data.namespaceId, -1);
 }
 
-TEST_F(SmartIoIdentify, AsksForIdentityAndThresholdsInOrder) {
+TEST_F(SmartIoIdentifyTest, AsksForIdentityAndThresholdsInOrder) {
     const drives::Drive drive;
-    identify(drives::identification(node, drive), true, [](const IdentifyData& data) {
+    identify(drives::identification(NODE, drive), true, [](const IdentifyData& data) {
         EXPECT_EQ(data.namespaceId, -1);
         EXPECT_EQ(data.underTemperatureThreshold, 0);
         EXPECT_EQ(data.overTemperatureThreshold, 70);
@@ -99,12 +99,12 @@ TEST_F(SmartIoIdentify, AsksForIdentityAndThresholdsInOrder) {
     EXPECT_EQ(messagesAt("Debug").size(), 5U);
 }
 
-TEST_F(SmartIoIdentify, TextsKeepTheirFullWidth) {
+TEST_F(SmartIoIdentifyTest, TextsKeepTheirFullWidth) {
     drives::Drive drive;
     drive.serial = std::string("S\0\0", 3);
     drive.model = "MODEL OF THIRTY-NINE CHARACTERS, BLANK ";
     drive.firmware = "12345678";
-    identify(drives::identification(node, drive), true, [](const IdentifyData& data) {
+    identify(drives::identification(NODE, drive), true, [](const IdentifyData& data) {
         EXPECT_EQ(data.serialNumber, std::string("S\0\0", 3) + std::string(17, ' '));
         EXPECT_EQ(data.modelNumber, "MODEL OF THIRTY-NINE CHARACTERS, BLANK  ");
         EXPECT_EQ(data.firmwareVersion, "12345678");
@@ -112,81 +112,81 @@ TEST_F(SmartIoIdentify, TextsKeepTheirFullWidth) {
     EXPECT_EQ(loggedMessages()[3], "Serial Number: S");
 }
 
-TEST_F(SmartIoIdentify, ShortModelNumberKeepsItsTrailingBlanks) {
+TEST_F(SmartIoIdentifyTest, ShortModelNumberKeepsItsTrailingBlanks) {
     drives::Drive drive;
     drive.model = "M";
-    identify(drives::identification(node, drive), true,
+    identify(drives::identification(NODE, drive), true,
              [](const IdentifyData& data) { EXPECT_EQ(data.modelNumber, "M" + std::string(39, ' ')); });
 }
 
-TEST_F(SmartIoIdentify, OpensWithoutWaiting) {
+TEST_F(SmartIoIdentifyTest, OpensWithoutWaiting) {
     sandbox::reset();
-    ASSERT_EQ(mkfifo(node.c_str(), 0600), 0);  // has no writer, for which a waiting open would wait
-    identify(drives::identification(node, drives::Drive()), true);
+    ASSERT_EQ(mkfifo(NODE.c_str(), 0600), 0);  // has no writer, for which a waiting open would wait
+    identify(drives::identification(NODE, drives::Drive()), true);
 }
 
 // A daemon may have closed its standard input.
-TEST_F(SmartIoIdentify, DescriptorZeroIsAsGoodAsAnyOther) {
+TEST_F(SmartIoIdentifyTest, DescriptorZeroIsAsGoodAsAnyOther) {
     runWithFullLog([] {
         LogQuick(LOG_ERROR, "has its descriptor now");
         close(STDIN_FILENO);
-        drives::expect(drives::identification(node, drives::Drive()));
+        drives::expect(drives::identification(NODE, drives::Drive()));
         IdentifyData data;
-        EXPECT_TRUE(SmartIo::getIdentifyNVMeData(node, data));
+        EXPECT_TRUE(SmartIo::getIdentifyNVMeData(NODE, data));
     });
 }
 
-TEST_F(SmartIoIdentify, KnownNamespaceIsAskedFor) {
+TEST_F(SmartIoIdentifyTest, KnownNamespaceIsAskedFor) {
     drives::Drive drive;
     drive.namespaceId = 5;
     drive.numberOfNamespaces = 1;
-    identify(drives::identification(node, drive), true,
+    identify(drives::identification(NODE, drive), true,
              [](const IdentifyData& data) { EXPECT_EQ(data.namespaceId, 5); });
 }
 
-TEST_F(SmartIoIdentify, KnownNamespaceThatCannotBeIdentifiedIsAFailure) {
+TEST_F(SmartIoIdentifyTest, KnownNamespaceThatCannotBeIdentifiedIsAFailure) {
     drives::Drive drive;
     drive.namespaceId = 5;
     std::vector<drives::Expectation> answers = upToController(drive);
-    answers.push_back(refused(drives::identifyNamespace(node, 5), -1, EIO));
+    answers.push_back(refused(drives::identifyNamespace(NODE, 5), -1, EIO));
     identify(answers, false);
     EXPECT_THAT(messagesAt("Error"),
                 ElementsAre("SmartIo::nvme_read_identify - NVME_IOCTL_ADMIN_CMD failed: Input/output error",
                             "SmartIo::getIdentifyNVMeData - nvme_read_identify failed id_ns"));
 }
 
-TEST_F(SmartIoIdentify, GuessedNamespaceMayFail) {
+TEST_F(SmartIoIdentifyTest, GuessedNamespaceMayFail) {
     drives::Drive drive;
-    std::vector<drives::Expectation> answers = drives::identification(node, drive);
+    std::vector<drives::Expectation> answers = drives::identification(NODE, drive);
     answers[2] = refused(answers[2], -1, EIO);
     identify(answers, true);
     EXPECT_THAT(messagesAt("Error"),
                 ElementsAre("SmartIo::nvme_read_identify - NVME_IOCTL_ADMIN_CMD failed: Input/output error"));
 }
 
-TEST_F(SmartIoIdentify, NamespaceIsGuessedOnlyWhereTheDriveHasExactlyOne) {
+TEST_F(SmartIoIdentifyTest, NamespaceIsGuessedOnlyWhereTheDriveHasExactlyOne) {
     for (const std::uint32_t number : {0U, 2U, 0x101U, 0x10001U, 0x1000001U}) {
         drives::Drive drive;
         drive.numberOfNamespaces = number;
         // identification() has an Identify Namespace for exactly one namespace only.
-        identify(drives::identification(node, drive), true);
+        identify(drives::identification(NODE, drive), true);
     }
     EXPECT_THAT(messagesAt("Error"), IsEmpty());
 }
 
-TEST_F(SmartIoIdentify, ControllerThatCannotBeIdentifiedIsAFailure) {
+TEST_F(SmartIoIdentifyTest, ControllerThatCannotBeIdentifiedIsAFailure) {
     identify(
-        {drives::namespaceIdQuery(node, -1), refused(drives::identifyController(node, drives::Drive()), -1, EPERM)},
+        {drives::namespaceIdQuery(NODE, -1), refused(drives::identifyController(NODE, drives::Drive()), -1, EPERM)},
         false);
     EXPECT_THAT(messagesAt("Error"),
                 ElementsAre("SmartIo::nvme_read_identify - NVME_IOCTL_ADMIN_CMD failed: Operation not permitted",
                             "SmartIo::getIdentifyNVMeData - nvme_read_identify failed"));
 }
 
-TEST_F(SmartIoIdentify, ResultThatIsNotZeroIsAFailure) {
+TEST_F(SmartIoIdentifyTest, ResultThatIsNotZeroIsAFailure) {
     for (const std::uint32_t result : {1U, 7U, 0xFFFFFFFEU}) {
         identify(
-            {drives::namespaceIdQuery(node, -1), withResult(drives::identifyController(node, drives::Drive()), result)},
+            {drives::namespaceIdQuery(NODE, -1), withResult(drives::identifyController(NODE, drives::Drive()), result)},
             false);
     }
     EXPECT_THAT(messagesAt("Error"), ElementsAre("SmartIo::nvme_read_identify - result failed: 1",
@@ -197,17 +197,17 @@ TEST_F(SmartIoIdentify, ResultThatIsNotZeroIsAFailure) {
                                                  "SmartIo::getIdentifyNVMeData - nvme_read_identify failed"));
 }
 
-TEST_F(SmartIoIdentify, DrivesStatusOnIdentifyIsNotLookedAt) {
+TEST_F(SmartIoIdentifyTest, DrivesStatusOnIdentifyIsNotLookedAt) {
     drives::Drive drive;
-    std::vector<drives::Expectation> answers = drives::identification(node, drive);
+    std::vector<drives::Expectation> answers = drives::identification(NODE, drive);
     answers[1].answer.returned = 0x4002;
     answers[2].answer.returned = 0x400b;
     identify(answers, true);
     EXPECT_THAT(messagesAt("Error"), IsEmpty());
 }
 
-TEST_F(SmartIoIdentify, RefusedUnderTemperatureThresholdIsAFailure) {
-    std::vector<drives::Expectation> answers = drives::identification(node, drives::Drive());
+TEST_F(SmartIoIdentifyTest, RefusedUnderTemperatureThresholdIsAFailure) {
+    std::vector<drives::Expectation> answers = drives::identification(NODE, drives::Drive());
     answers.pop_back();
     answers.back() = refused(answers.back(), 0x4002);
     identify(answers, false);
@@ -216,8 +216,8 @@ TEST_F(SmartIoIdentify, RefusedUnderTemperatureThresholdIsAFailure) {
     EXPECT_EQ(messagesAt("Error").size(), 1U);
 }
 
-TEST_F(SmartIoIdentify, RefusedOverTemperatureThresholdIsAFailure) {
-    std::vector<drives::Expectation> answers = drives::identification(node, drives::Drive());
+TEST_F(SmartIoIdentifyTest, RefusedOverTemperatureThresholdIsAFailure) {
+    std::vector<drives::Expectation> answers = drives::identification(NODE, drives::Drive());
     answers.back() = refused(answers.back(), 1);
     identify(answers, false);
     EXPECT_THAT(messagesAt("Error"),
@@ -225,22 +225,22 @@ TEST_F(SmartIoIdentify, RefusedOverTemperatureThresholdIsAFailure) {
     EXPECT_EQ(loggedMessages().size(), 2U);
 }
 
-TEST_F(SmartIoIdentify, ThresholdThatTheKernelRefusesReadsAsZeroKelvin) {
-    identifyWithThresholds(refused(drives::underThreshold(node, 300), -1, EIO),
-                           refused(drives::overThreshold(node, 300), -1, EIO), -273, -273);
+TEST_F(SmartIoIdentifyTest, ThresholdThatTheKernelRefusesReadsAsZeroKelvin) {
+    identifyWithThresholds(refused(drives::underThreshold(NODE, 300), -1, EIO),
+                           refused(drives::overThreshold(NODE, 300), -1, EIO), -273, -273);
     EXPECT_THAT(messagesAt("Error"), IsEmpty());
     EXPECT_EQ(loggedMessages()[0], "NvmeSsd::getIdentifyNVMeData - Under Temperature Threshold RESULT: 0\n");
     EXPECT_EQ(loggedMessages()[1], "NvmeSsd::getIdentifyNVMeData - Over Temperature Threshold RESULT: 0\n");
 }
 
-TEST_F(SmartIoIdentify, ThresholdsAreTheLowSixteenBitsLess273) {
-    identifyWithThresholds(drives::underThreshold(node, 0x00000110), drives::overThreshold(node, 0x0000015E), -1, 77);
-    identifyWithThresholds(drives::underThreshold(node, 0x0000015E), drives::overThreshold(node, 0x00000110), 77, -1);
-    identifyWithThresholds(drives::underThreshold(node, 0xABCD015E), drives::overThreshold(node, 0xFFFF0110), 77, -1);
+TEST_F(SmartIoIdentifyTest, ThresholdsAreTheLowSixteenBitsLess273) {
+    identifyWithThresholds(drives::underThreshold(NODE, 0x00000110), drives::overThreshold(NODE, 0x0000015E), -1, 77);
+    identifyWithThresholds(drives::underThreshold(NODE, 0x0000015E), drives::overThreshold(NODE, 0x00000110), 77, -1);
+    identifyWithThresholds(drives::underThreshold(NODE, 0xABCD015E), drives::overThreshold(NODE, 0xFFFF0110), 77, -1);
     // The sixteenth bit is one of them, and no sign.
-    identifyWithThresholds(drives::underThreshold(node, 0x0000FFFF), drives::overThreshold(node, 0x12348110), 65262,
+    identifyWithThresholds(drives::underThreshold(NODE, 0x0000FFFF), drives::overThreshold(NODE, 0x12348110), 65262,
                            32767);
-    identifyWithThresholds(drives::underThreshold(node, 0x7FFF8000), drives::overThreshold(node, 0x00007FFF), 32495,
+    identifyWithThresholds(drives::underThreshold(NODE, 0x7FFF8000), drives::overThreshold(NODE, 0x00007FFF), 32495,
                            32494);
     // The result is logged whole, and never as a negative number.
     const std::vector<std::string> messages = loggedMessages();
@@ -248,26 +248,26 @@ TEST_F(SmartIoIdentify, ThresholdsAreTheLowSixteenBitsLess273) {
     EXPECT_EQ(messages[11], "NvmeSsd::getIdentifyNVMeData - Over Temperature Threshold RESULT: 4294902032\n");
 }
 
-TEST_F(SmartIoIdentify, MissingDeviceIsAFailure) {
+TEST_F(SmartIoIdentifyTest, MissingDeviceIsAFailure) {
     sandbox::reset();
     identify({}, false);
     EXPECT_THAT(loggedMessages(), ElementsAre("SmartIo::getIdentifyNVMeData - Open /dev/nvme0 failed, 2"));
     EXPECT_EQ(messagesAt("Error").size(), 1U);
 }
 
-TEST_F(SmartIoIdentify, DescriptorThatCannotBeKeptFromChildrenIsAFailure) {
+TEST_F(SmartIoIdentifyTest, DescriptorThatCannotBeKeptFromChildrenIsAFailure) {
     runWithFullLog([] {
         const FailingCall keeping(Function::Fcntl, 1, EBADF);
         IdentifyData data;
-        EXPECT_FALSE(SmartIo::getIdentifyNVMeData(node, data));
+        EXPECT_FALSE(SmartIo::getIdentifyNVMeData(NODE, data));
     });
     EXPECT_THAT(messagesAt("Error"), ElementsAre("SmartIo::getIdentifyNVMeData - fcntl /dev/nvme0 failed, 9"));
 }
 
-TEST_F(SmartIoIdentify, IdentifyClearsTheBufferBeforeItAsks) {
+TEST_F(SmartIoIdentifyTest, IdentifyClearsTheBufferBeforeItAsks) {
     runWithFullLog([] {
-        const int device = open(node.c_str(), O_RDONLY);
-        drives::Expectation expected = drives::identifyNamespace(node, 3);
+        const int device = open(NODE.c_str(), O_RDONLY);
+        drives::Expectation expected = drives::identifyNamespace(NODE, 3);
         expected.command.data_len = 8;
         expected.answer.data = {0x11, 0x22};
         drives::expect(expected);

@@ -20,14 +20,14 @@ IdentifyData makeData() {
     return data;
 }
 
-class SsdDeviceRecord : public testing::Test {
+class SsdDeviceRecordTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 };
 
 }  // namespace
 
-TEST_F(SsdDeviceRecord, IsFilledFromWhatTheDriveReported) {
+TEST_F(SsdDeviceRecordTest, IsFilledFromWhatTheDriveReported) {
     runWithFullLog([] {
         SsdDevice device;
         EXPECT_TRUE(device.present);
@@ -48,7 +48,7 @@ TEST_F(SsdDeviceRecord, IsFilledFromWhatTheDriveReported) {
                             "SsdDevice destroyed"));
 }
 
-TEST_F(SsdDeviceRecord, CopiesAreMadeSilentlyAndDestroyedAloud) {
+TEST_F(SsdDeviceRecordTest, CopiesAreMadeSilentlyAndDestroyedAloud) {
     runWithFullLog([] {
         SsdDevice device;
         device.devPath = "/dev/nvme0";

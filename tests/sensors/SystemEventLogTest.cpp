@@ -13,13 +13,13 @@ using testing::ElementsAre;
 
 namespace {
 
-class SystemEventLog : public testing::Test {
+class SystemEventLogTest : public testing::Test {
   protected:
     broker::Broker m_broker;
     broker::Request m_request{m_broker};
     TQS_SystemEventLog m_log;
 
-    SystemEventLog() {
+    SystemEventLogTest() {
         m_log.setLogFull(true);
         m_log.setLogLines({"first", "", "third"});
         m_log.setLogMultipleEventCountIncrement(7);
@@ -37,13 +37,13 @@ class SystemEventLog : public testing::Test {
 
 }  // namespace
 
-TEST_F(SystemEventLog, HasOneFixedName) {
+TEST_F(SystemEventLogTest, HasOneFixedName) {
     EXPECT_STREQ(m_log.getName(), "Quorvel POS System Event Log");
     EXPECT_EQ(m_log.getName(), TQS_SystemEventLog().getName());
     EXPECT_TRUE(std::has_virtual_destructor_v<TQS_SystemEventLog>);
 }
 
-TEST_F(SystemEventLog, InstanceHasAllPropertiesInOrder) {
+TEST_F(SystemEventLogTest, InstanceHasAllPropertiesInOrder) {
     EXPECT_THAT(
         describe(instance().properties),
         ElementsAre("Caption=chars 'Quorvel POS System Event Log'", "CreationClassName=chars 'TQS_SystemEventLog'",
@@ -56,7 +56,7 @@ TEST_F(SystemEventLog, InstanceHasAllPropertiesInOrder) {
                     "SystemName=chars 'Quorvel POS Sensor Drivers and System Event Log'"));
 }
 
-TEST_F(SystemEventLog, LogWithoutLinesHasNoLogLines) {
+TEST_F(SystemEventLogTest, LogWithoutLinesHasNoLogLines) {
     m_log.setLogLines({});
     EXPECT_THAT(propertyNames(instance()),
                 ElementsAre("Caption", "CreationClassName", "Description", "DeviceID", "LogFull",
@@ -64,7 +64,7 @@ TEST_F(SystemEventLog, LogWithoutLinesHasNoLogLines) {
                             "SystemCreationClassName", "SystemName"));
 }
 
-TEST_F(SystemEventLog, ClearTakesTheLinesAloneAway) {
+TEST_F(SystemEventLogTest, ClearTakesTheLinesAloneAway) {
     m_log.clear();
     EXPECT_EQ(property("LogLines"), "absent");
     EXPECT_EQ(property("LogFull"), "boolean true");
@@ -73,12 +73,12 @@ TEST_F(SystemEventLog, ClearTakesTheLinesAloneAway) {
     EXPECT_EQ(property("LogMultipleEventTimeWindow"), "uint8 60");
 }
 
-TEST_F(SystemEventLog, SecondListOfLinesReplacesTheFirst) {
+TEST_F(SystemEventLogTest, SecondListOfLinesReplacesTheFirst) {
     m_log.setLogLines({"fourth"});
     EXPECT_EQ(property("LogLines"), "chars[] ['fourth']");
 }
 
-TEST_F(SystemEventLog, CountersComeOutAtTheirLimits) {
+TEST_F(SystemEventLogTest, CountersComeOutAtTheirLimits) {
     m_log.setLogMultipleEventCountIncrement(0);
     m_log.setLogMultipleEventTimeWindow(255);
     EXPECT_EQ(property("LogMultipleEventCountIncrement"), "uint8 0");
@@ -89,7 +89,7 @@ TEST_F(SystemEventLog, CountersComeOutAtTheirLimits) {
     EXPECT_EQ(property("LogMultipleEventTimeWindow"), "uint8 0");
 }
 
-TEST_F(SystemEventLog, SwitchesComeOutByThemselves) {
+TEST_F(SystemEventLogTest, SwitchesComeOutByThemselves) {
     m_log.setLogFull(false);
     EXPECT_EQ(property("LogFull"), "boolean false");
     EXPECT_EQ(property("LogValid"), "boolean true");
@@ -99,13 +99,13 @@ TEST_F(SystemEventLog, SwitchesComeOutByThemselves) {
     EXPECT_EQ(property("LogValid"), "boolean false");
 }
 
-TEST_F(SystemEventLog, PathEqualsTheInstancesPath) {
+TEST_F(SystemEventLogTest, PathEqualsTheInstancesPath) {
     const broker::ObjectPath path = broker::copyOut(m_log.getObjectPath(m_broker.handle()));
     EXPECT_EQ(describe(path), "root/cimv2:TQS_SystemEventLog Name=chars 'Quorvel POS System Event Log'");
     EXPECT_EQ(instance().path, path);
 }
 
-TEST_F(SystemEventLog, RefusedPropertyIsRaisedAtOnceAndTheLogKeepsItsValues) {
+TEST_F(SystemEventLogTest, RefusedPropertyIsThrownAtOnceAndTheLogKeepsItsValues) {
     const broker::Instance whole = instance();
     const Strings names = propertyNames(whole);
     ASSERT_EQ(names.size(), 12U);
@@ -118,19 +118,19 @@ TEST_F(SystemEventLog, RefusedPropertyIsRaisedAtOnceAndTheLogKeepsItsValues) {
     EXPECT_EQ(instance(), whole);
 }
 
-TEST_F(SystemEventLog, RefusedPathIsRaised) {
+TEST_F(SystemEventLogTest, RefusedPathIsThrown) {
     m_broker.planFault("newObjectPath", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_NAMESPACE);
     m_broker.planFault("newObjectPath", 2, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_CLASS);
     EXPECT_EQ(thrownCode([&] { m_log.getObjectPath(m_broker.handle()); }), CMPI_RC_ERR_INVALID_NAMESPACE);
     EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_CLASS);
 }
 
-TEST_F(SystemEventLog, RefusedInstanceIsRaised) {
+TEST_F(SystemEventLogTest, RefusedInstanceIsThrown) {
     m_broker.planFault("newInstance", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_CLASS);
     EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_CLASS);
 }
 
-TEST_F(SystemEventLog, RefusedOrMissingArrayIsRaised) {
+TEST_F(SystemEventLogTest, RefusedOrMissingArrayIsThrown) {
     m_broker.planFault("newArray", 1, broker::Fault::Refuse, CMPI_RC_ERR_INVALID_DATA_TYPE);
     m_broker.startRecording();
     EXPECT_EQ(thrownCode([&] { m_log.getInstance(m_broker.handle()); }), CMPI_RC_ERR_INVALID_DATA_TYPE);
@@ -142,7 +142,7 @@ TEST_F(SystemEventLog, RefusedOrMissingArrayIsRaised) {
     EXPECT_EQ(m_broker.recordedCalls().back().function, "newArray");
 }
 
-TEST_F(SystemEventLog, RefusedElementIsNotNoticed) {
+TEST_F(SystemEventLogTest, RefusedElementIsNotNoticed) {
     m_broker.planFault("setElementAt", 1, broker::Fault::Refuse);
     const broker::Instance made = instance();
     EXPECT_EQ(m_broker.faultsLeft(), 0U);
@@ -154,7 +154,7 @@ TEST_F(SystemEventLog, RefusedElementIsNotNoticed) {
     EXPECT_EQ(describe(lines->elements[2]), "chars 'third'");
 }
 
-TEST_F(SystemEventLog, RefusedKeyIsNotNoticed) {
+TEST_F(SystemEventLogTest, RefusedKeyIsNotNoticed) {
     m_broker.planFault("addKey", 1, broker::Fault::Refuse);
     m_broker.planFault("addKey", 2, broker::Fault::Refuse);
     EXPECT_EQ(describe(broker::copyOut(m_log.getObjectPath(m_broker.handle()))), "root/cimv2:TQS_SystemEventLog");

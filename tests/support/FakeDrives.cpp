@@ -19,8 +19,8 @@
 
 namespace {
 
-constexpr std::uint32_t identifyLength = 4096;
-constexpr std::uint32_t healthPageLength = 512;
+constexpr std::uint32_t IDENTIFY_LENGTH = 4096;
+constexpr std::uint32_t HEALTH_PAGE_LENGTH = 512;
 
 std::mutex guard;
 std::deque<drives::Expectation> expected;
@@ -146,11 +146,11 @@ drives::Expectation reading(drives::Expectation one, std::uint32_t length) {
     return one;
 }
 
-constexpr std::uint32_t allNamespaces = 0xFFFFFFFF;
+constexpr std::uint32_t ALL_NAMESPACES = 0xFFFFFFFF;
 
 // Get Features, Temperature Threshold, its default value.
 drives::Expectation threshold(const std::string& node, std::uint32_t kind, std::uint32_t result) {
-    drives::Expectation one = command(node, 0x0A, allNamespaces, 0x104);
+    drives::Expectation one = command(node, 0x0A, ALL_NAMESPACES, 0x104);
     one.command.cdw11 = kind;
     one.answer.result = result;
     return one;
@@ -174,7 +174,7 @@ Expectation namespaceIdQuery(const std::string& node, int answer) {
 }
 
 Expectation identifyController(const std::string& node, const Drive& drive) {
-    Expectation one = reading(command(node, 0x06, 0, 1), identifyLength);
+    Expectation one = reading(command(node, 0x06, 0, 1), IDENTIFY_LENGTH);
     putText(one.answer.data, 4, 20, drive.serial);
     putText(one.answer.data, 24, 40, drive.model);
     putText(one.answer.data, 64, 8, drive.firmware);
@@ -184,7 +184,7 @@ Expectation identifyController(const std::string& node, const Drive& drive) {
 }
 
 Expectation identifyNamespace(const std::string& node, std::uint32_t nsid) {
-    return reading(command(node, 0x06, nsid, 0), identifyLength);
+    return reading(command(node, 0x06, nsid, 0), IDENTIFY_LENGTH);
 }
 
 Expectation underThreshold(const std::string& node, std::uint32_t result) {
@@ -196,7 +196,7 @@ Expectation overThreshold(const std::string& node, std::uint32_t result) {
 }
 
 Expectation healthPage(const std::string& node, std::uint16_t kelvin) {
-    Expectation one = reading(command(node, 0x02, allNamespaces, 0x007F0002), healthPageLength);
+    Expectation one = reading(command(node, 0x02, ALL_NAMESPACES, 0x007F0002), HEALTH_PAGE_LENGTH);
     one.answer.data[1] = static_cast<std::uint8_t>(kelvin & 0xFF);
     one.answer.data[2] = static_cast<std::uint8_t>(kelvin >> 8);
     return one;

@@ -11,9 +11,9 @@
 namespace {
 
 // Digits for '0', lower-case hexadecimal ones for 'x', anything for '*'; the rest stands for itself.
-const std::string prefixForm = "00/00/0000 00:00:00.000\tP[xxxxxxxx] T[xxxxxxxx]\t";
-constexpr std::size_t processAt = 26;
-constexpr std::size_t threadAt = 38;
+const std::string PREFIX_FORM = "00/00/0000 00:00:00.000\tP[xxxxxxxx] T[xxxxxxxx]\t";
+constexpr std::size_t PROCESS_AT = 26;
+constexpr std::size_t THREAD_AT = 38;
 
 bool matches(char form, char got) {
     const bool isDigit = std::isdigit(static_cast<unsigned char>(got)) != 0;
@@ -23,10 +23,10 @@ bool matches(char form, char got) {
 }
 
 bool hasPrefix(const std::string& line) {
-    if (line.size() < prefixForm.size()) return false;
-    for (std::size_t i = 0; i < prefixForm.size(); ++i)
-        if (!matches(prefixForm[i], line[i])) return false;
-    return line.find('\t', prefixForm.size()) != std::string::npos;
+    if (line.size() < PREFIX_FORM.size()) return false;
+    for (std::size_t i = 0; i < PREFIX_FORM.size(); ++i)
+        if (!matches(PREFIX_FORM[i], line[i])) return false;
+    return line.find('\t', PREFIX_FORM.size()) != std::string::npos;
 }
 
 unsigned hexadecimal(const std::string& line, std::size_t at) {
@@ -39,12 +39,12 @@ std::string wordOf(const std::string& levelColumn) {
 }
 
 LogLine takeApart(const std::string& line) {
-    const std::size_t levelEnd = line.find('\t', prefixForm.size());
+    const std::size_t levelEnd = line.find('\t', PREFIX_FORM.size());
     LogLine parts;
-    parts.level = wordOf(line.substr(prefixForm.size(), levelEnd - prefixForm.size()));
+    parts.level = wordOf(line.substr(PREFIX_FORM.size(), levelEnd - PREFIX_FORM.size()));
     parts.message = line.substr(levelEnd + 1);
-    parts.process = hexadecimal(line, processAt);
-    parts.thread = hexadecimal(line, threadAt);
+    parts.process = hexadecimal(line, PROCESS_AT);
+    parts.thread = hexadecimal(line, THREAD_AT);
     return parts;
 }
 

@@ -59,11 +59,11 @@ bool makePrivate() {
 // inside the namespace; from there all mounts are in sight.
 void makePrivateFromChroot() {
     const Descriptor root("/", O_PATH | O_DIRECTORY);
-    const Descriptor folder(".", O_PATH | O_DIRECTORY);
+    const Descriptor directory(".", O_PATH | O_DIRECTORY);
     const Descriptor mounts("/proc/self/ns/mnt", O_RDONLY);
     if (setns(mounts.number(), CLONE_NEWNS) != 0) fail("setns");
     const int error = makePrivate() ? 0 : errno;
-    if (fchdir(root.number()) != 0 || chroot(".") != 0 || fchdir(folder.number()) != 0) {
+    if (fchdir(root.number()) != 0 || chroot(".") != 0 || fchdir(directory.number()) != 0) {
         std::perror("back into the chroot");  // outside of it nothing must go on
         std::abort();
     }

@@ -20,7 +20,7 @@ const fs::path ROOT = "/var/log/root";
 
 class PrivateMountsTest : public testing::Test {
   protected:
-    // A plain folder to be a root, on a mount that passes on what is mounted on it.
+    // A plain directory to be a root, on a mount that passes on what is mounted on it.
     void SetUp() override {
         REQUIRE_SANDBOX();
         fs::create_directories(ROOT / "proc");
@@ -35,7 +35,7 @@ class PrivateMountsTest : public testing::Test {
     }
 };
 
-bool isSameFolder(const char* one, const char* other) {
+bool isSameDirectory(const char* one, const char* other) {
     struct stat first {};
     struct stat second {};
     return stat(one, &first) == 0 && stat(other, &second) == 0 && first.st_dev == second.st_dev &&
@@ -52,7 +52,7 @@ int mountInChroot() {
         return 2;
     }
     if (mount("tmpfs", "/mine", "tmpfs", 0, nullptr) != 0 || mkdir("/mine/here", 0700) != 0) return 3;
-    return isSameFolder(".", "/proc") && access("/var", F_OK) != 0 ? 0 : 4;
+    return isSameDirectory(".", "/proc") && access("/var", F_OK) != 0 ? 0 : 4;
 }
 
 TEST_F(PrivateMountsTest, OfAChrootThatIsNoMountReachNobodyElse) {

@@ -19,9 +19,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Everything that the machine's own folders are still needed for lies below the private /var/log.
-const fs::path machineEtc = "/var/log/.machine-etc";
-const fs::path devStage = "/var/log/.dev";
+// Everything that the machine's own directories are still needed for lies below the private /var/log.
+const fs::path MACHINE_ETC = "/var/log/.machine-etc";
+const fs::path DEV_STAGE = "/var/log/.dev";
 
 std::string reason = "the program did not enter its sandbox";
 std::set<std::string> ownDeviceNames;
@@ -40,10 +40,10 @@ void mountMemory(const fs::path& target) {
 
 // The machine's entries, but for /etc/tarn, seen through symbolic links.
 void replaceEtc() {
-    fs::create_directory(machineEtc);
-    mountOver("/etc", machineEtc, "none", MS_BIND | MS_REC, nullptr);
+    fs::create_directory(MACHINE_ETC);
+    mountOver("/etc", MACHINE_ETC, "none", MS_BIND | MS_REC, nullptr);
     mountMemory("/etc");
-    for (const fs::directory_entry& entry : fs::directory_iterator(machineEtc)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(MACHINE_ETC)) {
         const fs::path own = "/etc" / entry.path().filename();
         if (own.filename() == "tarn") continue;
         fs::create_symlink(entry.is_symlink() ? fs::read_symlink(entry.path()) : entry.path(), own);
@@ -54,7 +54,7 @@ void replaceEtc() {
 void bindDevice(const std::string& name) {
     const fs::path machines = fs::path("/dev") / name;
     if (!fs::exists(machines)) return;
-    const fs::path own = devStage / name;
+    const fs::path own = DEV_STAGE / name;
     if (fs::is_directory(machines))
         fs::create_directory(own);
     else
@@ -63,16 +63,16 @@ void bindDevice(const std::string& name) {
 }
 
 void replaceDev() {
-    fs::create_directory(devStage);
-    mountMemory(devStage);
+    fs::create_directory(DEV_STAGE);
+    mountMemory(DEV_STAGE);
     for (const char* name : {"null", "zero", "full", "random", "urandom", "tty", "ptmx", "pts"}) bindDevice(name);
-    fs::create_directory(devStage / "shm");
-    fs::permissions(devStage / "shm", fs::perms::all | fs::perms::sticky_bit);
-    fs::create_symlink("/proc/self/fd", devStage / "fd");
-    fs::create_symlink("/proc/self/fd/0", devStage / "stdin");
-    fs::create_symlink("/proc/self/fd/1", devStage / "stdout");
-    fs::create_symlink("/proc/self/fd/2", devStage / "stderr");
-    mountOver(devStage.c_str(), "/dev", "none", MS_MOVE, nullptr);
+    fs::create_directory(DEV_STAGE / "shm");
+    fs::permissions(DEV_STAGE / "shm", fs::perms::all | fs::perms::sticky_bit);
+    fs::create_symlink("/proc/self/fd", DEV_STAGE / "fd");
+    fs::create_symlink("/proc/self/fd/0", DEV_STAGE / "stdin");
+    fs::create_symlink("/proc/self/fd/1", DEV_STAGE / "stdout");
+    fs::create_symlink("/proc/self/fd/2", DEV_STAGE / "stderr");
+    mountOver(DEV_STAGE.c_str(), "/dev", "none", MS_MOVE, nullptr);
     for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
         ownDeviceNames.insert(entry.path().filename());
 }
@@ -85,9 +85,9 @@ void makeNamespace() {
     replaceDev();
 }
 
-void emptyFolder(const fs::path& folder) {
-    fs::create_directories(folder);
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) fs::remove_all(entry.path());
+void emptyDirectory(const fs::path& directory) {
+    fs::create_directories(directory);
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) fs::remove_all(entry.path());
 }
 
 void writeFile(const fs::path& path, const std::string& contents) {
@@ -115,9 +115,9 @@ const std::string& whyUnavailable() {
 }
 
 void reset() {
-    if (!reason.empty()) throw std::runtime_error(reason);  // these would be the machine's folders
-    emptyFolder("/etc/tarn");
-    emptyFolder("/var/log/tarn");
+    if (!reason.empty()) throw std::runtime_error(reason);  // these would be the machine's directories
+    emptyDirectory("/etc/tarn");
+    emptyDirectory("/var/log/tarn");
     for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
         if (ownDeviceNames.count(entry.path().filename()) == 0) fs::remove_all(entry.path());
 }

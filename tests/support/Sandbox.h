@@ -1,9 +1,9 @@
-// Keeps the tests off the machine's /etc/tarn, /var/log/tarn and /dev: the process sees folders of its own there.
+// Keeps the tests off the machine's /etc/tarn, /var/log/tarn and /dev: the process sees directories of its own there.
 //
 // The test programs of the project link `test_support`, whose main() enters the namespace before any test runs.
-// /etc/tarn and /var/log/tarn are empty folders in memory then, also where the machine has none; the rest of /etc is
-// the machine's and the rest of /var/log is hidden. Of /dev only null, zero, full, random, urandom, tty, ptmx, pts, an
-// empty shm and the links to the standard streams are there. Where the system forbids it, the tests that need it are
+// /etc/tarn and /var/log/tarn are empty directories in memory then, also where the machine has none; the rest of /etc
+// is the machine's and the rest of /var/log is hidden. Of /dev only null, zero, full, random, urandom, tty, ptmx, pts,
+// an empty shm and the links to the standard streams are there. Where the system forbids it, the tests that need it are
 // skipped with the reason.
 #ifndef ZELSENSORS_TESTS_SANDBOX_H
 #define ZELSENSORS_TESTS_SANDBOX_H
@@ -15,7 +15,7 @@ namespace sandbox {
 // Why there is no private namespace; empty when there is one.
 const std::string& whyUnavailable();
 
-// Empties the three folders (what setUp of every test does).
+// Empties the three directories (what setUp of every test does).
 void reset();
 
 // Each writes the whole file, replacing it. Throws std::runtime_error on failure.

@@ -29,13 +29,13 @@ class SandboxTest : public testing::Test {
     void SetUp() override { REQUIRE_SANDBOX(); }
 };
 
-TEST_F(SandboxTest, FoldersAreOnMountsOfThisProcess) {
+TEST_F(SandboxTest, DirectoriesAreOnMountsOfThisProcess) {
     struct stat root {};
     struct stat own {};
     ASSERT_EQ(stat("/usr", &root), 0);
-    for (const char* folder : {"/etc/tarn", "/var/log/tarn", "/dev"}) {
-        ASSERT_EQ(stat(folder, &own), 0) << folder;
-        EXPECT_NE(own.st_dev, root.st_dev) << folder;
+    for (const char* directory : {"/etc/tarn", "/var/log/tarn", "/dev"}) {
+        ASSERT_EQ(stat(directory, &own), 0) << directory;
+        EXPECT_NE(own.st_dev, root.st_dev) << directory;
     }
     EXPECT_TRUE(std::filesystem::is_empty("/etc/tarn"));
     EXPECT_TRUE(std::filesystem::is_empty("/var/log/tarn"));
@@ -56,7 +56,7 @@ TEST_F(SandboxTest, StandardDevicesWork) {
     EXPECT_FALSE(full.good());
 }
 
-TEST_F(SandboxTest, ResetEmptiesTheFolders) {
+TEST_F(SandboxTest, ResetEmptiesTheDirectories) {
     sandbox::writeLogConfiguration("Level=3\n");
     sandbox::writeSensorConfiguration("NvmeReadings=1\n");
     std::ofstream("/var/log/tarn/tarn.log") << "text\n";

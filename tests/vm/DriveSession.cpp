@@ -112,9 +112,9 @@ bool isDrive(const std::string& name) {
 }
 
 unsigned openDescriptors() {
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc/self/fd"), closedir);
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir("/proc/self/fd"), closedir);
     unsigned count = 0;
-    while (readdir(folder.get()) != nullptr) ++count;
+    while (readdir(directory.get()) != nullptr) ++count;
     return count;
 }
 

@@ -53,13 +53,13 @@ TEST_F(NodesTest, PrivilegesLostAfterTheStartLookLikeZeroKelvinOrZero) {
                             "/dev/nvme1: Permission denied", OTHERS, "SSD1: 50", "SSD2: 50"));
 }
 
-TEST_F(NodesTest, FilesAndFoldersAreLeftOut) {
+TEST_F(NodesTest, FilesAndDirectoriesAreLeftOut) {
     EXPECT_THAT(section("a regular file and a directory"),
                 ElementsAre(FIRST, SECOND, THIRD, NO_DRIVE, NOT_IDENTIFIED, NO_DRIVE, NOT_IDENTIFIED, OTHERS));
     EXPECT_THAT(section("only a regular file"), ElementsAre("no drive sensors", NO_DRIVE, NOT_IDENTIFIED, OTHERS));
 }
 
-TEST_F(NodesTest, FilesAndFoldersInADrivesPlaceReadAsZeroKelvin) {
+TEST_F(NodesTest, FilesAndDirectoriesInADrivesPlaceReadAsZeroKelvin) {
     EXPECT_THAT(
         section("a file in a drive's place after start"),
         ElementsAre(FIRST, SECOND, THIRD, NO_DRIVE, NOT_IDENTIFIED, NO_DRIVE, NOT_IDENTIFIED, "SSD1: 65263",

@@ -1,11 +1,12 @@
 // An NVMe controller whose answers are scripted, as the kernel's NVMe/TCP driver meets it: the guest connects to it on
 // its own loopback. It has an admin queue only, and serves one connection at a time.
 //
-//     scripted_controller PORT FOLDER
+//     scripted_controller PORT DIRECTORY
 //
-// It goes into the background once connections can be made. FOLDER/behaviour holds lines KEY=NUMBER and is read anew
-// for each command; FOLDER/commands receives a line for each command of the driver or of its users. A command is called
-// controller, namespace (the two Identify commands), under, over (the two thresholds), health or other. The keys:
+// It goes into the background once connections can be made. DIRECTORY/behaviour holds lines KEY=NUMBER and is read anew
+// for each command; DIRECTORY/commands receives a line for each command of the driver or of its users. A command is
+// called controller, namespace (the two Identify commands), under, over (the two thresholds), health or other. The
+// keys:
 //
 //     temperature         in Kelvin, as it stands in the health page
 //     under, over         the thresholds' completion dword 0
@@ -122,7 +123,7 @@ Bytes makeUnit(std::uint8_t type, std::uint8_t flags, std::uint8_t headerSize, s
 
 class Controller {
   public:
-    Controller(unsigned port, std::string folder) : m_port(port), m_folder(std::move(folder)) {}
+    Controller(unsigned port, std::string directory) : m_port(port), m_directory(std::move(directory)) {}
 
     void serve(int socket) {
         const Connection connection(socket);
@@ -145,7 +146,7 @@ class Controller {
   private:
     void readBehaviour() {
         m_behaviour.clear();
-        std::ifstream file(m_folder + "/behaviour");
+        std::ifstream file(m_directory + "/behaviour");
         for (std::string line; std::getline(file, line);) {
             const std::size_t middle = line.find('=');
             if (middle != std::string::npos)
@@ -196,7 +197,7 @@ class Controller {
         for (const unsigned index : {2U, 3U, 12U, 13U, 14U, 15U}) {
             if (dword(index) != 0) line += " cdw" + std::to_string(index) + " " + std::to_string(dword(index));
         }
-        std::ofstream(m_folder + "/commands", std::ios::app) << line << '\n';
+        std::ofstream(m_directory + "/commands", std::ios::app) << line << '\n';
     }
 
     std::uint64_t resultOf(const std::string& name) const {
@@ -270,7 +271,7 @@ class Controller {
     }
 
     unsigned m_port;
-    std::string m_folder;
+    std::string m_directory;
     std::map<std::string, std::uint64_t> m_behaviour;
     std::uint64_t m_configuration = 0;
 };

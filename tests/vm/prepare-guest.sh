@@ -4,7 +4,7 @@
 #
 #     prepare-guest.sh KERNEL-CACHE GUEST PROGRAM-OR-LIBRARY...
 #
-# The kernel is Debian's package for clouds, fetched once for all build folders into KERNEL-CACHE and never installed.
+# The kernel is Debian's package for clouds, fetched once for all build directories into KERNEL-CACHE and never installed.
 # What makes the tests impossible here is told in GUEST/unavailable; the exit code is then 77, or 1 in CI.
 set -eu
 cache=$1
@@ -55,11 +55,11 @@ libraries_of() {
     for file; do ldd "$file"; done | awk '$2 == "=>" && $3 ~ /^\// { print $3 }' | sort -u
 }
 
-# copy FOLDER FILE...: without debug information, which the guest has no use for.
+# copy DIRECTORY FILE...: without debug information, which the guest has no use for.
 copy() {
-    folder=$1
+    directory=$1
     shift
-    for file; do strip --strip-debug -o "$folder/$(basename "$file")" "$file"; done
+    for file; do strip --strip-debug -o "$directory/$(basename "$file")" "$file"; done
 }
 
 rm -rf "$guest"

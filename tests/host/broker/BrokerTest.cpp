@@ -11,7 +11,7 @@ CMPIString* newString(Broker& broker) {
 
 }  // namespace
 
-TEST(Ownership, RequestFreesWhatWasMadeInIt) {
+TEST(OwnershipTest, RequestFreesWhatWasMadeInIt) {
     Broker broker;
     {
         Request request(broker);
@@ -24,7 +24,7 @@ TEST(Ownership, RequestFreesWhatWasMadeInIt) {
     EXPECT_EQ(0U, broker.liveObjects());
 }
 
-TEST(Ownership, InnermostRequestOwns) {
+TEST(OwnershipTest, InnermostRequestOwns) {
     Broker broker;
     const Request outer(broker);
     newString(broker);
@@ -38,7 +38,7 @@ TEST(Ownership, InnermostRequestOwns) {
     EXPECT_EQ(2U, broker.liveObjects());
 }
 
-TEST(Ownership, RequestsOfTwoBrokersDoNotMix) {
+TEST(OwnershipTest, RequestsOfTwoBrokersDoNotMix) {
     Broker one;
     Broker two;
     const Request requestOfOne(one);
@@ -51,7 +51,7 @@ TEST(Ownership, RequestsOfTwoBrokersDoNotMix) {
     EXPECT_EQ(0U, two.liveObjects());
 }
 
-TEST(Ownership, ObjectsOutsideEveryRequestStayWithTheBroker) {
+TEST(OwnershipTest, ObjectsOutsideEveryRequestStayWithTheBroker) {
     Broker broker;
     const CMPIString* string = newString(broker);
     { const Request request(broker); }
@@ -59,7 +59,7 @@ TEST(Ownership, ObjectsOutsideEveryRequestStayWithTheBroker) {
     EXPECT_EQ("text", textOf(string));
 }
 
-TEST(Ownership, ClonesLiveUntilTheyAreReleased) {
+TEST(OwnershipTest, ClonesLiveUntilTheyAreReleased) {
     Broker broker;
     CMPIString* clone = nullptr;
     {
@@ -74,7 +74,7 @@ TEST(Ownership, ClonesLiveUntilTheyAreReleased) {
     EXPECT_EQ(0U, broker.liveClones());
 }
 
-TEST(Ownership, OnlyClonesCanBeReleased) {
+TEST(OwnershipTest, OnlyClonesCanBeReleased) {
     Broker broker;
     Request request(broker);
     CMPIString* string = newString(broker);
@@ -85,7 +85,7 @@ TEST(Ownership, OnlyClonesCanBeReleased) {
     EXPECT_EQ(1U, broker.liveObjects());
 }
 
-TEST(Ownership, BrokerFreesForgottenClones) {
+TEST(OwnershipTest, BrokerFreesForgottenClones) {
     // A leak would be the address sanitizer's to tell.
     Broker broker;
     const CMPIString* string = newString(broker);

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr CMPIUint64 kSecond = 1000000;
+constexpr CMPIUint64 SECOND = 1000000;
 
 class DateTimeTest : public BrokerTest {
   protected:
@@ -20,28 +20,28 @@ class DateTimeTest : public BrokerTest {
 
 TEST_F(DateTimeTest, TimesAreWrittenInUtc) {
     EXPECT_EQ("19700101000000.000000+000", textOfBinary(0, false));
-    EXPECT_EQ("20240229235959.000042+000", textOfBinary(1709251199 * kSecond + 42, false));
-    EXPECT_EQ("99991231235959.999999+000", textOfBinary(253402300800 * kSecond - 1, false));
+    EXPECT_EQ("20240229235959.000042+000", textOfBinary(1709251199 * SECOND + 42, false));
+    EXPECT_EQ("99991231235959.999999+000", textOfBinary(253402300800 * SECOND - 1, false));
 }
 
 TEST_F(DateTimeTest, IntervalsAreWrittenInDays) {
     EXPECT_EQ("00000000000000.000000:000", textOfBinary(0, true));
-    EXPECT_EQ("00000001010101.000007:000", textOfBinary(90061 * kSecond + 7, true));
-    EXPECT_EQ("99999999235959.999999:000", textOfBinary(100000000 * 86400ULL * kSecond - 1, true));
+    EXPECT_EQ("00000001010101.000007:000", textOfBinary(90061 * SECOND + 7, true));
+    EXPECT_EQ("99999999235959.999999:000", textOfBinary(100000000 * 86400ULL * SECOND - 1, true));
 }
 
 TEST_F(DateTimeTest, DatesWithoutFormAreRefused) {
-    EXPECT_EQ("(none)", textOfBinary(253402300800 * kSecond, false));
+    EXPECT_EQ("(none)", textOfBinary(253402300800 * SECOND, false));
     EXPECT_EQ(CMPI_RC_ERR_INVALID_PARAMETER, status.rc);
-    EXPECT_EQ("(none)", textOfBinary(100000000 * 86400ULL * kSecond, true));
+    EXPECT_EQ("(none)", textOfBinary(100000000 * 86400ULL * SECOND, true));
 }
 
 TEST_F(DateTimeTest, TimesAreReadWithTheirOffset) {
     const CMPIDateTime* utc = fromChars("20240229235959.000042+000");
-    EXPECT_EQ(1709251199 * kSecond + 42, binaryOf(utc));
+    EXPECT_EQ(1709251199 * SECOND + 42, binaryOf(utc));
     EXPECT_EQ(0, utc->ft->isInterval(utc, nullptr));
-    EXPECT_EQ(1709251199 * kSecond - 3600 * kSecond, binaryOf(fromChars("20240229235959.000000+060")));
-    EXPECT_EQ(1709251199 * kSecond + 5400 * kSecond, binaryOf(fromChars("20240229235959.000000-090")));
+    EXPECT_EQ(1709251199 * SECOND - 3600 * SECOND, binaryOf(fromChars("20240229235959.000000+060")));
+    EXPECT_EQ(1709251199 * SECOND + 5400 * SECOND, binaryOf(fromChars("20240229235959.000000-090")));
 }
 
 TEST_F(DateTimeTest, TextIsGivenBackAsItWas) {
@@ -51,7 +51,7 @@ TEST_F(DateTimeTest, TextIsGivenBackAsItWas) {
 
 TEST_F(DateTimeTest, IntervalsAreRead) {
     const CMPIDateTime* interval = fromChars("00000001010101.000007:000");
-    EXPECT_EQ(90061 * kSecond + 7, binaryOf(interval));
+    EXPECT_EQ(90061 * SECOND + 7, binaryOf(interval));
     EXPECT_EQ(1, interval->ft->isInterval(interval, nullptr));
 }
 
@@ -87,6 +87,6 @@ TEST_F(DateTimeTest, NewDateTimeIsNow) {
 TEST_F(DateTimeTest, CloneIsReleased) {
     CMPIDateTime* clone = fromChars("20240229235959.000000+000");
     clone = clone->ft->clone(clone, nullptr);
-    EXPECT_EQ(1709251199 * kSecond, binaryOf(clone));
+    EXPECT_EQ(1709251199 * SECOND, binaryOf(clone));
     EXPECT_EQ(CMPI_RC_OK, clone->ft->release(clone).rc);
 }

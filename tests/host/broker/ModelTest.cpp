@@ -4,7 +4,7 @@
 
 using broker::Value;
 
-TEST(Model, KeysAndPropertiesAreFoundByName) {
+TEST(ModelTest, KeysAndPropertiesAreFoundByName) {
     broker::Instance instance;
     instance.path.keys = {{"Name", Value::ofText("a")}};
     instance.properties = {{"Count", Value::ofUnsigned(3)}};
@@ -15,7 +15,7 @@ TEST(Model, KeysAndPropertiesAreFoundByName) {
     EXPECT_EQ(nullptr, instance.findProperty("Name"));
 }
 
-TEST(Model, ValuesCompareByTypeAndContent) {
+TEST(ModelTest, ValuesCompareByTypeAndContent) {
     EXPECT_EQ(Value::ofSigned(-1), Value::ofSigned(-1));
     EXPECT_NE(Value::ofSigned(-1), Value::ofSigned(-2));
     EXPECT_NE(Value::ofText("a"), Value::ofText("a", CMPI_chars));
@@ -26,7 +26,7 @@ TEST(Model, ValuesCompareByTypeAndContent) {
     EXPECT_NE(Value::ofReal(0.5), Value::ofReal(0.25));
 }
 
-TEST(Model, ReferencesCompareByWhatTheyPointTo) {
+TEST(ModelTest, ReferencesCompareByWhatTheyPointTo) {
     Value left = Value::ofText("", CMPI_ref);
     Value right = left;
     left.path = std::make_shared<const broker::ObjectPath>(broker::ObjectPath{"", "ns", "A", {}});
@@ -36,7 +36,7 @@ TEST(Model, ReferencesCompareByWhatTheyPointTo) {
     EXPECT_NE(left, right);
 }
 
-TEST(Model, KindsOfValuesExcludeArraysAndOneAnother) {
+TEST(ModelTest, KindsOfValuesExcludeArraysAndOneAnother) {
     EXPECT_TRUE(Value::ofSigned(1, CMPI_sint8).isSigned());
     EXPECT_FALSE(Value::ofSigned(1, CMPI_sint8).isUnsigned());
     EXPECT_TRUE(Value::ofUnsigned(1, CMPI_uint64).isUnsigned());

@@ -2,13 +2,13 @@
 
 #include "broker/Names.h"
 
-TEST(Names, CompareWithoutRegardToCase) {
+TEST(NamesTest, CompareWithoutRegardToCase) {
     EXPECT_TRUE(broker::sameName("DeviceID", "deviceid"));
     EXPECT_FALSE(broker::sameName("DeviceID", "DeviceIDs"));
     EXPECT_FALSE(broker::sameName("a[", "a{"));
 }
 
-TEST(Names, StatusesHaveTheirCmpiNames) {
+TEST(NamesTest, StatusesHaveTheirCmpiNames) {
     EXPECT_EQ("CMPI_RC_OK", broker::nameOfStatus(0));
     EXPECT_EQ("CMPI_RC_ERR_FAILED", broker::nameOfStatus(1));
     EXPECT_EQ("CMPI_RC_ERR_NO_SUCH_PROPERTY", broker::nameOfStatus(12));
@@ -17,7 +17,7 @@ TEST(Names, StatusesHaveTheirCmpiNames) {
     EXPECT_EQ("CMPI_RC_77", broker::nameOfStatus(77));
 }
 
-TEST(Names, TypesHaveTheirMofNames) {
+TEST(NamesTest, TypesHaveTheirMofNames) {
     EXPECT_EQ("sint32", broker::nameOfType(CMPI_sint32));
     EXPECT_EQ("string", broker::nameOfType(CMPI_chars));
     EXPECT_EQ("datetime", broker::nameOfType(CMPI_dateTime));

@@ -13,7 +13,7 @@ CMPIObjectPath* newPath(const CMPIBroker* mb) {
 
 }  // namespace
 
-TEST(Options, VersionsAndNameAreAnnounced) {
+TEST(OptionsTest, VersionsAndNameAreAnnounced) {
     BrokerOptions options;
     options.name = "old";
     options.brokerVersion = 0;
@@ -33,7 +33,7 @@ TEST(Options, VersionsAndNameAreAnnounced) {
     EXPECT_EQ(1, request.result()->ft->ftVersion);
 }
 
-TEST(Options, Level200IsOfferedUnlessTurnedOff) {
+TEST(OptionsTest, Level200IsOfferedUnlessTurnedOff) {
     Broker full;
     EXPECT_EQ(200, full.handle()->bft->brokerVersion);
     EXPECT_NE(nullptr, full.handle()->eft->newCMPIError);
@@ -51,7 +51,7 @@ TEST(Options, Level200IsOfferedUnlessTurnedOff) {
     EXPECT_EQ(nullptr, mb->eft->newInstance(mb, newPath(mb), nullptr)->ft->setPropertyWithOrigin);
 }
 
-TEST(Options, NotFoundCodeIsTheChosenOne) {
+TEST(OptionsTest, NotFoundCodeIsTheChosenOne) {
     BrokerOptions options;
     options.notFound = CMPI_RC_ERR_NOT_FOUND;
     Broker broker(options);
@@ -62,7 +62,7 @@ TEST(Options, NotFoundCodeIsTheChosenOne) {
     EXPECT_EQ(CMPI_RC_ERR_NOT_FOUND, status.rc);
 }
 
-TEST(Options, StrictArraysTakeTheirTypeAlone) {
+TEST(OptionsTest, StrictArraysTakeTheirTypeAlone) {
     BrokerOptions options;
     options.strictElementTypes = true;
     Broker broker(options);
@@ -78,7 +78,7 @@ TEST(Options, StrictArraysTakeTheirTypeAlone) {
     EXPECT_EQ(CMPI_RC_ERR_TYPE_MISMATCH, instance->ft->setProperty(instance, "List", &value, CMPI_charsA).rc);
 }
 
-TEST(Options, NullElementsCanBeRefused) {
+TEST(OptionsTest, NullElementsCanBeRefused) {
     BrokerOptions options;
     options.refusesNullElements = true;
     Broker broker(options);
@@ -87,7 +87,7 @@ TEST(Options, NullElementsCanBeRefused) {
     EXPECT_EQ(CMPI_RC_ERR_INVALID_PARAMETER, array->ft->setElementAt(array, 0, nullptr, CMPI_string).rc);
 }
 
-TEST(Options, IntegerKeysCanComeBackAsSint64) {
+TEST(OptionsTest, IntegerKeysCanComeBackAsSint64) {
     BrokerOptions options;
     options.integerKeysAsSint64 = true;
     Broker broker(options);
@@ -109,7 +109,7 @@ TEST(Options, IntegerKeysCanComeBackAsSint64) {
     EXPECT_EQ(CMPI_uint32, given->ft->getKey(given, "Number", nullptr).type);
 }
 
-TEST(Options, CharsCanStayChars) {
+TEST(OptionsTest, CharsCanStayChars) {
     BrokerOptions options;
     options.charsStayChars = true;
     Broker broker(options);

@@ -14,7 +14,7 @@ using testing::HasSubstr;
 
 namespace {
 
-const ObjectPath kPath{"", "root/cimv2", "Test_Class", {{"Id", Value::ofText("seven")}}};
+const ObjectPath PATH{"", "root/cimv2", "Test_Class", {{"Id", Value::ofText("seven")}}};
 
 class EchoTest : public testing::Test {
   protected:
@@ -27,7 +27,7 @@ class EchoTest : public testing::Test {
     ProviderLibrary library{TEST_PROVIDER};
 };
 
-template <class Action>
+template <typename Action>
 std::string loadErrorOf(Action action) {
     try {
         action();
@@ -39,7 +39,7 @@ std::string loadErrorOf(Action action) {
 
 }  // namespace
 
-TEST(ProviderLibrary, MissingLibraryIsALoadErrorWithThePath) {
+TEST(ProviderLibraryTest, MissingLibraryIsALoadErrorWithThePath) {
     EXPECT_THAT(loadErrorOf([] { ProviderLibrary("/nowhere/libnone.so"); }),
                 HasSubstr("cannot load /nowhere/libnone.so: "));
 }
@@ -68,7 +68,7 @@ TEST_F(EchoTest, FactoryIsCalledInARequestOfItsOwn) {
 
 TEST_F(EchoTest, NamesAreCollected) {
     InstanceProvider echo(library, "Echo", broker);
-    const Reply reply = echo.enumerateInstanceNames(kPath);
+    const Reply reply = echo.enumerateInstanceNames(PATH);
     EXPECT_EQ(CMPI_RC_OK, reply.status.rc);
     EXPECT_EQ(std::nullopt, reply.status.message);
     EXPECT_EQ((std::vector<ObjectPath>{{"", "root/echo", "Test_Class", {{"Id", Value::ofText("1", CMPI_chars)}}},
@@ -80,12 +80,12 @@ TEST_F(EchoTest, NamesAreCollected) {
 
 TEST_F(EchoTest, PropertiesAreListedOrNullForAll) {
     InstanceProvider echo(library, "Echo", broker);
-    const Reply all = echo.enumerateInstances(kPath);
+    const Reply all = echo.enumerateInstances(PATH);
     ASSERT_EQ(1U, all.instances.size());
     EXPECT_EQ((std::vector<broker::NamedValue>{{"NameSpace", Value::ofText("root/cimv2")},
                                                {"All", Value::null(CMPI_string)}}),
               all.instances[0].properties);
-    const Reply listed = echo.enumerateInstances(kPath, {"A", "B"});
+    const Reply listed = echo.enumerateInstances(PATH, {"A", "B"});
     ASSERT_EQ(1U, listed.instances.size());
     EXPECT_EQ((std::vector<broker::NamedValue>{{"NameSpace", Value::ofText("root/cimv2")},
                                                {"A", Value::null(CMPI_string)},
@@ -95,31 +95,31 @@ TEST_F(EchoTest, PropertiesAreListedOrNullForAll) {
 
 TEST_F(EchoTest, StatusOutlivesTheRequest) {
     InstanceProvider echo(library, "Echo", broker);
-    const Reply reply = echo.getInstance(kPath);
+    const Reply reply = echo.getInstance(PATH);
     EXPECT_EQ(CMPI_RC_ERR_NOT_FOUND, reply.status.rc);
     EXPECT_EQ("no seven", reply.status.message);
-    EXPECT_EQ("no sevenP", echo.getInstance(kPath, {"P"}).status.message);
-    const Reply query = echo.execQuery(kPath, "select *", "WQL");
+    EXPECT_EQ("no sevenP", echo.getInstance(PATH, {"P"}).status.message);
+    const Reply query = echo.execQuery(PATH, "select *", "WQL");
     EXPECT_EQ(CMPI_RC_ERR_INVALID_QUERY, query.status.rc);
     EXPECT_EQ("WQL: select *", query.status.message);
 }
 
 TEST_F(EchoTest, InstancesArePassedIn) {
     InstanceProvider echo(library, "Echo", broker);
-    const broker::Instance instance{kPath, {{"Count", Value::ofUnsigned(3)}}};
-    const Reply created = echo.createInstance(kPath, instance);
-    EXPECT_EQ((std::vector<ObjectPath>{kPath}), created.paths);
+    const broker::Instance instance{PATH, {{"Count", Value::ofUnsigned(3)}}};
+    const Reply created = echo.createInstance(PATH, instance);
+    EXPECT_EQ((std::vector<ObjectPath>{PATH}), created.paths);
     EXPECT_EQ((std::vector<broker::Instance>{instance}), created.instances);
-    const Reply modified = echo.modifyInstance(kPath, instance);
+    const Reply modified = echo.modifyInstance(PATH, instance);
     EXPECT_EQ((std::vector<broker::Instance>{instance}), modified.instances);
     EXPECT_EQ("all", modified.status.message);
-    EXPECT_EQ("Count", echo.modifyInstance(kPath, instance, {"Count"}).status.message);
+    EXPECT_EQ("Count", echo.modifyInstance(PATH, instance, {"Count"}).status.message);
 }
 
 TEST_F(EchoTest, DestructorCleansUpAndClonesAreGone) {
     {
         InstanceProvider echo(library, "Echo", broker);
-        EXPECT_EQ(CMPI_RC_OK, echo.deleteInstance(kPath).status.rc);
+        EXPECT_EQ(CMPI_RC_OK, echo.deleteInstance(PATH).status.rc);
         EXPECT_EQ(1U, broker.liveClones());
     }
     EXPECT_EQ(1, cleanups(true));

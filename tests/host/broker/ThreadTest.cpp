@@ -34,7 +34,7 @@ TEST_F(ThreadTest, ThreadThatNeverDetachesCountsAsLeftOver) {
     EXPECT_EQ(1U, broker.liveObjects());
 }
 
-TEST(Threads, RequestsRunSideBySide) {
+TEST(ThreadsTest, RequestsRunSideBySide) {
     broker::Broker shared;
     const CMPIBroker* mb = shared.handle();
     std::vector<std::thread> threads;

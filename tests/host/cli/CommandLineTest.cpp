@@ -43,7 +43,7 @@ void expectWrongUsage(const std::vector<const char*>& arguments, const std::stri
     EXPECT_EQ(result.errors, "zelhost: " + complaint + "\nSee zelhost " + command + "--help.\n");
 }
 
-TEST(CommandLine, Defaults) {
+TEST(CommandLineTest, Defaults) {
     const Read result = read({"instances"});
     ASSERT_EQ(result.ended, std::nullopt) << result.errors;
     EXPECT_EQ(result.options.request.command, Command::Instances);
@@ -55,13 +55,13 @@ TEST(CommandLine, Defaults) {
               "");
 }
 
-TEST(CommandLine, ClassOfNamesAndInstances) {
+TEST(CommandLineTest, ClassOfNamesAndInstances) {
     EXPECT_EQ(read({"names", "TQS_SystemEventLog"}).options.request.className, "TQS_SystemEventLog");
     EXPECT_EQ(read({"names"}).options.request.command, Command::Names);
     EXPECT_EQ(read({"instances", "X"}).options.request.className, "X");
 }
 
-TEST(CommandLine, GetTakesANameAndAClass) {
+TEST(CommandLineTest, GetTakesANameAndAClass) {
     const Options options = read({"get", "CPU(0000001a)", "--class", "X"}).options;
     EXPECT_EQ(options.request.command, Command::Get);
     EXPECT_EQ(options.request.instanceName, "CPU(0000001a)");
@@ -69,12 +69,12 @@ TEST(CommandLine, GetTakesANameAndAClass) {
     EXPECT_EQ(read({"get", "--", "-5 V(00000001)"}).options.request.instanceName, "-5 V(00000001)");
 }
 
-TEST(CommandLine, LogAsksForTheEventLogsClass) {
+TEST(CommandLineTest, LogAsksForTheEventLogsClass) {
     EXPECT_EQ(read({"log"}).options.request.command, Command::Log);
     EXPECT_EQ(read({"log"}).options.request.className, "TQS_SystemEventLog");
 }
 
-TEST(CommandLine, WatchTakesIntervalAndCount) {
+TEST(CommandLineTest, WatchTakesIntervalAndCount) {
     const Options options = read({"watch", "--interval", "0.5", "--count", "3"}).options;
     EXPECT_EQ(options.request.command, Command::Watch);
     EXPECT_EQ(options.interval, 0.5);
@@ -82,7 +82,7 @@ TEST(CommandLine, WatchTakesIntervalAndCount) {
     EXPECT_EQ(read({"watch"}).options.rounds, 0U);
 }
 
-TEST(CommandLine, WritingCommands) {
+TEST(CommandLineTest, WritingCommands) {
     EXPECT_EQ(read({"create"}).options.request.command, Command::Create);
     EXPECT_EQ(read({"modify", "N"}).options.request.command, Command::Modify);
     EXPECT_EQ(read({"delete", "N"}).options.request.command, Command::Delete);
@@ -93,14 +93,14 @@ TEST(CommandLine, WritingCommands) {
     EXPECT_EQ(read({"query", "x"}).options.request.queryLanguage, "WQL");
 }
 
-TEST(CommandLine, VerifyTakesSchemaFilesInTheirOrder) {
+TEST(CommandLineTest, VerifyTakesSchemaFilesInTheirOrder) {
     EXPECT_EQ(read({"verify"}).options.request.command, Command::Verify);
     EXPECT_TRUE(read({"verify"}).options.schema.empty());
     EXPECT_EQ(read({"verify", "--schema", "q.mof", "--schema", "a.mof"}).options.schema,
               (std::vector<std::string>{"q.mof", "a.mof"}));
 }
 
-TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
+TEST(CommandLineTest, CommonOptionsBeforeAndAfterTheCommand) {
     const Options options =
         read({"--provider", "/p.so", "--provider-name", "N", "instances", "--chip", "/c", "--scenario", "s",
               "--namespace", "root", "--format", "json", "--provider-output", "-"})
@@ -116,7 +116,7 @@ TEST(CommandLine, CommonOptionsBeforeAndAfterTheCommand) {
     EXPECT_EQ(read({"log", "--format", "table"}).options.format, Format::Table);
 }
 
-TEST(CommandLine, OptionsOfOneCommandBeforeAndAfterIt) {
+TEST(CommandLineTest, OptionsOfOneCommandBeforeAndAfterIt) {
     const Options watch = read({"--interval", "1", "--count", "7", "watch"}).options;
     EXPECT_EQ(watch.request.command, Command::Watch);
     EXPECT_EQ(watch.interval, 1);
@@ -134,7 +134,7 @@ TEST(CommandLine, OptionsOfOneCommandBeforeAndAfterIt) {
               (std::vector<std::string>{"q.mof", "a.mof"}));
 }
 
-TEST(CommandLine, OptionOfAnotherCommandIsRefusedWhereverItStands) {
+TEST(CommandLineTest, OptionOfAnotherCommandIsRefusedWhereverItStands) {
     expectWrongUsage({"instances", "--schema", "q.mof"}, "instances has no option --schema", "instances ");
     expectWrongUsage({"--schema", "q.mof", "instances"}, "instances has no option --schema", "instances ");
     expectWrongUsage({"names", "--interval", "1"}, "names has no option --interval", "names ");
@@ -143,14 +143,14 @@ TEST(CommandLine, OptionOfAnotherCommandIsRefusedWhereverItStands) {
     expectWrongUsage({"get", "--language", "CQL", "X"}, "get has no option --language", "get ");
 }
 
-TEST(CommandLine, CommandsWordIsAnOrdinaryArgumentAfterTheCommand) {
+TEST(CommandLineTest, CommandsWordIsAnOrdinaryArgumentAfterTheCommand) {
     EXPECT_EQ(read({"get", "log"}).options.request.instanceName, "log");
     EXPECT_EQ(read({"get", "help"}).options.request.instanceName, "help");
     EXPECT_EQ(read({"names", "version"}).options.request.className, "version");
     EXPECT_EQ(read({"names", "version"}).options.request.command, Command::Names);
 }
 
-TEST(CommandLine, UnknownWordsAreNamedWithWhatMayBeMeant) {
+TEST(CommandLineTest, UnknownWordsAreNamedWithWhatMayBeMeant) {
     expectWrongUsage({"frobnicate"}, "there is no command frobnicate");
     expectWrongUsage({"instnces"}, "there is no command instnces; did you mean instances?");
     expectWrongUsage({"instnces", "--help"}, "there is no command instnces; did you mean instances?");
@@ -164,7 +164,7 @@ TEST(CommandLine, UnknownWordsAreNamedWithWhatMayBeMeant) {
     expectWrongUsage({"names", "-x"}, "there is no option -x", "names ");
 }
 
-TEST(CommandLine, TooManyAndTooFewWordsAreNamed) {
+TEST(CommandLineTest, TooManyAndTooFewWordsAreNamed) {
     expectWrongUsage({"instances", "A", "B"}, "instances: there is an argument too many: B", "instances ");
     expectWrongUsage({"verify", "TQS_NumericSensor"}, "verify: there is an argument too many: TQS_NumericSensor",
                      "verify ");
@@ -179,14 +179,14 @@ TEST(CommandLine, TooManyAndTooFewWordsAreNamed) {
     expectWrongUsage({"--format", "json", "names", "--format", "mof"}, "--format is given more than once", "names ");
 }
 
-TEST(CommandLine, FormatsAreTheThreeWords) {
+TEST(CommandLineTest, FormatsAreTheThreeWords) {
     for (const std::string word : {"xml", "csv", "1", "JSON", ""}) {
         expectWrongUsage({"instances", "--format", word.c_str()},
                          "--format: '" + word + "' is not one of table, json, mof", "instances ");
     }
 }
 
-TEST(CommandLine, WatchRefusesNumbersWithoutSense) {
+TEST(CommandLineTest, WatchRefusesNumbersWithoutSense) {
     for (const std::string text : {"0", "0.09", "-1", "86400.1", "soon", "nan", "-nan", "inf", "-inf", "1s", " 1"}) {
         expectWrongUsage({"watch", "--interval", text.c_str()},
                          "--interval: '" + text + "' is not a number of seconds from 0.1 to 86400", "watch ");
@@ -197,18 +197,18 @@ TEST(CommandLine, WatchRefusesNumbersWithoutSense) {
     }
 }
 
-TEST(CommandLine, WatchTakesTheEndsOfTheRanges) {
+TEST(CommandLineTest, WatchTakesTheEndsOfTheRanges) {
     EXPECT_EQ(read({"watch", "--interval", "0.1"}).options.interval, 0.1);
     EXPECT_EQ(read({"watch", "--interval", "86400"}).options.interval, 86400);
     EXPECT_EQ(read({"watch", "--count", "4294967295"}).options.rounds, 4294967295U);
 }
 
-TEST(CommandLine, WatchOfTheEventLogPointsToLog) {
+TEST(CommandLineTest, WatchOfTheEventLogPointsToLog) {
     expectWrongUsage({"watch", "TQS_SystemEventLog"}, "watch: TQS_SystemEventLog has no readings; log shows it",
                      "watch ");
 }
 
-TEST(CommandLine, HelpIsFineAndTellsTheExitCodes) {
+TEST(CommandLineTest, HelpIsFineAndTellsTheExitCodes) {
     const Read result = read({"--help"});
     EXPECT_EQ(result.ended, 0);
     EXPECT_EQ(result.errors, "");
@@ -220,7 +220,7 @@ TEST(CommandLine, HelpIsFineAndTellsTheExitCodes) {
     }
 }
 
-TEST(CommandLine, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
+TEST(CommandLineTest, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
     const std::string get = read({"get", "--help"}).output;
     EXPECT_THAT(get, StartsWith("Show one instance with all its properties\nUsage: zelhost get [OPTIONS] NAME\n"));
     for (const char* option :
@@ -237,7 +237,7 @@ TEST(CommandLine, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
     EXPECT_THAT(watch, Not(HasSubstr("--class")));
 }
 
-TEST(CommandLine, HelpAndVersionAlsoAsWordsAndLetters) {
+TEST(CommandLineTest, HelpAndVersionAlsoAsWordsAndLetters) {
     const std::string help = read({"--help"}).output;
     for (const std::vector<const char*>& same : {std::vector<const char*>{"help"}, {"-h"}}) {
         EXPECT_EQ(read(same).ended, 0);
@@ -254,7 +254,7 @@ TEST(CommandLine, HelpAndVersionAlsoAsWordsAndLetters) {
     }
 }
 
-TEST(CommandLine, WithoutCommandTheHelpIsTheComplaint) {
+TEST(CommandLineTest, WithoutCommandTheHelpIsTheComplaint) {
     EXPECT_EQ(read({}).ended, 2);
     EXPECT_EQ(read({}).output, "");
     EXPECT_EQ(read({}).errors, read({"--help"}).output);

@@ -12,28 +12,28 @@
 namespace {
 
 namespace fs = std::filesystem;
-using host::Choice;
 using host::choose;
+using host::InstallTree;
+using host::installTree;
+using host::LibraryChoice;
 using host::Options;
-using host::OwnTree;
-using host::ownTree;
 using testing::HasSubstr;
 
 class LocationsTest : public testing::Test {
   protected:
     LocationsTest() {
         std::string pattern = fs::temp_directory_path() / "zelhost-locations-XXXXXX";
-        m_folder = mkdtemp(pattern.data());
+        m_directory = mkdtemp(pattern.data());
     }
-    ~LocationsTest() override { fs::remove_all(m_folder); }
+    ~LocationsTest() override { fs::remove_all(m_directory); }
 
     std::string make(const fs::path& file) const {
-        const fs::path full = (m_folder / file).lexically_normal();
+        const fs::path full = (m_directory / file).lexically_normal();
         fs::create_directories(full.parent_path());
         std::ofstream(full) << "x";
         return full;
     }
-    std::string complaint(const Options& options, const OwnTree& tree) const {
+    std::string complaint(const Options& options, const InstallTree& tree) const {
         try {
             choose(options, tree);
         } catch (const host::UsageError& error) {
@@ -42,7 +42,7 @@ class LocationsTest : public testing::Test {
         return "";
     }
 
-    fs::path m_folder;
+    fs::path m_directory;
 };
 
 TEST_F(LocationsTest, BuildTree) {
@@ -51,7 +51,7 @@ TEST_F(LocationsTest, BuildTree) {
     const std::string chip = make("chipsim/libzelchip.so.0");
     const std::string scenario = make("host/scenarios/healthy.toml");
     const std::string schema = make("host/schema/tqs.mof");
-    const OwnTree tree = ownTree(m_folder / "host");
+    const InstallTree tree = installTree(m_directory / "host");
     EXPECT_EQ(tree.provider, provider);
     EXPECT_EQ(tree.simulatedChip, chip);
     EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
@@ -65,7 +65,7 @@ TEST_F(LocationsTest, InstalledTree) {
     const std::string chip = make(libraries / "zelsensors/libzelchip.so.0");
     const std::string scenario = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/scenarios/healthy.toml");
     const std::string schema = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/schema/tqs.mof");
-    const OwnTree tree = ownTree(fs::path(program).parent_path());
+    const InstallTree tree = installTree(fs::path(program).parent_path());
     EXPECT_EQ(tree.provider, provider);
     EXPECT_EQ(tree.simulatedChip, chip);
     EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
@@ -73,16 +73,16 @@ TEST_F(LocationsTest, InstalledTree) {
 }
 
 TEST_F(LocationsTest, NothingThereLeavesTheChoiceToTheLoader) {
-    const OwnTree tree = ownTree(m_folder);
+    const InstallTree tree = installTree(m_directory);
     EXPECT_EQ(tree.provider, "libzelsensors.so.0");
     EXPECT_EQ(tree.simulatedChip, "");
-    const Choice choice = choose(Options(), tree);
+    const LibraryChoice choice = choose(Options(), tree);
     EXPECT_EQ(choice.chip, "");
     EXPECT_FALSE(choice.isChipSimulated);
 }
 
 TEST_F(LocationsTest, OwnSimulatedChipIsTheDefault) {
-    const Choice choice = choose(Options(), {"/own/provider", "/own/chip", "", ""});
+    const LibraryChoice choice = choose(Options(), {"/own/provider", "/own/chip", "", ""});
     EXPECT_EQ(choice.provider, "/own/provider");
     EXPECT_EQ(choice.chip, "/own/chip");
     EXPECT_TRUE(choice.isChipSimulated);
@@ -92,12 +92,12 @@ TEST_F(LocationsTest, OwnSimulatedChipIsTheDefault) {
 TEST_F(LocationsTest, SystemsChipByItsWord) {
     Options options;
     options.chip = "system";
-    const Choice choice = choose(options, {"/own/provider", "/own/chip", "", ""});
+    const LibraryChoice choice = choose(options, {"/own/provider", "/own/chip", "", ""});
     EXPECT_EQ(choice.chip, "");
     EXPECT_FALSE(choice.isChipSimulated);
 }
 
-TEST_F(LocationsTest, ChipByFileOrFolder) {
+TEST_F(LocationsTest, ChipByFileOrDirectory) {
     Options options;
     options.chip = make("other/libzelchip.so.0");
     EXPECT_EQ(choose(options, {}).chip, options.chip);
@@ -116,34 +116,34 @@ TEST_F(LocationsTest, ScenarioByName) {
 }
 
 TEST_F(LocationsTest, UnknownScenarioListsTheNamesThatThereAre) {
-    const fs::path folder = fs::path(make("scenarios/warm.toml")).parent_path();
+    const fs::path directory = fs::path(make("scenarios/warm.toml")).parent_path();
     make("scenarios/cold.toml");
     make("scenarios/notes.txt");
     Options options;
     options.scenario = "tepid";
-    EXPECT_EQ(complaint(options, {"p", "c", folder, ""}),
-              "there is no scenario tepid in " + folder.string() + "; there are: cold, warm");
+    EXPECT_EQ(complaint(options, {"p", "c", directory, ""}),
+              "there is no scenario tepid in " + directory.string() + "; there are: cold, warm");
 }
 
 TEST_F(LocationsTest, ScenarioByFile) {
     Options options;
     options.scenario = make("mine.toml");
     EXPECT_EQ(choose(options, {"p", "c", "", ""}).scenario, options.scenario);
-    options.scenario = m_folder / "missing.toml";
+    options.scenario = m_directory / "missing.toml";
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "there is no scenario file " + options.scenario);
 }
 
 TEST_F(LocationsTest, ScenarioThatIsNoFileIsToldAsWhatItIs) {
     Options options;
-    options.scenario = m_folder;
+    options.scenario = m_directory;
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}),
-              "the scenario " + m_folder.string() + " is a folder; a scenario is a file");
+              "the scenario " + m_directory.string() + " is a directory; a scenario is a file");
     options.scenario = "/dev/null";
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "the scenario /dev/null is not a regular file");
-    options.scenario = m_folder / "pipe";
+    options.scenario = m_directory / "pipe";
     ASSERT_EQ(mkfifo(options.scenario.c_str(), 0600), 0);
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "the scenario " + options.scenario + " is not a regular file");
-    options.scenario = m_folder / std::string(300, 'x');
+    options.scenario = m_directory / std::string(300, 'x');
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}),
               "the scenario " + options.scenario + " cannot be read: File name too long");
 }

@@ -28,17 +28,17 @@ class ProgramTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 
-    ProgramEnd run(Arguments arguments, const std::string& scenario = kTwoSensors) const {
-        const Arguments chosen{"--scenario", m_folder.write("scenario.toml", scenario)};
+    ProgramEnd run(Arguments arguments, const std::string& scenario = TWO_SENSORS) const {
+        const Arguments chosen{"--scenario", m_directory.write("scenario.toml", scenario)};
         arguments.insert(arguments.begin(), chosen.begin(), chosen.end());
         return runProgram(arguments);
     }
 
-    TestFolder m_folder;
+    TestDirectory m_directory;
 };
 
 // Line 3 is wrong.
-constexpr const char* kFaultyScenario = "model = \"none\"\n[[sensor]]\nhandle = \"x\"\n";
+constexpr const char* FAULTY_SCENARIO = "model = \"none\"\n[[sensor]]\nhandle = \"x\"\n";
 
 std::string contentsOf(const std::string& file) {
     std::ostringstream text;
@@ -139,7 +139,7 @@ TEST_F(ProgramTest, UnknownScenarioListsThoseThatThereAre) {
 }
 
 TEST_F(ProgramTest, ScenarioOfTheEnvironmentIsKept) {
-    const std::string file = m_folder.write("mine.toml", kTwoSensors);
+    const std::string file = m_directory.write("mine.toml", TWO_SENSORS);
     EXPECT_THAT(runProgram({"names"}, {"ZELCHIP_SCENARIO=" + file}).output, HasSubstr("\nCPU(00000001)\n"));
 }
 
@@ -160,7 +160,7 @@ TEST_F(ProgramTest, WrongClassAndNamespaceAreTheProvidersErrors) {
 }
 
 TEST_F(ProgramTest, PartialListComesWithItsError) {
-    const ProgramEnd end = run({"instances", "--format", "json"}, kFailingSensor);
+    const ProgramEnd end = run({"instances", "--format", "json"}, FAILING_SENSOR);
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.errors, "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n");
     const json document = jsonIn(end);
@@ -170,16 +170,16 @@ TEST_F(ProgramTest, PartialListComesWithItsError) {
     EXPECT_EQ(document["instances"][0]["properties"]["CurrentReading"], 7);
 }
 
-class RefusedCommand : public ProgramTest, public testing::WithParamInterface<Arguments> {};
+class RefusedCommandTest : public ProgramTest, public testing::WithParamInterface<Arguments> {};
 
-TEST_P(RefusedCommand, ShowsTheRefusal) {
+TEST_P(RefusedCommandTest, ShowsTheRefusal) {
     const ProgramEnd end = run(GetParam());
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.output, "");
     EXPECT_EQ(end.errors, "zelhost: the provider answered 7 CMPI_RC_ERR_NOT_SUPPORTED\n");
 }
 
-TEST_P(RefusedCommand, HasTheOneJsonShape) {
+TEST_P(RefusedCommandTest, HasTheOneJsonShape) {
     Arguments arguments = GetParam();
     arguments.insert(arguments.end(), {"--format", "json"});
     const json document = jsonIn(run(arguments));
@@ -189,7 +189,7 @@ TEST_P(RefusedCommand, HasTheOneJsonShape) {
     EXPECT_THAT(document["instances"], IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RefusedCommand,
+INSTANTIATE_TEST_SUITE_P(All, RefusedCommandTest,
                          testing::Values(Arguments{"create"}, Arguments{"modify", "CPU(00000001)"},
                                          Arguments{"delete", "CPU(00000001)"},
                                          Arguments{"query", "SELECT * FROM TQS_NumericSensor"}),
@@ -222,11 +222,11 @@ TEST_F(ProgramTest, LibrariesByTheirPaths) {
 }
 
 TEST_F(ProgramTest, WorksFromAnInstalledTree) {
-    const std::filesystem::path prefix = m_folder.path("prefix");
-    const auto place = [&prefix](const std::filesystem::path& file, const std::filesystem::path& folderFromProgram) {
-        const std::filesystem::path folder = (prefix / "bin" / folderFromProgram).lexically_normal();
-        std::filesystem::create_directories(folder);
-        std::filesystem::copy_file(file, folder / file.filename());
+    const std::filesystem::path prefix = m_directory.path("prefix");
+    const auto place = [&prefix](const std::filesystem::path& file, const std::filesystem::path& directoryFromProgram) {
+        const std::filesystem::path directory = (prefix / "bin" / directoryFromProgram).lexically_normal();
+        std::filesystem::create_directories(directory);
+        std::filesystem::copy_file(file, directory / file.filename());
     };
     place(ZELHOST, "");
     place(PROVIDER, LIBRARIES_FROM_PROGRAM);
@@ -247,7 +247,7 @@ TEST_F(ProgramTest, ProvidersOwnLinesAreShownAtTheEndWhenAskedFor) {
 }
 
 TEST_F(ProgramTest, ProvidersOwnLinesAreSavedInAFile) {
-    const std::string file = m_folder.path("lines");
+    const std::string file = m_directory.path("lines");
     const ProgramEnd end = run({"names", "--provider-output", file});
     EXPECT_EQ(end.exitCode, 0);
     EXPECT_EQ(end.errors, "");
@@ -264,12 +264,12 @@ TEST_F(ProgramTest, UnwritableFileForTheProvidersLinesIsWrongUsage) {
 }
 
 TEST_F(ProgramTest, FaultyScenarioIsExplainedByTheLinesOfTheStart) {
-    const ProgramEnd end = run({"instances", "--format", "json"}, kFaultyScenario);
+    const ProgramEnd end = run({"instances", "--format", "json"}, FAULTY_SCENARIO);
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
                                        "zelhost: its start failed; its own lines:\n"
                                        "provider: CONSTRUCTOR\n"));
-    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_folder.path("scenario.toml") +
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_directory.path("scenario.toml") +
                                       ":3: 'handle' in [[sensor]] is a string, expected an integer from 0 to "
                                       "4294967295\n"));
     EXPECT_THAT(end.errors, Not(HasSubstr("drvEnumInstances")));
@@ -278,7 +278,7 @@ TEST_F(ProgramTest, FaultyScenarioIsExplainedByTheLinesOfTheStart) {
 }
 
 TEST_F(ProgramTest, LinesOfAFailedStartComeOnceWhereAllAreAskedFor) {
-    const ProgramEnd end = run({"names", "--provider-output", "-"}, kFaultyScenario);
+    const ProgramEnd end = run({"names", "--provider-output", "-"}, FAULTY_SCENARIO);
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
                                        "provider: CONSTRUCTOR\n"));
@@ -287,8 +287,8 @@ TEST_F(ProgramTest, LinesOfAFailedStartComeOnceWhereAllAreAskedFor) {
 }
 
 TEST_F(ProgramTest, FailedStartPointsToTheFileOfTheProvidersLines) {
-    const std::string file = m_folder.path("lines");
-    const ProgramEnd end = run({"names", "--provider-output", file}, kFaultyScenario);
+    const std::string file = m_directory.path("lines");
+    const ProgramEnd end = run({"names", "--provider-output", file}, FAULTY_SCENARIO);
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.errors,
               "zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
@@ -307,7 +307,7 @@ TEST_F(ProgramTest, FactoryThatFailsIsExplainedByItsLines) {
 }
 
 TEST_F(ProgramTest, OnlyTheLinesOfTheStartExplainIt) {
-    const std::string schema = m_folder.write("a.mof", "class A { [Key] string Id; };");
+    const std::string schema = m_directory.write("a.mof", "class A { [Key] string Id; };");
     for (const Arguments& command : {Arguments{"names"}, Arguments{"watch", "--count", "3", "--interval", "0.1"},
                                      Arguments{"verify", "--schema", schema}}) {
         Arguments arguments{"--provider", TEST_PROVIDER, "--provider-name", "Unready"};
@@ -381,7 +381,7 @@ TEST_F(ProgramTest, ReaderThatIsGoneEndsItWithoutAWordByTheUsualSignal) {
 }
 
 TEST_F(ProgramTest, ProviderIsCleanedUpThoughTheReaderIsGone) {
-    const std::string file = m_folder.path("lines");
+    const std::string file = m_directory.path("lines");
     EXPECT_EQ(runUnread({"instances", "--provider-output", file}).exitCode, 128 + SIGPIPE);
     EXPECT_THAT(contentsOf(file), HasSubstr("drvInstanceCleanup"));
     EXPECT_THAT(contentsOf(file), HasSubstr("\nDESTRUCTOR\n"));
@@ -394,7 +394,7 @@ TEST_F(ProgramTest, WhereTheSignalIsIgnoredAReaderThatIsGoneIsTold) {
 }
 
 TEST_F(ProgramTest, TablesAreAsciiWhereTheLocaleIsNotUtf8) {
-    const std::string scenario = m_folder.write("t\u00fcr.toml", kTwoSensors);
+    const std::string scenario = m_directory.write("t\u00fcr.toml", TWO_SENSORS);
     const ProgramEnd end = runProgram({"instances", "--scenario", scenario}, {"LC_ALL=C"});
     EXPECT_EQ(end.exitCode, 0) << end.errors;
     EXPECT_THAT(
@@ -412,8 +412,8 @@ TEST_F(ProgramTest, TablesAreAsciiWhereTheLocaleIsNotUtf8) {
 
 TEST_F(ProgramTest, OnlyPeoplesTextsDependOnTheLocale) {
     const std::string scenario =
-        std::string(kTwoSensors) + "[[sensor]]\nhandle = 2\nname = \"T\u00fcr\\u0007\"\nreading = 1\n";
-    const std::string file = m_folder.write("scenario.toml", scenario);
+        std::string(TWO_SENSORS) + "[[sensor]]\nhandle = 2\nname = \"T\u00fcr\\u0007\"\nreading = 1\n";
+    const std::string file = m_directory.write("scenario.toml", scenario);
     for (const char* format : {"json", "mof"}) {
         const Arguments arguments{"instances", "--scenario", file, "--format", format};
         EXPECT_EQ(runProgram(arguments, {"LC_ALL=C"}).output, runProgram(arguments).output);
@@ -424,7 +424,7 @@ TEST_F(ProgramTest, OnlyPeoplesTextsDependOnTheLocale) {
                 EndsWith("\nT\\xc3\\xbcr\\x07(00000002)\n"));
     EXPECT_THAT(runProgram({"verify", "--scenario", file}, {"LC_ALL=C"}).output,
                 HasSubstr("has control characters: T\\xc3\\xbcr\\x07(00000002)\n"));
-    const std::filesystem::path chip = m_folder.path("t\u00fcr");
+    const std::filesystem::path chip = m_directory.path("t\u00fcr");
     std::filesystem::create_directory(chip);
     std::filesystem::copy_file(CHIP, chip / "libzelchip.so.0");
     EXPECT_THAT(runProgram({"instances", "--chip", chip}, {"LC_ALL=C"}).output,

@@ -32,7 +32,7 @@ void writeTo(int descriptor, const std::string& text) {
     EXPECT_EQ(write(descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size()));
 }
 
-TEST(ProviderOutput, StaysApartWhileOursGoesOut) {
+TEST(ProviderOutputTest, StaysApartWhileOursGoesOut) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         const ProviderOutput apart("");
         chatter();
@@ -44,7 +44,7 @@ TEST(ProviderOutput, StaysApartWhileOursGoesOut) {
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
-TEST(ProviderOutput, WithoutDestinationTheStartAloneIsCollected) {
+TEST(ProviderOutputTest, WithoutDestinationTheStartAloneIsCollected) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         ProviderOutput apart("");
         chatter();
@@ -57,7 +57,7 @@ TEST(ProviderOutput, WithoutDestinationTheStartAloneIsCollected) {
     EXPECT_EQ(outcome.standardOutput, "");
 }
 
-TEST(ProviderOutput, ChosenDestinationsGetTheRestToo) {
+TEST(ProviderOutputTest, ChosenDestinationsGetTheRestToo) {
     const std::string file = std::filesystem::temp_directory_path() / ("zelhost-all-" + std::to_string(getpid()));
     const ProcessOutcome outcome = runInFreshProcess([&file] {
         {
@@ -76,7 +76,7 @@ TEST(ProviderOutput, ChosenDestinationsGetTheRestToo) {
     std::filesystem::remove(file);
 }
 
-TEST(ProviderOutput, IsCollectedInOrderWithWhatStillWasBuffered) {
+TEST(ProviderOutputTest, IsCollectedInOrderWithWhatStillWasBuffered) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         const ProviderOutput apart("-");
         chatter();
@@ -87,7 +87,7 @@ TEST(ProviderOutput, IsCollectedInOrderWithWhatStillWasBuffered) {
     EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
 }
 
-TEST(ProviderOutput, GoesToAFileThatIsReplaced) {
+TEST(ProviderOutputTest, GoesToAFileThatIsReplaced) {
     std::string file = std::filesystem::temp_directory_path() / "zelhost-lines-XXXXXX";
     close(mkstemp(file.data()));
     std::ofstream(file) << "old and longer than what is new\n";
@@ -101,7 +101,7 @@ TEST(ProviderOutput, GoesToAFileThatIsReplaced) {
     std::filesystem::remove(file);
 }
 
-TEST(ProviderOutput, DescriptorsAreGivenBack) {
+TEST(ProviderOutputTest, DescriptorsAreGivenBack) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         std::printf("before\n");
         { const ProviderOutput apart(""); }
@@ -111,7 +111,7 @@ TEST(ProviderOutput, DescriptorsAreGivenBack) {
     EXPECT_EQ(outcome.standardError, "to error\n");
 }
 
-TEST(ProviderOutput, OursAreNotInherited) {
+TEST(ProviderOutputTest, OursAreNotInherited) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         const ProviderOutput apart("");
         EXPECT_GT(apart.standardOutput(), STDERR_FILENO);
@@ -121,7 +121,7 @@ TEST(ProviderOutput, OursAreNotInherited) {
     EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
 }
 
-TEST(ProviderOutput, ClosedDescriptorsStayUnusedAndAreClosedAgain) {
+TEST(ProviderOutputTest, ClosedDescriptorsStayUnusedAndAreClosedAgain) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         close(STDIN_FILENO);
         close(STDOUT_FILENO);
@@ -136,9 +136,9 @@ TEST(ProviderOutput, ClosedDescriptorsStayUnusedAndAreClosedAgain) {
     EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
 }
 
-TEST(ProviderOutput, FileThatCannotBeWrittenIsWrongUsage) {
+TEST(ProviderOutputTest, FileThatCannotBeWrittenIsWrongUsage) {
     const ProcessOutcome outcome = runInFreshProcess([] {
-        EXPECT_THROW(ProviderOutput("/dev/no-such-folder/file"), host::UsageError);
+        EXPECT_THROW(ProviderOutput("/dev/no-such-directory/file"), host::UsageError);
         std::printf("still here\n");
     });
     EXPECT_EQ(outcome.standardOutput, "still here\n");

@@ -19,11 +19,11 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr const char* kQualifiers = SCHEMA "/qualifiers.mof";
-constexpr const char* kClasses = SCHEMA "/tqs.mof";
+constexpr const char* QUALIFIERS = SCHEMA "/qualifiers.mof";
+constexpr const char* CLASSES = SCHEMA "/tqs.mof";
 
 // One sensor that reports everything that a sensor can, so that no property stays unset.
-constexpr const char* kFullSensor = R"(
+constexpr const char* FULL_SENSOR = R"(
 model = "none"
 
 [[sensor]]
@@ -56,19 +56,19 @@ class VerifyProgramTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 
-    ProgramEnd run(Arguments arguments, const std::string& scenario = kFullSensor) const {
-        arguments.insert(arguments.begin(), {"--scenario", m_folder.write("scenario.toml", scenario)});
+    ProgramEnd run(Arguments arguments, const std::string& scenario = FULL_SENSOR) const {
+        arguments.insert(arguments.begin(), {"--scenario", m_directory.write("scenario.toml", scenario)});
         return runProgram(arguments);
     }
     // The answers compared with the shipped classes, in which one text is replaced by another.
     ProgramEnd runChanged(const std::string& from, const std::string& to) const {
         std::ostringstream contents;
-        contents << std::ifstream(kClasses).rdbuf();
+        contents << std::ifstream(CLASSES).rdbuf();
         std::string text = contents.str();
         const std::size_t place = text.find(from);
         EXPECT_NE(place, std::string::npos) << from;
         if (place != std::string::npos) text.replace(place, from.size(), to);
-        return run({"verify", "--schema", kQualifiers, "--schema", m_folder.write("changed.mof", text)});
+        return run({"verify", "--schema", QUALIFIERS, "--schema", m_directory.write("changed.mof", text)});
     }
     std::set<std::string> published(const std::string& className) const {
         const json document = json::parse(run({"instances", className, "--format", "json"}).output);
@@ -79,7 +79,7 @@ class VerifyProgramTest : public testing::Test {
         return names;
     }
 
-    TestFolder m_folder;
+    TestDirectory m_directory;
 };
 
 std::vector<std::string> shippedScenarios() {
@@ -137,13 +137,13 @@ TEST_F(VerifyProgramTest, FailedStartIsExplainedByItsLines) {
     EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
                                        "zelhost: its start failed; its own lines:\n"
                                        "provider: CONSTRUCTOR\n"));
-    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_folder.path("scenario.toml") + ":1: 'seed'"));
+    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_directory.path("scenario.toml") + ":1: 'seed'"));
     EXPECT_THAT(end.errors, Not(HasSubstr("DESTRUCTOR")));
 }
 
 // With each of them set, verify compares the type of every declared property.
 TEST_F(VerifyProgramTest, ProviderSetsExactlyTheDeclaredProperties) {
-    const mof::Schema schema = host::readSchema({kClasses});
+    const mof::Schema schema = host::readSchema({CLASSES});
     for (const mof::Class& declaration : schema.classes()) {
         std::set<std::string> declared;
         for (const mof::Property& property : declaration.properties) declared.insert(property.name);
@@ -184,7 +184,7 @@ TEST_F(VerifyProgramTest, DeclaredKeyThatIsMissingIsFound) {
 }
 
 TEST_F(VerifyProgramTest, ControlCharactersOfTheChipAreFound) {
-    const ProgramEnd end = run({"verify"}, kTwoSensors);
+    const ProgramEnd end = run({"verify"}, TWO_SENSORS);
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_THAT(end.output, HasSubstr("names root/cimv2:TQS_NumericSensor.Name=\"Bad\\x1b[2J(0000001a)\": key Name "
                                       "holds text that is no UTF-8 or has control characters: "
@@ -194,7 +194,8 @@ TEST_F(VerifyProgramTest, ControlCharactersOfTheChipAreFound) {
 }
 
 TEST_F(VerifyProgramTest, ClassUnknownToTheProviderIsFound) {
-    const ProgramEnd end = run({"verify", "--schema", m_folder.write("a.mof", "class Nonesuch { [Key] string Id; };")});
+    const ProgramEnd end =
+        run({"verify", "--schema", m_directory.write("a.mof", "class Nonesuch { [Key] string Id; };")});
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.output,
               "names root/cimv2:Nonesuch: the provider answered 5 CMPI_RC_ERR_INVALID_CLASS\n"
@@ -212,7 +213,7 @@ TEST_F(VerifyProgramTest, Json) {
 }
 
 TEST_F(VerifyProgramTest, FaultyMofIsTwoWithFileAndLine) {
-    const std::string file = m_folder.write("faulty.mof", "class A {\n    strng Name;\n};\n");
+    const std::string file = m_directory.write("faulty.mof", "class A {\n    strng Name;\n};\n");
     const ProgramEnd end = run({"verify", "--schema", file});
     EXPECT_EQ(end.exitCode, 2);
     EXPECT_EQ(end.output, "");
@@ -220,9 +221,9 @@ TEST_F(VerifyProgramTest, FaultyMofIsTwoWithFileAndLine) {
 }
 
 TEST_F(VerifyProgramTest, MissingSchemaAndMofFormatAreWrongUsage) {
-    const ProgramEnd missing = run({"verify", "--schema", m_folder.path("none.mof")});
+    const ProgramEnd missing = run({"verify", "--schema", m_directory.path("none.mof")});
     EXPECT_EQ(missing.exitCode, 2);
-    EXPECT_EQ(missing.errors, "zelhost: the schema file " + m_folder.path("none.mof") +
+    EXPECT_EQ(missing.errors, "zelhost: the schema file " + m_directory.path("none.mof") +
                                   " cannot be read (No such file or directory)\n");
     const ProgramEnd format = run({"verify", "--format", "mof"});
     EXPECT_EQ(format.exitCode, 2);

@@ -29,14 +29,14 @@ class WatchProgramTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 
-    TestFolder m_folder;
-    std::string m_scenario = m_folder.write("scenario.toml", kTwoSensors);
+    TestDirectory m_directory;
+    std::string m_scenario = m_directory.write("scenario.toml", TWO_SENSORS);
 };
 
 // A terminal of 24 lines of 100 columns, as seen from the side of the person.
 class Terminal {
   public:
-    // The instance's own multiplexer: /dev/ptmx does not find its folder when it is bound into another /dev.
+    // The instance's own multiplexer: /dev/ptmx does not find its directory when it is bound into another /dev.
     Terminal() : m_own(open("/dev/pts/ptmx", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
         if (m_own < 0 || grantpt(m_own) != 0 || unlockpt(m_own) != 0) return;
         m_programs = open(ptsname(m_own), O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -92,7 +92,7 @@ TEST_F(WatchProgramTest, RoundsInAFileCarryWordsAndNoEscapes) {
 }
 
 TEST_F(WatchProgramTest, FailedRoundsDoNotEndIt) {
-    const std::string scenario = m_folder.write("failing.toml", kFailingSensor);
+    const std::string scenario = m_directory.write("failing.toml", FAILING_SENSOR);
     const ProgramEnd end =
         runProgram({"watch", "--count", "2", "--interval", "0.1", "--format", "json", "--scenario", scenario});
     EXPECT_EQ(end.exitCode, 1);
@@ -111,7 +111,7 @@ TEST_F(WatchProgramTest, FailedRoundsDoNotEndIt) {
 }
 
 TEST_F(WatchProgramTest, FailedStartIsExplainedAtTheEnd) {
-    const std::string scenario = m_folder.write("faulty.toml", "seed = -1\n");
+    const std::string scenario = m_directory.write("faulty.toml", "seed = -1\n");
     const ProgramEnd end = runProgram({"watch", "--count", "2", "--interval", "0.1", "--scenario", scenario});
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_THAT(end.output, HasSubstr("  round 2  "));
@@ -127,7 +127,7 @@ TEST_F(WatchProgramTest, InterruptionOnATerminalEndsCleanly) {
     Terminal terminal;
     if (!terminal.isUsable()) GTEST_SKIP() << "no pseudo-terminal can be had here";
     const int errors = makeMemoryFile();
-    const std::string lines = m_folder.path("lines");
+    const std::string lines = m_directory.path("lines");
     const pid_t process =
         startProgram({"watch", "--interval", "0.2", "--scenario", m_scenario, "--provider-output", lines},
                      {terminal.programs(), errors, {"TERM=xterm"}});

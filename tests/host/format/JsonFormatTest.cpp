@@ -24,7 +24,7 @@ json property(Value value) {
     return parsed(answerOf(Command::Get, reply))["instances"][0]["properties"]["P"];
 }
 
-TEST(JsonFormat, WholeDocument) {
+TEST(JsonFormatTest, WholeDocument) {
     const json expected = json::parse(R"({
         "command": "instances", "namespace": "root/cimv2", "class": "TQS_NumericSensor",
         "status": {"rc": 0, "name": "CMPI_RC_OK"},
@@ -37,7 +37,7 @@ TEST(JsonFormat, WholeDocument) {
     EXPECT_EQ(parsed(answerOf(Command::Instances, replyOf(CMPI_RC_OK, {sensorOf("CPU", -7, 2, 0)}))), expected);
 }
 
-TEST(JsonFormat, SameMembersWithoutData) {
+TEST(JsonFormatTest, SameMembersWithoutData) {
     Reply reply;
     reply.status = {CMPI_RC_ERR_NOT_SUPPORTED, "read-only"};
     const json document = parsed(answerOf(Command::Create, reply));
@@ -48,13 +48,13 @@ TEST(JsonFormat, SameMembersWithoutData) {
     EXPECT_EQ(document["instances"], json::array());
 }
 
-TEST(JsonFormat, PartialListComesWithItsError) {
+TEST(JsonFormatTest, PartialListComesWithItsError) {
     const json document = parsed(answerOf(Command::Instances, replyOf(CMPI_RC_ERR_FAILED, {sensorOf("A", 1, 0, 0)})));
     EXPECT_EQ(document["status"]["rc"], 1);
     EXPECT_EQ(document["instances"].size(), 1U);
 }
 
-TEST(JsonFormat, PathsWithKeys) {
+TEST(JsonFormatTest, PathsWithKeys) {
     Reply reply;
     reply.paths.push_back({"till7", "root/cimv2", "C", {{"Name", Value::ofText("A")}, {"Slot", Value::ofSigned(3)}}});
     EXPECT_EQ(parsed(answerOf(Command::Names, reply))["paths"],
@@ -62,7 +62,7 @@ TEST(JsonFormat, PathsWithKeys) {
                                "keys": {"Name": "A", "Slot": 3}}])"));
 }
 
-TEST(JsonFormat, NumbersAreNumbersAndExact) {
+TEST(JsonFormatTest, NumbersAreNumbersAndExact) {
     EXPECT_EQ(property(Value::ofUnsigned(std::numeric_limits<std::uint64_t>::max(), CMPI_uint64)).get<std::uint64_t>(),
               std::numeric_limits<std::uint64_t>::max());
     EXPECT_EQ(property(Value::ofSigned(std::numeric_limits<std::int64_t>::min(), CMPI_sint64)).get<std::int64_t>(),
@@ -72,7 +72,7 @@ TEST(JsonFormat, NumbersAreNumbersAndExact) {
     EXPECT_EQ(property(Value::ofUnsigned(65, CMPI_char16)), 65);
 }
 
-TEST(JsonFormat, OtherTypes) {
+TEST(JsonFormatTest, OtherTypes) {
     EXPECT_EQ(property(Value::ofBoolean(true)), true);
     EXPECT_TRUE(property(Value::null(CMPI_string)).is_null());
     EXPECT_EQ(property(Value::ofArray({Value::ofText("a"), Value::null(CMPI_string), Value::ofText("")}, CMPI_string)),
@@ -80,7 +80,7 @@ TEST(JsonFormat, OtherTypes) {
     EXPECT_EQ(property(Value::ofText("20260101000000.000000+000", CMPI_dateTime)), "20260101000000.000000+000");
 }
 
-TEST(JsonFormat, ReferencesAndEmbeddedInstances) {
+TEST(JsonFormatTest, ReferencesAndEmbeddedInstances) {
     Value reference = Value::ofText("", CMPI_ref);
     reference.path = std::make_shared<broker::ObjectPath>(broker::ObjectPath{"", "root", "D", {}});
     EXPECT_EQ(property(reference), json::parse(R"({"namespace": "root", "class": "D", "keys": {}})"));
@@ -89,18 +89,18 @@ TEST(JsonFormat, ReferencesAndEmbeddedInstances) {
     EXPECT_EQ(property(embedded)["properties"], json::parse(R"({"Q": 1})"));
 }
 
-TEST(JsonFormat, AnyBytesGiveValidJson) {
+TEST(JsonFormatTest, AnyBytesGiveValidJson) {
     EXPECT_EQ(property(Value::ofText("a\"\\\n\x1b°")), "a\"\\\n\x1b°");
     EXPECT_EQ(property(Value::ofText("a\xff")), "a\xef\xbf\xbd");
 }
 
-TEST(JsonFormat, TerminalControlsAreEscaped) {
+TEST(JsonFormatTest, TerminalControlsAreEscaped) {
     const Reply reply = replyOf(CMPI_RC_OK, {sensorOf("\x1b\x7f\xc2\x9b", 1, 0, 0)});
     EXPECT_NE(host::jsonText(answerOf(Command::Get, reply), JsonLayout::Indented).find("\"\\u001b\\u007f\\u009b\""),
               std::string::npos);
 }
 
-TEST(JsonFormat, OneLineForEachRound) {
+TEST(JsonFormatTest, OneLineForEachRound) {
     const std::string text = host::jsonText(answerOf(Command::Watch, replyOf(CMPI_RC_OK, {})), JsonLayout::OneLine);
     EXPECT_EQ(text.find('\n'), text.size() - 1);
     EXPECT_EQ(json::parse(text)["command"], "watch");

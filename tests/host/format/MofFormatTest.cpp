@@ -22,7 +22,7 @@ std::string around(const std::string& value) {
     return "instance of C {\n    P = " + value + ";\n};\n";
 }
 
-TEST(MofFormat, OneDeclarationForEachInstance) {
+TEST(MofFormatTest, OneDeclarationForEachInstance) {
     EXPECT_EQ(mofText(answerOf(Command::Instances,
                                replyOf(CMPI_RC_OK, {sensorOf("CPU", -7, 2, 0), instanceOf("Other", "O", {})}))),
               "instance of TQS_NumericSensor {\n"
@@ -35,20 +35,20 @@ TEST(MofFormat, OneDeclarationForEachInstance) {
               "};\n");
 }
 
-TEST(MofFormat, NamesGiveTheKeys) {
+TEST(MofFormatTest, NamesGiveTheKeys) {
     Reply reply;
     reply.paths.push_back({"", "root/cimv2", "C", {{"Name", Value::ofText("A")}}});
     EXPECT_EQ(mofText(answerOf(Command::Names, reply)), "instance of C {\n    Name = \"A\";\n};\n");
 }
 
-TEST(MofFormat, ErrorIsAComment) {
+TEST(MofFormatTest, ErrorIsAComment) {
     Reply reply = replyOf(CMPI_RC_ERR_FAILED, {});
     reply.status.message = "line\nbreak";
     EXPECT_EQ(mofText(answerOf(Command::Instances, reply)),
               "// The provider ended with 1 CMPI_RC_ERR_FAILED: line\\x0abreak\n");
 }
 
-TEST(MofFormat, ValuesOfAllKinds) {
+TEST(MofFormatTest, ValuesOfAllKinds) {
     EXPECT_EQ(declared(Value::ofBoolean(true)), around("TRUE"));
     EXPECT_EQ(declared(Value::ofBoolean(false)), around("FALSE"));
     EXPECT_EQ(declared(Value::null(CMPI_sint32)), around("NULL"));
@@ -61,17 +61,17 @@ TEST(MofFormat, ValuesOfAllKinds) {
               around("\"20260101000000.000000+000\""));
 }
 
-TEST(MofFormat, EmbeddedInstanceIsAStringOfMof) {
+TEST(MofFormatTest, EmbeddedInstanceIsAStringOfMof) {
     Value embedded = Value::ofText("", CMPI_instance);
     embedded.instance = std::make_shared<broker::Instance>(instanceOf("D", "E", {{"Q", Value::ofText("x")}}));
     EXPECT_EQ(declared(embedded), around("\"instance of D {\\n    Q = \\\"x\\\";\\n};\\n\""));
 }
 
-TEST(MofString, SpecialCharactersAreEscaped) {
+TEST(MofStringTest, SpecialCharactersAreEscaped) {
     EXPECT_EQ(mofString("a\"b\\c\b\t\n\f\r"), "\"a\\\"b\\\\c\\b\\t\\n\\f\\r\"");
 }
 
-TEST(MofString, ControlsHaveFourDigitsSoThatNoneFollows) {
+TEST(MofStringTest, ControlsHaveFourDigitsSoThatNoneFollows) {
     EXPECT_EQ(mofString("\x1b"
                         "1"),
               "\"\\x001B1\"");
@@ -79,7 +79,7 @@ TEST(MofString, ControlsHaveFourDigitsSoThatNoneFollows) {
     EXPECT_EQ(mofString("\xc2\x9b"), "\"\\x009B\"");
 }
 
-TEST(MofString, TextStaysAndStrayBytesAreEscaped) {
+TEST(MofStringTest, TextStaysAndStrayBytesAreEscaped) {
     EXPECT_EQ(mofString("42 °C\xff"), "\"42 °C\\x00FF\"");
 }
 

@@ -15,7 +15,7 @@ std::string textOf(const host::Answer& answer) {
     return host::tableText(answer, host::Charset::Utf8);
 }
 
-TEST(TableFormat, SensorsWithReadingStateAndLimits) {
+TEST(TableFormatTest, SensorsWithReadingStateAndLimits) {
     const broker::Instance cpu = sensorOf("CPU(0000001a)", 4200, 2, -2,
                                           {{"LowerThresholdNonCritical", 500},
                                            {"UpperThresholdNonCritical", 4000},
@@ -28,7 +28,7 @@ TEST(TableFormat, SensorsWithReadingStateAndLimits) {
               "Fan(00000002)   900 rpm  ok     -                     -\n");
 }
 
-TEST(TableFormat, AsciiKeepsTheColumnsStraight) {
+TEST(TableFormatTest, AsciiKeepsTheColumnsStraight) {
     const broker::Instance cpu = sensorOf("T\u00fcr(0000001a)", 4200, 2, -2, {{"UpperThresholdCritical", 9000}});
     const broker::Instance fan = sensorOf("Fan(00000002)", 900, 19, 0);
     EXPECT_EQ(host::tableText(answerOf(Command::Instances, replyOf(CMPI_RC_OK, {cpu, fan})), host::Charset::Ascii),
@@ -37,7 +37,7 @@ TEST(TableFormat, AsciiKeepsTheColumnsStraight) {
               "Fan(00000002)            900 rpm  ok     -                     -\n");
 }
 
-TEST(TableFormat, AsciiIsAllThatStandsAroundTheTablesToo) {
+TEST(TableFormatTest, AsciiIsAllThatStandsAroundTheTablesToo) {
     const broker::Instance cpu = sensorOf("T\u00fcr", 4200, 2, -2);
     broker::Reply reply = replyOf(CMPI_RC_ERR_FAILED, {cpu});
     reply.status.message = "zu hei\u00df";
@@ -55,23 +55,23 @@ TEST(TableFormat, AsciiIsAllThatStandsAroundTheTablesToo) {
               "Incomplete: the provider ended with 1 CMPI_RC_ERR_FAILED: zu hei\\xc3\\x9f.\n");
 }
 
-TEST(TableFormat, PartialListSaysSo) {
+TEST(TableFormatTest, PartialListSaysSo) {
     const std::string text =
         textOf(answerOf(Command::Instances, replyOf(CMPI_RC_ERR_FAILED, {sensorOf("A", 1, 0, 0)})));
     EXPECT_THAT(text, HasSubstr("A             1  ok"));
     EXPECT_THAT(text, HasSubstr("\nIncomplete: the provider ended with 1 CMPI_RC_ERR_FAILED.\n"));
 }
 
-TEST(TableFormat, ErrorWithoutDataLeavesNothingToShow) {
+TEST(TableFormatTest, ErrorWithoutDataLeavesNothingToShow) {
     EXPECT_EQ(textOf(answerOf(Command::Names, replyOf(CMPI_RC_ERR_FAILED, {}))), "");
 }
 
-TEST(TableFormat, SuccessWithoutDataIsSaid) {
+TEST(TableFormatTest, SuccessWithoutDataIsSaid) {
     EXPECT_EQ(textOf(answerOf(Command::Delete, replyOf(CMPI_RC_OK, {}))),
               "The provider answered 0 CMPI_RC_OK, without data.\n");
 }
 
-TEST(TableFormat, NamesInAColumnForEachKey) {
+TEST(TableFormatTest, NamesInAColumnForEachKey) {
     Reply reply;
     reply.paths.push_back({"", "root/cimv2", "C", {{"Name", Value::ofText("A")}}});
     reply.paths.push_back({"", "root/cimv2", "C", {{"name", Value::ofText("B\n")}, {"Slot", Value::ofSigned(3)}}});
@@ -81,7 +81,7 @@ TEST(TableFormat, NamesInAColumnForEachKey) {
               "B\\x0a  3\n");
 }
 
-TEST(TableFormat, OneInstanceWithAllItsProperties) {
+TEST(TableFormatTest, OneInstanceWithAllItsProperties) {
     broker::Instance sensor =
         sensorOf("CPU", 4200, 2, -2, {{"MinReadable", 0}, {"MaxReadable", 8400}, {"Accuracy", 5}});
     sensor.properties.push_back({"IsLinear", Value::ofBoolean(true)});
@@ -102,7 +102,7 @@ TEST(TableFormat, OneInstanceWithAllItsProperties) {
               "Between its limits: [--------------------|-------------------]\n");
 }
 
-TEST(TableFormat, EventLogWithLinesAndState) {
+TEST(TableFormatTest, EventLogWithLinesAndState) {
     const broker::Instance log = instanceOf(
         "TQS_SystemEventLog", "L",
         {{"LogFull", Value::ofBoolean(false)},
@@ -121,13 +121,13 @@ TEST(TableFormat, EventLogWithLinesAndState) {
               "LogMultipleEventTimeWindow: 60\n");
 }
 
-TEST(TableFormat, EventLogWithoutLines) {
+TEST(TableFormatTest, EventLogWithoutLines) {
     const broker::Instance log = instanceOf("TQS_SystemEventLog", "L", {{"LogValid", Value::ofBoolean(true)}});
     EXPECT_EQ(textOf(answerOf(Command::Log, replyOf(CMPI_RC_OK, {log}))),
               "The event log has no lines.\n\nLogValid: true\n");
 }
 
-TEST(TableFormat, InstancesOfOtherClassesShowTheirProperties) {
+TEST(TableFormatTest, InstancesOfOtherClassesShowTheirProperties) {
     const broker::Instance other = instanceOf("Other", "O\x1b", {{"Size", Value::ofUnsigned(3)}});
     EXPECT_EQ(textOf(answerOf(Command::Instances, replyOf(CMPI_RC_OK, {other, other}))),
               "root/cimv2:Other.Name=\"O\\x1b\"\n\nProperty  Type    Value\nSize      uint32  3\n"
@@ -135,7 +135,7 @@ TEST(TableFormat, InstancesOfOtherClassesShowTheirProperties) {
               "root/cimv2:Other.Name=\"O\\x1b\"\n\nProperty  Type    Value\nSize      uint32  3\n");
 }
 
-TEST(StatusText, NumberNameAndMessage) {
+TEST(StatusTextTest, NumberNameAndMessage) {
     EXPECT_EQ(host::statusText({CMPI_RC_ERR_METHOD_NOT_AVAILABLE, {}}), "16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE");
     EXPECT_EQ(host::statusText({CMPI_RC_ERR_FAILED, "no\x07"}), "1 CMPI_RC_ERR_FAILED: no\\x07");
 }

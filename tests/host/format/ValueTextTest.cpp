@@ -13,7 +13,7 @@ using host::pathText;
 using host::realText;
 using host::valueText;
 
-TEST(ValueText, NumbersBooleansAndNull) {
+TEST(ValueTextTest, NumbersBooleansAndNull) {
     EXPECT_EQ(valueText(Value::ofSigned(-5)), "-5");
     EXPECT_EQ(valueText(Value::ofUnsigned(18446744073709551615U, CMPI_uint64)), "18446744073709551615");
     EXPECT_EQ(valueText(Value::ofBoolean(true)), "true");
@@ -22,17 +22,17 @@ TEST(ValueText, NumbersBooleansAndNull) {
     EXPECT_EQ(valueText(Value::ofUnsigned(0x1b, CMPI_char16)), "U+001b");
 }
 
-TEST(ValueText, TextIsMadeFitForATerminal) {
+TEST(ValueTextTest, TextIsMadeFitForATerminal) {
     EXPECT_EQ(valueText(Value::ofText("a\x1b[0m", CMPI_chars)), "a\\x1b[0m");
     EXPECT_EQ(valueText(Value::ofText("")), "");
 }
 
-TEST(ValueText, ArrayInBraces) {
+TEST(ValueTextTest, ArrayInBraces) {
     EXPECT_EQ(valueText(Value::ofArray({Value::ofText("a"), Value::null(CMPI_string)}, CMPI_string)), "{a, null}");
     EXPECT_EQ(valueText(Value::ofArray({}, CMPI_uint8)), "{}");
 }
 
-TEST(ValueText, RealsReadBackAndHaveAPoint) {
+TEST(ValueTextTest, RealsReadBackAndHaveAPoint) {
     EXPECT_EQ(realText(0.1), "0.1");
     EXPECT_EQ(realText(3), "3.0");
     EXPECT_EQ(realText(1e300), "1.0e+300");
@@ -40,17 +40,17 @@ TEST(ValueText, RealsReadBackAndHaveAPoint) {
     EXPECT_EQ(valueText(Value::ofReal(2.5)), "2.5");
 }
 
-TEST(PathText, KeysOfAllKinds) {
+TEST(PathTextTest, KeysOfAllKinds) {
     ObjectPath path{"", "root/cimv2", "C", {{"Name", Value::ofText("a\"b\\c")}, {"Number", Value::ofSigned(-1)}}};
     path.keys.push_back({"Flag", Value::ofBoolean(true)});
     EXPECT_EQ(pathText(path), "root/cimv2:C.Name=\"a\\\"b\\\\c\",Number=-1,Flag=TRUE");
 }
 
-TEST(PathText, HostStandsInFront) {
+TEST(PathTextTest, HostStandsInFront) {
     EXPECT_EQ(pathText({"till7", "root", "C", {}}), "//till7/root:C");
 }
 
-TEST(PathText, ReferenceKeyIsQuotedOnceMore) {
+TEST(PathTextTest, ReferenceKeyIsQuotedOnceMore) {
     Value reference = Value::ofText("", CMPI_ref);
     reference.path = std::make_shared<ObjectPath>(ObjectPath{"", "root", "D", {{"K", Value::ofText("v")}}});
     EXPECT_EQ(pathText({"", "root", "C", {{"Of", reference}}}), "root:C.Of=\"root:D.K=\\\"v\\\"\"");

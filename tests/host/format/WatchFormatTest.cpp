@@ -15,14 +15,14 @@ using host::Severity;
 using host::WatchLine;
 using testing::HasSubstr;
 
-const std::vector<WatchLine> kLines{
+const std::vector<WatchLine> LINES{
     {"head"}, {"status"}, {"titles"}, {"first"}, {"second", Severity::NonCritical}, {"third", Severity::Fatal}};
 
 std::vector<WatchLine> watchLines(const host::Answer& answer, const std::string& head) {
     return host::watchLines(answer, head, host::Charset::Utf8);
 }
 
-TEST(WatchLines, SensorsWithStateAndBar) {
+TEST(WatchLinesTest, SensorsWithStateAndBar) {
     const std::vector<WatchLine> lines =
         watchLines(answerOf(Command::Watch,
                             replyOf(CMPI_RC_OK, {sensorOf("Cool", 1, 2, 0, {{"MinReadable", 0}, {"MaxReadable", 2}}),
@@ -38,7 +38,7 @@ TEST(WatchLines, SensorsWithStateAndBar) {
     EXPECT_EQ(lines[4].severity, Severity::Critical);
 }
 
-TEST(WatchLines, FailedRoundShowsItsStatus) {
+TEST(WatchLinesTest, FailedRoundShowsItsStatus) {
     const std::vector<WatchLine> partial =
         watchLines(answerOf(Command::Watch, replyOf(CMPI_RC_ERR_FAILED, {sensorOf("A", 1, 2, 0)})), "");
     EXPECT_EQ(partial[1].text, "Status 1 CMPI_RC_ERR_FAILED (incomplete); sensors: 1, past a threshold: 0");
@@ -47,7 +47,7 @@ TEST(WatchLines, FailedRoundShowsItsStatus) {
     EXPECT_EQ(none[1].text, "Status 1 CMPI_RC_ERR_FAILED; sensors: 0, past a threshold: 0");
 }
 
-TEST(WatchLines, AsciiThroughout) {
+TEST(WatchLinesTest, AsciiThroughout) {
     broker::Reply reply = replyOf(CMPI_RC_ERR_FAILED, {sensorOf("\u00c4", 1, 2, 0)});
     reply.status.message = "\u00f6";
     const std::vector<WatchLine> lines =
@@ -58,30 +58,30 @@ TEST(WatchLines, AsciiThroughout) {
     EXPECT_EQ(lines[3].text, "\\xc3\\x84   1 degC  ok");
 }
 
-TEST(WatchLines, NamesAreMadeFitForATerminal) {
+TEST(WatchLinesTest, NamesAreMadeFitForATerminal) {
     const std::vector<WatchLine> lines =
         watchLines(answerOf(Command::Watch, replyOf(CMPI_RC_OK, {sensorOf("A\x1b[2J", 1, 2, 0)})), "");
     EXPECT_THAT(lines[3].text, HasSubstr("A\\x1b[2J"));
 }
 
-TEST(Drawn, LinesReplaceTheLastOnes) {
+TEST(DrawnTest, LinesReplaceTheLastOnes) {
     EXPECT_EQ(drawn({{"a"}, {"b"}}, {0, 0}, false), "\x1b[Ha\x1b[K\nb\x1b[K\n\x1b[J");
 }
 
-TEST(Drawn, ColourByGravity) {
-    const std::string text = drawn(kLines, {80, 24}, true);
+TEST(DrawnTest, ColourByGravity) {
+    const std::string text = drawn(LINES, {80, 24}, true);
     EXPECT_THAT(text, HasSubstr("first\x1b[K"));
     EXPECT_THAT(text, HasSubstr("\x1b[33msecond\x1b[0m\x1b[K"));
     EXPECT_THAT(text, HasSubstr("\x1b[1;31mthird\x1b[0m\x1b[K"));
     EXPECT_THAT(drawn({{"x", Severity::Critical}}, {80, 24}, true), HasSubstr("\x1b[31mx\x1b[0m"));
-    EXPECT_EQ(drawn(kLines, {80, 24}, false).find("\x1b[33m"), std::string::npos);
+    EXPECT_EQ(drawn(LINES, {80, 24}, false).find("\x1b[33m"), std::string::npos);
 }
 
-TEST(Drawn, IsCutToTheTerminal) {
-    const std::string text = drawn(kLines, {4, 5}, false);
+TEST(DrawnTest, IsCutToTheTerminal) {
+    const std::string text = drawn(LINES, {4, 5}, false);
     EXPECT_EQ(text, "\x1b[Hhead\x1b[K\nstat\x1b[K\ntitl\x1b[K\n... \x1b[K\n\x1b[J");
-    EXPECT_THAT(drawn(kLines, {80, 5}, false), HasSubstr("... 3 more, for which there is no room\x1b[K"));
-    EXPECT_THAT(drawn(kLines, {80, 7}, false), HasSubstr("third"));
+    EXPECT_THAT(drawn(LINES, {80, 5}, false), HasSubstr("... 3 more, for which there is no room\x1b[K"));
+    EXPECT_THAT(drawn(LINES, {80, 7}, false), HasSubstr("third"));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ SensorView viewOf(int reading, const std::vector<std::pair<std::string, int>>& l
     return SensorView::of(sensorOf("S", reading, 2, 0, limits)).value();
 }
 
-const std::vector<std::pair<std::string, int>> kAllThresholds{{"LowerThresholdFatal", 0},
+const std::vector<std::pair<std::string, int>> ALL_THRESHOLDS{{"LowerThresholdFatal", 0},
                                                               {"LowerThresholdCritical", 10},
                                                               {"LowerThresholdNonCritical", 20},
                                                               {"UpperThresholdNonCritical", 80},
@@ -27,41 +27,41 @@ const std::vector<std::pair<std::string, int>> kAllThresholds{{"LowerThresholdFa
                                                               {"MaxReadable", 1000}};
 
 std::string wordAt(int reading) {
-    return stateOf(viewOf(reading, kAllThresholds)).word();
+    return stateOf(viewOf(reading, ALL_THRESHOLDS)).word();
 }
 
-TEST(SensorView, ReadingComesWithItsUnit) {
+TEST(SensorViewTest, ReadingComesWithItsUnit) {
     const SensorView view = SensorView::of(sensorOf("CPU", 4250, 2, -2)).value();
     EXPECT_EQ(view.name, "CPU");
     EXPECT_EQ(view.withUnit(view.reading), "42.50 °C");
     EXPECT_EQ(view.scaled(std::nullopt), "-");
 }
 
-TEST(SensorView, UnknownUnitLeavesTheBareNumber) {
+TEST(SensorViewTest, UnknownUnitLeavesTheBareNumber) {
     const SensorView view = SensorView::of(sensorOf("S", 1, 0, 0)).value();
     EXPECT_EQ(view.withUnit(view.reading), "1");
 }
 
-TEST(SensorView, InstanceWithoutReadingIsNoSensor) {
+TEST(SensorViewTest, InstanceWithoutReadingIsNoSensor) {
     EXPECT_FALSE(SensorView::of(instanceOf("TQS_SystemEventLog", "L", {})));
     EXPECT_FALSE(SensorView::of(instanceOf("X", "S", {{"CurrentReading", Value::null(CMPI_sint32)}})));
     EXPECT_FALSE(SensorView::of(instanceOf("X", "S", {{"CurrentReading", Value::ofText("42")}})));
 }
 
-TEST(SensorView, NumberBeyondSixtyFourBitsWithSignIsNone) {
+TEST(SensorViewTest, NumberBeyondSixtyFourBitsWithSignIsNone) {
     EXPECT_EQ(host::numberIn(Value::ofUnsigned(7, CMPI_uint64)), 7);
     EXPECT_EQ(host::numberIn(Value::ofUnsigned(std::numeric_limits<std::uint64_t>::max(), CMPI_uint64)), std::nullopt);
     EXPECT_EQ(host::numberIn(Value::ofBoolean(true)), std::nullopt);
 }
 
-TEST(SensorState, ReadingOnAThresholdIsNotPastIt) {
+TEST(SensorStateTest, ReadingOnAThresholdIsNotPastIt) {
     EXPECT_EQ(wordAt(80), "ok");
     EXPECT_EQ(wordAt(20), "ok");
     EXPECT_EQ(wordAt(90), "high");
     EXPECT_EQ(wordAt(0), "critical low");
 }
 
-TEST(SensorState, GravestThresholdDecides) {
+TEST(SensorStateTest, GravestThresholdDecides) {
     EXPECT_EQ(wordAt(81), "high");
     EXPECT_EQ(wordAt(91), "critical high");
     EXPECT_EQ(wordAt(101), "fatal high");
@@ -70,44 +70,44 @@ TEST(SensorState, GravestThresholdDecides) {
     EXPECT_EQ(wordAt(-1), "fatal low");
 }
 
-TEST(SensorState, AbsentThresholdsAreNeverPassed) {
+TEST(SensorStateTest, AbsentThresholdsAreNeverPassed) {
     EXPECT_EQ(stateOf(viewOf(2000000000, {})).word(), "ok");
     EXPECT_EQ(stateOf(viewOf(5, {{"UpperThresholdFatal", 4}})).word(), "fatal high");
     EXPECT_EQ(stateOf(viewOf(-2147483647 - 1, {{"LowerThresholdCritical", -5}})).severity, Severity::Critical);
 }
 
-TEST(LimitsBar, ShowsThresholdsAndReading) {
-    EXPECT_EQ(limitsBar(viewOf(50, kAllThresholds), 21), "[!-!-:-----|-----:-!-!]");
+TEST(LimitsBarTest, ShowsThresholdsAndReading) {
+    EXPECT_EQ(limitsBar(viewOf(50, ALL_THRESHOLDS), 21), "[!-!-:-----|-----:-!-!]");
 }
 
-TEST(LimitsBar, ReadingBeyondAnEndPointsOutwards) {
-    EXPECT_EQ(limitsBar(viewOf(-7, kAllThresholds), 21), "[<-!-:-----------:-!-!]");
-    EXPECT_EQ(limitsBar(viewOf(500, kAllThresholds), 21), "[!-!-:-----------:-!->]");
+TEST(LimitsBarTest, ReadingBeyondAnEndPointsOutwards) {
+    EXPECT_EQ(limitsBar(viewOf(-7, ALL_THRESHOLDS), 21), "[<-!-:-----------:-!-!]");
+    EXPECT_EQ(limitsBar(viewOf(500, ALL_THRESHOLDS), 21), "[!-!-:-----------:-!->]");
 }
 
-TEST(LimitsBar, ReadingHidesAMarkInItsPlace) {
-    EXPECT_EQ(limitsBar(viewOf(80, kAllThresholds), 21), "[!-!-:-----------|-!-!]");
-    EXPECT_EQ(limitsBar(viewOf(100, kAllThresholds), 21), "[!-!-:-----------:-!-|]");
+TEST(LimitsBarTest, ReadingHidesAMarkInItsPlace) {
+    EXPECT_EQ(limitsBar(viewOf(80, ALL_THRESHOLDS), 21), "[!-!-:-----------|-!-!]");
+    EXPECT_EQ(limitsBar(viewOf(100, ALL_THRESHOLDS), 21), "[!-!-:-----------:-!-|]");
 }
 
-TEST(LimitsBar, ReadableRangeStandsInForThresholds) {
+TEST(LimitsBarTest, ReadableRangeStandsInForThresholds) {
     EXPECT_EQ(limitsBar(viewOf(5, {{"MinReadable", 0}, {"MaxReadable", 10}}), 11), "[-----|-----]");
     EXPECT_EQ(limitsBar(viewOf(5, {{"MinReadable", 0}, {"UpperThresholdNonCritical", 10}, {"MaxReadable", 90}}), 11),
               "[-----|----:]");
 }
 
-TEST(LimitsBar, NoneWithoutLimitsOnBothSides) {
+TEST(LimitsBarTest, NoneWithoutLimitsOnBothSides) {
     EXPECT_EQ(limitsBar(viewOf(5, {}), 11), "");
     EXPECT_EQ(limitsBar(viewOf(5, {{"MinReadable", 0}}), 11), "");
     EXPECT_EQ(limitsBar(viewOf(5, {{"UpperThresholdFatal", 9}}), 11), "");
 }
 
-TEST(LimitsBar, NoneForLimitsInTheWrongOrder) {
+TEST(LimitsBarTest, NoneForLimitsInTheWrongOrder) {
     EXPECT_EQ(limitsBar(viewOf(5, {{"MinReadable", 10}, {"MaxReadable", 0}}), 11), "");
     EXPECT_EQ(limitsBar(viewOf(5, {{"MinReadable", 5}, {"MaxReadable", 5}}), 11), "");
 }
 
-TEST(LimitsBar, WidestRangeDoesNotOverflow) {
+TEST(LimitsBarTest, WidestRangeDoesNotOverflow) {
     EXPECT_EQ(limitsBar(viewOf(0, {{"MinReadable", -2147483647}, {"MaxReadable", 2147483647}}), 3), "[-|-]");
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 using host::unitText;
 
-TEST(Units, CodesOfTheSensorsOfATerminal) {
+TEST(UnitsTest, CodesOfTheSensorsOfATerminal) {
     EXPECT_EQ(unitText(2, 0), "°C");
     EXPECT_EQ(unitText(5, 0), "V");
     EXPECT_EQ(unitText(6, 0), "A");
@@ -19,7 +19,7 @@ TEST(Units, CodesOfTheSensorsOfATerminal) {
 }
 
 // A list that lost or gained an entry shifts these.
-TEST(Units, CodesAlongTheList) {
+TEST(UnitsTest, CodesAlongTheList) {
     EXPECT_EQ(unitText(15, 0), "kPa");
     EXPECT_EQ(unitText(25, 0), "weeks");
     EXPECT_EQ(unitText(35, 0), "fl oz");
@@ -31,18 +31,18 @@ TEST(Units, CodesAlongTheList) {
     EXPECT_EQ(unitText(66, 0), "Pa");
 }
 
-TEST(Units, UnknownAndOtherHaveNoText) {
+TEST(UnitsTest, UnknownAndOtherHaveNoText) {
     EXPECT_EQ(unitText(0, 0), "");
     EXPECT_EQ(unitText(1, 0), "");
 }
 
-TEST(Units, CodeBeyondTheListIsShownAsItIs) {
+TEST(UnitsTest, CodeBeyondTheListIsShownAsItIs) {
     EXPECT_EQ(unitText(67, 0), "unit 67");
     EXPECT_EQ(unitText(65535, 0), "unit 65535");
     EXPECT_EQ(unitText(-1, 0), "unit -1");
 }
 
-TEST(Units, AllCanBeShownInAscii) {
+TEST(UnitsTest, AllCanBeShownInAscii) {
     for (int base = 0; base <= 66; ++base) {
         for (int rate = 0; rate <= 9; ++rate) {
             const std::string shown = host::shownIn(host::Charset::Ascii, unitText(base, rate));
@@ -52,7 +52,7 @@ TEST(Units, AllCanBeShownInAscii) {
     EXPECT_EQ(host::shownIn(host::Charset::Ascii, unitText(49, 1)), "ohm/us");
 }
 
-TEST(Units, RateFollowsTheUnit) {
+TEST(UnitsTest, RateFollowsTheUnit) {
     EXPECT_EQ(unitText(2, 4), "°C/min");
     EXPECT_EQ(unitText(38, 9), "rev/year");
     EXPECT_EQ(unitText(5, 10), "V/rate 10");

@@ -51,13 +51,13 @@ std::string valueComplaint(const std::string& type, const std::string& value) {
     return complaint("class A { " + type + " P = " + value + "; };");
 }
 
-TEST(MofReader, EmptyTextDeclaresNothing) {
+TEST(MofReaderTest, EmptyTextDeclaresNothing) {
     EXPECT_TRUE(read("").classes().empty());
     EXPECT_TRUE(read(" \t\r\n").classes().empty());
     EXPECT_TRUE(read("\xef\xbb\xbf").classes().empty());
 }
 
-TEST(MofReader, Comments) {
+TEST(MofReaderTest, Comments) {
     const Class declaration = onlyClass(
         "// class B {};\n/* class C {}; \n** / */ class /**/ A // after\n{ /* \" */ string P; // * /\n};//at the end");
     EXPECT_EQ(declaration.name, "A");
@@ -68,7 +68,7 @@ TEST(MofReader, Comments) {
     EXPECT_EQ(complaint("\n/"), "some.mof:2: \"/\" has no meaning here");
 }
 
-TEST(MofReader, PragmasAreSkipped) {
+TEST(MofReaderTest, PragmasAreSkipped) {
     EXPECT_EQ(onlyClass("#pragma locale (\"en_US\")\n# PRAGMA Namespace(\"root\" \"/cimv2\") class A {};").name, "A");
     EXPECT_EQ(complaint("#pragma locale \"en\""),
               "some.mof:1: expected \"(\" after the pragma's name, found the text \"en\"");
@@ -79,17 +79,17 @@ TEST(MofReader, PragmasAreSkipped) {
     EXPECT_EQ(complaint("#define A"), "some.mof:1: expected pragma after #, found \"define\"");
 }
 
-TEST(MofReader, IncludeIsRefused) {
+TEST(MofReaderTest, IncludeIsRefused) {
     EXPECT_EQ(complaint("\n#pragma Include (\"x.mof\")"),
               "some.mof:2: #pragma include is not followed, read that file by itself");
 }
 
-TEST(MofReader, InstancesAreRefused) {
+TEST(MofReaderTest, InstancesAreRefused) {
     EXPECT_EQ(complaint("class A {};\ninstance of A {};"),
               "some.mof:2: an instance declaration, expected classes and qualifiers only");
 }
 
-TEST(MofReader, QualifierDeclaration) {
+TEST(MofReaderTest, QualifierDeclaration) {
     const Schema schema = read(
         "Qualifier ArrayType : string = \"Bag\", Scope (property, Parameter), Flavor (DisableOverride, ToSubclass);\n"
         "qualifier Values : string[], scope(any);\n"
@@ -109,7 +109,7 @@ TEST(MofReader, QualifierDeclaration) {
     EXPECT_EQ(schema.findQualifier("Other"), nullptr);
 }
 
-TEST(MofReader, WrongQualifierDeclarations) {
+TEST(MofReaderTest, WrongQualifierDeclarations) {
     EXPECT_EQ(complaint("qualifier ;"), "some.mof:1: expected the qualifier's name, found \";\"");
     EXPECT_EQ(complaint("qualifier A string"),
               "some.mof:1: expected \":\" after the qualifier's name, found \"string\"");
@@ -132,7 +132,7 @@ TEST(MofReader, WrongQualifierDeclarations) {
               "some.mof:2: the qualifier a is declared twice");
 }
 
-TEST(MofReader, ClassHeader) {
+TEST(MofReaderTest, ClassHeader) {
     const Schema schema =
         read("class Base {};\n[Version (\"1\"), Terminal] CLASS Derived As $Alias : base { string P; };");
     ASSERT_EQ(schema.classes().size(), 2U);
@@ -148,7 +148,7 @@ TEST(MofReader, ClassHeader) {
     EXPECT_EQ(schema.findClass("Deriv"), nullptr);
 }
 
-TEST(MofReader, WrongClassHeaders) {
+TEST(MofReaderTest, WrongClassHeaders) {
     EXPECT_EQ(complaint("clas A {};"), "some.mof:1: expected a class or qualifier declaration, found \"clas\"");
     EXPECT_EQ(complaint("[Key] qualifier A"), "some.mof:1: expected class, found \"qualifier\"");
     EXPECT_EQ(complaint("class {};"), "some.mof:1: expected the class's name, found \"{\"");
@@ -163,7 +163,7 @@ TEST(MofReader, WrongClassHeaders) {
     EXPECT_EQ(complaint("class A {};\nclass a {};"), "some.mof:2: the class a is declared twice");
 }
 
-TEST(MofReader, PropertiesOfAllTypes) {
+TEST(MofReaderTest, PropertiesOfAllTypes) {
     const Class declaration = onlyClass(
         "class A { boolean a; STRING b; char16 c; uint8 d; sint8 e; uint16 f; sint16 g; uint32 h; sint32 i;"
         " uint64 j; sint64 k; real32 l; real64 m; datetime n; };");
@@ -174,7 +174,7 @@ TEST(MofReader, PropertiesOfAllTypes) {
                                    CMPI_real64, CMPI_dateTime));
 }
 
-TEST(MofReader, Arrays) {
+TEST(MofReaderTest, Arrays) {
     const Class declaration = onlyClass("class A { string a[]; uint8 b[0x10] = {1, 2}; };");
     EXPECT_EQ(declaration.properties[0].type, CMPI_stringA);
     EXPECT_FALSE(declaration.properties[0].arraySize);
@@ -187,7 +187,7 @@ TEST(MofReader, Arrays) {
     EXPECT_EQ(complaint("class A { string a[x]; };"), "some.mof:1: expected \"]\" after the array's size, found \"x\"");
 }
 
-TEST(MofReader, References) {
+TEST(MofReaderTest, References) {
     const Class declaration = onlyClass("[Association] class A { [Key] CIM_Thing REF Thing = \"CIM_Thing.Id=1\"; };");
     EXPECT_EQ(declaration.properties[0].type, CMPI_ref);
     EXPECT_EQ(declaration.properties[0].referencedClass, "CIM_Thing");
@@ -196,7 +196,7 @@ TEST(MofReader, References) {
               "some.mof:1: C is an array of references, which no property can be");
 }
 
-TEST(MofReader, WrongProperties) {
+TEST(MofReaderTest, WrongProperties) {
     EXPECT_EQ(complaint("class A {\n strng P; };"),
               "some.mof:2: \"strng\" is no type, expected a CIM type, or a class and ref");
     EXPECT_EQ(complaint("class A { string; };"), "some.mof:1: expected a name after the type, found \";\"");
@@ -208,7 +208,7 @@ TEST(MofReader, WrongProperties) {
     EXPECT_EQ(complaint("class A { 'x' P; };"), "some.mof:1: expected a type, found the character \"x\"");
 }
 
-TEST(MofReader, Methods) {
+TEST(MofReaderTest, Methods) {
     const Class declaration = onlyClass(
         "class A { [Description (\"x\")] uint32 Start([In, Out : ToSubclass] string Names[], B ref Which, C ref "
         "All[2]);"
@@ -227,7 +227,7 @@ TEST(MofReader, Methods) {
     EXPECT_EQ(declaration.properties.size(), 1U);
 }
 
-TEST(MofReader, WrongMethods) {
+TEST(MofReaderTest, WrongMethods) {
     EXPECT_EQ(complaint("class A { B ref M(); };"), "some.mof:1: the method M returns a reference");
     EXPECT_EQ(complaint("class A { uint8 M(string a,); };"), "some.mof:1: expected another parameter, found \")\"");
     EXPECT_EQ(complaint("class A { uint8 M(string a; };"), "some.mof:1: expected \")\" or a comma, found \";\"");
@@ -237,7 +237,7 @@ TEST(MofReader, WrongMethods) {
               "some.mof:1: \"void\" is no type, expected a CIM type, or a class and ref");
 }
 
-TEST(MofReader, QualifierLists) {
+TEST(MofReaderTest, QualifierLists) {
     const Class declaration = onlyClass(
         "class A { [Key, Read (FALSE) : DisableOverride ToSubclass, ValueMap {\"0\", \"1\"}, MaxLen (-1),\n"
         "Null (null)] string P; };");
@@ -254,7 +254,7 @@ TEST(MofReader, QualifierLists) {
     EXPECT_EQ(qualifiers[4].line, 2U);
 }
 
-TEST(MofReader, WrongQualifierLists) {
+TEST(MofReaderTest, WrongQualifierLists) {
     EXPECT_EQ(complaint("[] class A {};"), "some.mof:1: expected a qualifier's name, found \"]\"");
     EXPECT_EQ(complaint("[Key class A {};"),
               "some.mof:1: expected \"]\" or a comma after the qualifier, found \"class\"");
@@ -267,7 +267,7 @@ TEST(MofReader, WrongQualifierLists) {
     EXPECT_EQ(complaint("[Key,\nkey] class A {};"), "some.mof:2: the qualifier key is given twice");
 }
 
-TEST(MofReader, Texts) {
+TEST(MofReaderTest, Texts) {
     EXPECT_EQ(textOf("\"a\" /* and */ \"b\"\n\"\" \"c\""), "abc");
     EXPECT_EQ(textOf("\"\\b\\t\\n\\f\\r\\\"\\'\\\\\""), "\b\t\n\f\r\"'\\");
     EXPECT_EQ(textOf("\"\\x41\\XE9\\x20ac1 \\x1\""),
@@ -276,7 +276,7 @@ TEST(MofReader, Texts) {
     EXPECT_EQ(textOf("\"\xe2\x82\xac // \t /*\""), "\xe2\x82\xac // \t /*");
 }
 
-TEST(MofReader, WrongTexts) {
+TEST(MofReaderTest, WrongTexts) {
     EXPECT_EQ(complaint("class A { string P =\n\"a; };"),
               "some.mof:2: the text is not closed on its line, expected \"");
     EXPECT_EQ(complaint("class A { string P = \"a\nb\"; };"),
@@ -291,7 +291,7 @@ TEST(MofReader, WrongTexts) {
     EXPECT_EQ(valueComplaint("string", std::string("\"\0\"", 3)), "some.mof:1: a control character in the text: \\x00");
 }
 
-TEST(MofReader, Integers) {
+TEST(MofReaderTest, Integers) {
     const auto number = [](const std::string& type, const std::string& text) {
         const Literal literal = valueOf(type, text);
         return std::make_pair(literal.isNegative, literal.magnitude);
@@ -310,7 +310,7 @@ TEST(MofReader, Integers) {
     EXPECT_EQ(number("char16", "65535"), std::make_pair(false, std::uint64_t{65535}));
 }
 
-TEST(MofReader, WrongNumbers) {
+TEST(MofReaderTest, WrongNumbers) {
     for (const char* text :
          {"12abc", "08", "0x", "2b", "0xg", "1.", "1.5.2", "1.5e", "18446744073709551616", "1.0e999"}) {
         EXPECT_EQ(valueComplaint("real64", text),
@@ -321,14 +321,14 @@ TEST(MofReader, WrongNumbers) {
               "some.mof:1: \"" + std::string(40, '9') + "...\" is no number, or too large a one");
 }
 
-TEST(MofReader, Reals) {
+TEST(MofReaderTest, Reals) {
     EXPECT_EQ(valueOf("real64", "1.5").real, 1.5);
     EXPECT_EQ(valueOf("real32", "-.5e+1").real, -5.0);
     EXPECT_EQ(valueOf("real64", "+25.0E-1").real, 2.5);
     EXPECT_EQ(valueOf("real64", "3").magnitude, 3U);
 }
 
-TEST(MofReader, OtherValues) {
+TEST(MofReaderTest, OtherValues) {
     EXPECT_EQ(valueOf("boolean", "TRUE").magnitude, 1U);
     EXPECT_EQ(valueOf("boolean", "false").magnitude, 0U);
     EXPECT_EQ(valueOf("uint8", "NULL").kind, Literal::Kind::Null);
@@ -341,7 +341,7 @@ TEST(MofReader, OtherValues) {
     EXPECT_EQ(arrayValueOf("string", "null").kind, Literal::Kind::Null);
 }
 
-TEST(MofReader, WrongValues) {
+TEST(MofReaderTest, WrongValues) {
     EXPECT_EQ(valueComplaint("boolean", "yes"), "some.mof:1: expected a value, found \"yes\"");
     EXPECT_EQ(valueComplaint("string", ""), "some.mof:1: expected a value, found \";\"");
     EXPECT_EQ(valueComplaint("char16", "''"), "some.mof:1: expected one character between single quotes");
@@ -355,7 +355,7 @@ TEST(MofReader, WrongValues) {
     EXPECT_EQ(valueComplaint("string", "{{}}"), "some.mof:1: expected a value, found \"{\"");
 }
 
-TEST(MofReader, ValuesMustFitTheirTypes) {
+TEST(MofReaderTest, ValuesMustFitTheirTypes) {
     const std::vector<std::pair<std::string, std::string>> wrong{
         {"uint8", "256"},         {"uint8", "-1"},           {"sint8", "128"},
         {"sint8", "-129"},        {"uint16", "65536"},       {"sint16", "32768"},
@@ -372,7 +372,7 @@ TEST(MofReader, ValuesMustFitTheirTypes) {
     EXPECT_EQ(complaint("class A { uint8 P[] = 1; };"), "some.mof:1: the value of P does not fit its type uint8[]");
 }
 
-TEST(MofReader, QualifiersOfEarlierFilesCount) {
+TEST(MofReaderTest, QualifiersOfEarlierFilesCount) {
     const Schema qualifiers = read(
         "Qualifier Key : boolean = false, Scope (property, reference); Qualifier Note : string, Scope (any);"
         "Qualifier Out : boolean, Scope (parameter); Qualifier Static : boolean, Scope (method);"
@@ -394,7 +394,7 @@ TEST(MofReader, QualifiersOfEarlierFilesCount) {
     EXPECT_EQ(complaint("class A { [Kye] string P; };"), "") << "nothing is declared that it could be compared with";
 }
 
-TEST(MofReader, MembersIncludeInheritedOnes) {
+TEST(MofReaderTest, MembersIncludeInheritedOnes) {
     const Schema schema = read(
         "class A { [Key] string Id; uint8 Old; }; class B : A { string ID; uint16 More; }; class C : B { real32 Last; "
         "};");
@@ -407,7 +407,7 @@ TEST(MofReader, MembersIncludeInheritedOnes) {
                                   "Last" + type(CMPI_real32)));
 }
 
-TEST(MofReader, ErrorsAreOnePrintableLine) {
+TEST(MofReaderTest, ErrorsAreOnePrintableLine) {
     EXPECT_EQ(complaint("\n\n\x1b[2J"), "some.mof:3: \"\\x1b\" has no meaning here");
     EXPECT_EQ(complaint("\xc3\xa9"), "some.mof:1: \"\xc3\xa9\" has no meaning here");
     EXPECT_EQ(complaint(std::string(1, '\0')), "some.mof:1: \"\\x00\" has no meaning here");
@@ -421,7 +421,7 @@ TEST(MofReader, ErrorsAreOnePrintableLine) {
     }
 }
 
-TEST(MofReader, AnyBeginningOfATextIsReadOrRefused) {
+TEST(MofReaderTest, AnyBeginningOfATextIsReadOrRefused) {
     const std::string whole =
         "#pragma locale (\"en\")\nQualifier Q : string[2] = {\"a\"}, Scope (any), Flavor (ToSubclass);\n"
         "[Q {\"x\\x41\"} : ToSubclass] class A as $B { /* c */ [Q] uint8 P[3] = {1, 0x2}; char16 C = 'a'; "
@@ -433,7 +433,7 @@ TEST(MofReader, AnyBeginningOfATextIsReadOrRefused) {
     EXPECT_EQ(complaint(whole), "");
 }
 
-TEST(MofReader, DeepNestingEndsInAnErrorNotInTheStack) {
+TEST(MofReaderTest, DeepNestingEndsInAnErrorNotInTheStack) {
     for (const char* opening : {"[", "{", "(", "class A { uint8 P = {", "[A {", "class A { uint8 M("}) {
         std::string text;
         for (int i = 0; i < 200000; ++i) text += opening;

@@ -14,7 +14,7 @@ using host::charsetOfEnvironment;
 using host::shownIn;
 
 // Variables of the test's own, given back at the end.
-class CharsetOfEnvironment : public testing::Test {
+class CharsetOfEnvironmentTest : public testing::Test {
   protected:
     struct Variables {
         const char* all;
@@ -40,12 +40,12 @@ class CharsetOfEnvironment : public testing::Test {
     }
 };
 
-TEST_F(CharsetOfEnvironment, WithoutAnyVariableItIsAscii) {
+TEST_F(CharsetOfEnvironmentTest, WithoutAnyVariableItIsAscii) {
     EXPECT_FALSE(isUtf8With({nullptr, nullptr, nullptr}));
     EXPECT_FALSE(isUtf8With({"", "", ""}));
 }
 
-TEST_F(CharsetOfEnvironment, TheFirstThatIsSetDecides) {
+TEST_F(CharsetOfEnvironmentTest, TheFirstThatIsSetDecides) {
     EXPECT_TRUE(isUtf8With({nullptr, nullptr, "C.UTF-8"}));
     EXPECT_TRUE(isUtf8With({nullptr, "C.UTF-8", "C"}));
     EXPECT_TRUE(isUtf8With({"C.UTF-8", "C", "C"}));
@@ -55,7 +55,7 @@ TEST_F(CharsetOfEnvironment, TheFirstThatIsSetDecides) {
     EXPECT_TRUE(isUtf8With({"", "", "C.UTF-8"}));
 }
 
-TEST_F(CharsetOfEnvironment, LocaleThatIsNotInstalledCountsByItsName) {
+TEST_F(CharsetOfEnvironmentTest, LocaleThatIsNotInstalledCountsByItsName) {
     EXPECT_TRUE(isUtf8With({nullptr, nullptr, "xx_XX.UTF-8"}));
     EXPECT_TRUE(isUtf8With({nullptr, "xx_XX.utf8@euro", "C"}));
     EXPECT_FALSE(isUtf8With({nullptr, nullptr, "xx_XX"}));
@@ -63,24 +63,24 @@ TEST_F(CharsetOfEnvironment, LocaleThatIsNotInstalledCountsByItsName) {
     EXPECT_FALSE(isUtf8With({"xx_XX.KOI8-R", nullptr, "xx_XX.UTF-8"}));
 }
 
-TEST_F(CharsetOfEnvironment, LocaleOfTheProcessStays) {
+TEST_F(CharsetOfEnvironmentTest, LocaleOfTheProcessStays) {
     const std::string before = setlocale(LC_ALL, nullptr);
     charsetOfEnvironment();
     EXPECT_EQ(setlocale(LC_ALL, nullptr), before);
     EXPECT_EQ(uselocale(nullptr), LC_GLOBAL_LOCALE);
 }
 
-TEST(ShownIn, Utf8StaysAsItIs) {
+TEST(ShownInTest, Utf8StaysAsItIs) {
     const std::string text = "42 \u00b0C \u00fc\n";
     EXPECT_EQ(shownIn(Charset::Utf8, text), text);
 }
 
-TEST(ShownIn, SignsOfUnitsHaveSubstitutesInAscii) {
+TEST(ShownInTest, SignsOfUnitsHaveSubstitutesInAscii) {
     EXPECT_EQ(shownIn(Charset::Ascii, "\u00b0C \u00b0F in\u00b3 ft\u00b7lb \u03a9 /\u00b5s 5\u00d710^25"),
               "degC degF in3 ft.lb ohm /us 5x10^25");
 }
 
-TEST(ShownIn, BytesOfOtherCharactersAreEscapedInAscii) {
+TEST(ShownInTest, BytesOfOtherCharactersAreEscapedInAscii) {
     EXPECT_EQ(shownIn(Charset::Ascii, "plain ~\n\u00fc\u20ac\U0001F321"),
               "plain ~\n\\xc3\\xbc\\xe2\\x82\\xac\\xf0\\x9f\\x8c\\xa1");
     EXPECT_EQ(shownIn(Charset::Ascii, "\xb0"), "\\xb0");  // no UTF-8

@@ -13,7 +13,7 @@ namespace {
 
 using host::Output;
 
-TEST(Output, WritesMoreThanAPipeHolds) {
+TEST(OutputTest, WritesMoreThanAPipeHolds) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
     const std::string text(1000000, 'x');
@@ -31,14 +31,14 @@ TEST(Output, WritesMoreThanAPipeHolds) {
     EXPECT_EQ(total, text.size());
 }
 
-TEST(Output, FullDiskIsAFailure) {
+TEST(OutputTest, FullDiskIsAFailure) {
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     ASSERT_GE(full, 0);
     EXPECT_THROW(Output(full).write("x"), host::OutputError);
     close(full);
 }
 
-TEST(Output, ReaderThatIsGoneIsAFailureOfItsOwn) {
+TEST(OutputTest, ReaderThatIsGoneIsAFailureOfItsOwn) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
     close(ends[0]);
@@ -48,11 +48,11 @@ TEST(Output, ReaderThatIsGoneIsAFailureOfItsOwn) {
     close(ends[1]);
 }
 
-TEST(Output, MissingDescriptorIsAFailure) {
+TEST(OutputTest, MissingDescriptorIsAFailure) {
     EXPECT_THROW(Output(-1).write("x"), host::OutputError);
 }
 
-TEST(Output, FileIsNoTerminal) {
+TEST(OutputTest, FileIsNoTerminal) {
     const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
     EXPECT_FALSE(Output(null).isTerminal());
     EXPECT_FALSE(Output(null).takesColour());

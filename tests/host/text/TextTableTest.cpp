@@ -8,7 +8,7 @@ using host::Align;
 using host::Charset;
 using host::TextTable;
 
-TEST(TextTable, ColumnsAreAsWideAsTheirWidestCell) {
+TEST(TextTableTest, ColumnsAreAsWideAsTheirWidestCell) {
     TextTable table({{"Sensor"}, {"Reading", Align::Right}, {"State"}}, Charset::Utf8);
     table.add({"CPU", "42 °C", "ok"});
     table.add({"Power supply", "3 V", "critical low"});
@@ -18,7 +18,7 @@ TEST(TextTable, ColumnsAreAsWideAsTheirWidestCell) {
               "Power supply      3 V  critical low\n");
 }
 
-TEST(TextTable, ColumnsAreAsWideAsAsciiNeeds) {
+TEST(TextTableTest, ColumnsAreAsWideAsAsciiNeeds) {
     TextTable table({{"\u00dcber"}, {"Reading", Align::Right}, {"State"}}, Charset::Ascii);
     table.add({"\u00b5", "42 \u00b0C", "ok"});
     EXPECT_EQ(table.text(),
@@ -26,13 +26,13 @@ TEST(TextTable, ColumnsAreAsWideAsAsciiNeeds) {
               "u            42 degC  ok\n");
 }
 
-TEST(TextTable, NoBlanksAtTheEndOfALine) {
+TEST(TextTableTest, NoBlanksAtTheEndOfALine) {
     TextTable table({{"A"}, {"B"}}, Charset::Utf8);
     table.add({"long cell", ""});
     EXPECT_EQ(table.text(), "A          B\nlong cell\n");
 }
 
-TEST(TextTable, WithoutRowsTheTitlesStand) {
+TEST(TextTableTest, WithoutRowsTheTitlesStand) {
     EXPECT_EQ(TextTable({{"A"}, {"B"}}, Charset::Utf8).text(), "A  B\n");
 }
 

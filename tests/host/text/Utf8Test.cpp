@@ -10,23 +10,23 @@ using host::columnsOf;
 using host::cutToColumns;
 using host::printable;
 
-TEST(Printable, OrdinaryTextStays) {
+TEST(PrintableTest, OrdinaryTextStays) {
     EXPECT_EQ(printable("CPU(0000001a) 42 °C, 10 µs, \U0001F321"), "CPU(0000001a) 42 °C, 10 µs, \U0001F321");
 }
 
-TEST(Printable, ControlBytesAreEscaped) {
+TEST(PrintableTest, ControlBytesAreEscaped) {
     EXPECT_EQ(printable("a\x1b[2Jb\n\t\x7f"), "a\\x1b[2Jb\\x0a\\x09\\x7f");
     EXPECT_EQ(printable(std::string("a\0b", 3)), "a\\x00b");
 }
 
-TEST(Printable, EightBitControlsAreEscapedByteByByte) {
+TEST(PrintableTest, EightBitControlsAreEscapedByteByByte) {
     EXPECT_EQ(printable("\xc2\x9b"
                         "2J"),
               "\\xc2\\x9b2J");
     EXPECT_EQ(printable("\xc2\xa0"), "\xc2\xa0");
 }
 
-TEST(Printable, BytesThatAreNoUtf8AreEscaped) {
+TEST(PrintableTest, BytesThatAreNoUtf8AreEscaped) {
     EXPECT_EQ(printable("\x80"), "\\x80");                    // a continuation alone
     EXPECT_EQ(printable("\x9b"), "\\x9b");                    // the eight-bit form of ESC [
     EXPECT_EQ(printable("\xe2\x82"), "\\xe2\\x82");           // cut off
@@ -38,12 +38,12 @@ TEST(Printable, BytesThatAreNoUtf8AreEscaped) {
     EXPECT_EQ(printable("\xff"), "\\xff");
 }
 
-TEST(Columns, CountCharactersNotBytes) {
+TEST(ColumnsTest, CountCharactersNotBytes) {
     EXPECT_EQ(columnsOf(""), 0U);
     EXPECT_EQ(columnsOf("42 °C"), 5U);
 }
 
-TEST(Columns, CutNeverSplitsACharacter) {
+TEST(ColumnsTest, CutNeverSplitsACharacter) {
     EXPECT_EQ(cutToColumns("4°C", 2), "4°");
     EXPECT_EQ(cutToColumns("4°C", 3), "4°C");
     EXPECT_EQ(cutToColumns("4°C", 9), "4°C");

@@ -58,21 +58,21 @@ std::vector<std::string> faultsWithout(const std::string& property) {
     return faultsOf(instance, thing());
 }
 
-TEST(Conformance, WhatIsDeclaredConforms) {
+TEST(ConformanceTest, WhatIsDeclaredConforms) {
     EXPECT_THAT(faultsOf(goodPath(), thing()), IsEmpty());
     EXPECT_THAT(faultsOf(goodInstance(), thing()), IsEmpty());
 }
 
-TEST(Conformance, PropertyThatIsNotSetConforms) {
+TEST(ConformanceTest, PropertyThatIsNotSetConforms) {
     EXPECT_THAT(faultsWithout("Reading"), IsEmpty());
 }
 
-TEST(Conformance, CharsAreAString) {
+TEST(ConformanceTest, CharsAreAString) {
     EXPECT_THAT(faultsWithKey("Name", Value::ofText("a", CMPI_chars)), IsEmpty());
     EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("x", CMPI_chars)), IsEmpty());
 }
 
-TEST(Conformance, WrongNamespace) {
+TEST(ConformanceTest, WrongNamespace) {
     ObjectPath path = goodPath();
     path.nameSpace = "Root/CIMv2";
     EXPECT_THAT(faultsOf(path, thing()), IsEmpty());
@@ -82,7 +82,7 @@ TEST(Conformance, WrongNamespace) {
     }
 }
 
-TEST(Conformance, WrongClass) {
+TEST(ConformanceTest, WrongClass) {
     for (const char* other : {"", "Thin", "thing"}) {
         ObjectPath path = goodPath();
         path.className = other;
@@ -90,7 +90,7 @@ TEST(Conformance, WrongClass) {
     }
 }
 
-TEST(Conformance, MissingKey) {
+TEST(ConformanceTest, MissingKey) {
     ObjectPath path = goodPath();
     path.keys.pop_back();
     EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key Slot is missing"));
@@ -98,7 +98,7 @@ TEST(Conformance, MissingKey) {
     EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key Name is missing", "key Slot is missing"));
 }
 
-TEST(Conformance, KeyThatIsNoneInTheSchema) {
+TEST(ConformanceTest, KeyThatIsNoneInTheSchema) {
     ObjectPath path = goodPath();
     path.keys.push_back({"Caption", Value::ofText("x")});
     path.keys.push_back({"Other\x1b", Value::ofText("x")});
@@ -106,33 +106,33 @@ TEST(Conformance, KeyThatIsNoneInTheSchema) {
                 ElementsAre("key Caption is not declared as a key", "key Other\\x1b is not declared as a key"));
 }
 
-TEST(Conformance, KeyOfAnotherType) {
+TEST(ConformanceTest, KeyOfAnotherType) {
     EXPECT_THAT(faultsWithKey("Name", Value::ofUnsigned(1)), ElementsAre("key Name is uint32, declared as string"));
     EXPECT_THAT(faultsWithKey("Slot", Value::ofUnsigned(3)), ElementsAre("key Slot is uint32, declared as uint16"));
     EXPECT_THAT(faultsWithKey("Name", Value::ofArray({}, CMPI_string)),
                 ElementsAre("key Name is string[], declared as string"));
 }
 
-TEST(Conformance, NullKey) {
+TEST(ConformanceTest, NullKey) {
     EXPECT_THAT(faultsWithKey("Name", Value::null(CMPI_string)), ElementsAre("key Name is null"));
 }
 
-TEST(Conformance, KeySpelledOtherwise) {
+TEST(ConformanceTest, KeySpelledOtherwise) {
     ObjectPath path = goodPath();
     path.keys[0].name = "name";
     EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key name is spelled Name in the schema"));
 }
 
-TEST(Conformance, UndeclaredProperty) {
+TEST(ConformanceTest, UndeclaredProperty) {
     EXPECT_THAT(faultsWithProperty("Colour", Value::ofText("red")), ElementsAre("property Colour is not declared"));
 }
 
-TEST(Conformance, PropertySpelledOtherwise) {
+TEST(ConformanceTest, PropertySpelledOtherwise) {
     EXPECT_THAT(faultsWithProperty("caption", Value::ofText("x")),
                 ElementsAre("property caption is spelled Caption in the schema"));
 }
 
-TEST(Conformance, PropertyOfAnotherType) {
+TEST(ConformanceTest, PropertyOfAnotherType) {
     Instance instance = goodInstance();
     instance.properties[2].value = Value::ofText("-5");
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is string, declared as sint32"));
@@ -142,14 +142,14 @@ TEST(Conformance, PropertyOfAnotherType) {
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is sint64, declared as sint32"));
 }
 
-TEST(Conformance, NullPropertyHasItsTypeToo) {
+TEST(ConformanceTest, NullPropertyHasItsTypeToo) {
     EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_string)), IsEmpty());
     EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_null)), IsEmpty());
     EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_uint8)),
                 ElementsAre("property Caption is uint8, declared as string"));
 }
 
-TEST(Conformance, ArrayForScalarAndScalarForArray) {
+TEST(ConformanceTest, ArrayForScalarAndScalarForArray) {
     Instance instance = goodInstance();
     instance.properties[2].value = Value::ofArray({Value::ofSigned(1)}, CMPI_sint32);
     instance.properties[3].value = Value::ofText("x");
@@ -157,14 +157,14 @@ TEST(Conformance, ArrayForScalarAndScalarForArray) {
                                                          "property Lines is string, declared as string[]"));
 }
 
-TEST(Conformance, KeyPropertyMustBeSet) {
+TEST(ConformanceTest, KeyPropertyMustBeSet) {
     EXPECT_THAT(faultsWithout("Name"), ElementsAre("key property Name is not set"));
     Instance instance = goodInstance();
     instance.properties[0].value = Value::null(CMPI_string);
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("key property Name is not set"));
 }
 
-TEST(Conformance, KeyPropertyMustEqualThePathsKey) {
+TEST(ConformanceTest, KeyPropertyMustEqualThePathsKey) {
     Instance instance = goodInstance();
     instance.properties[0].value = Value::ofText("b");
     instance.properties[1].value = Value::ofUnsigned(4, CMPI_uint16);
@@ -172,13 +172,13 @@ TEST(Conformance, KeyPropertyMustEqualThePathsKey) {
                                                          "property Slot is 4, but the path's key is 3"));
 }
 
-TEST(Conformance, InstancesPathIsCheckedToo) {
+TEST(ConformanceTest, InstancesPathIsCheckedToo) {
     Instance instance = goodInstance();
     instance.path.className = "Other";
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("the class is not Thing"));
 }
 
-TEST(Conformance, TextThatXmlCannotCarry) {
+TEST(ConformanceTest, TextThatXmlCannotCarry) {
     EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("a\xff")),
                 ElementsAre("property Caption holds text that is no UTF-8 or has control characters: a\\xff"));
     Instance instance = goodInstance();
@@ -189,7 +189,7 @@ TEST(Conformance, TextThatXmlCannotCarry) {
                 ElementsAre("key Name holds text that is no UTF-8 or has control characters: \\x1b"));
 }
 
-TEST(Conformance, FitForXml) {
+TEST(ConformanceTest, FitForXml) {
     for (const char* text : {"", "a b", "\t\r\n", "\xc2\xb0\xe2\x82\xac\xf0\x9f\x98\x80", "\x7f"}) {
         EXPECT_TRUE(isFitForXml(text)) << text;
     }

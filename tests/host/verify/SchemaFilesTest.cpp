@@ -12,8 +12,8 @@ namespace {
 using host::readSchema;
 using testing::HasSubstr;
 
-constexpr const char* kQualifiers = SCHEMA "/qualifiers.mof";
-constexpr const char* kClasses = SCHEMA "/tqs.mof";
+constexpr const char* QUALIFIERS = SCHEMA "/qualifiers.mof";
+constexpr const char* CLASSES = SCHEMA "/tqs.mof";
 
 std::string usageComplaint(const std::string& file) {
     try {
@@ -32,33 +32,33 @@ std::vector<std::string> keysOf(const mof::Schema& schema, const std::string& cl
     return keys;
 }
 
-TEST(SchemaFiles, EachFileUsesWhatThoseBeforeItDeclare) {
-    const TestFolder folder;
-    const std::string base = folder.write("base.mof", "class Base {};");
-    const std::string derived = folder.write("derived.mof", "class Derived : Base {};");
+TEST(SchemaFilesTest, EachFileUsesWhatThoseBeforeItDeclare) {
+    const TestDirectory directory;
+    const std::string base = directory.write("base.mof", "class Base {};");
+    const std::string derived = directory.write("derived.mof", "class Derived : Base {};");
     EXPECT_EQ(readSchema({base, derived}).classes().size(), 2U);
     EXPECT_THROW(readSchema({derived, base}), mof::MofError);
 }
 
-TEST(SchemaFiles, UnreadableFileIsWrongUsage) {
-    const TestFolder folder;
-    EXPECT_EQ(usageComplaint(folder.path("none.mof")),
-              "the schema file " + folder.path("none.mof") + " cannot be read (No such file or directory)");
+TEST(SchemaFilesTest, UnreadableFileIsWrongUsage) {
+    const TestDirectory directory;
+    EXPECT_EQ(usageComplaint(directory.path("none.mof")),
+              "the schema file " + directory.path("none.mof") + " cannot be read (No such file or directory)");
     EXPECT_THAT(usageComplaint(std::filesystem::temp_directory_path()), HasSubstr("cannot be read (Is a directory)"));
 }
 
-TEST(SchemaFiles, EndlessFileIsRefused) {
+TEST(SchemaFilesTest, EndlessFileIsRefused) {
     EXPECT_EQ(usageComplaint("/dev/zero"), "the schema file /dev/zero is larger than 16 MiB");
 }
 
-TEST(SchemaFiles, LastLineNeedsNoLineFeed) {
-    const TestFolder folder;
+TEST(SchemaFilesTest, LastLineNeedsNoLineFeed) {
+    const TestDirectory directory;
     const std::string text = "class A {};" + std::string(8192, ' ') + "class B {};";
-    EXPECT_EQ(readSchema({folder.write("a.mof", text)}).classes().size(), 2U);
+    EXPECT_EQ(readSchema({directory.write("a.mof", text)}).classes().size(), 2U);
 }
 
-TEST(ShippedSchema, ClassesStandAloneWithNameAsTheOnlyKey) {
-    const mof::Schema schema = readSchema({kClasses});
+TEST(ShippedSchemaTest, ClassesStandAloneWithNameAsTheOnlyKey) {
+    const mof::Schema schema = readSchema({CLASSES});
     ASSERT_EQ(schema.classes().size(), 2U);
     for (const mof::Class& declaration : schema.classes()) {
         EXPECT_EQ(declaration.superclass, "");
@@ -69,8 +69,8 @@ TEST(ShippedSchema, ClassesStandAloneWithNameAsTheOnlyKey) {
     EXPECT_EQ(schema.findClass("TQS_SystemEventLog")->properties.size(), 12U);
 }
 
-TEST(ShippedSchema, EveryQualifierUsedIsDeclaredAndEveryDeclaredOneUsed) {
-    const mof::Schema schema = readSchema({kQualifiers, kClasses});
+TEST(ShippedSchemaTest, EveryQualifierUsedIsDeclaredAndEveryDeclaredOneUsed) {
+    const mof::Schema schema = readSchema({QUALIFIERS, CLASSES});
     mof::Names used;
     const auto note = [&](const std::vector<mof::Qualifier>& qualifiers) {
         for (const mof::Qualifier& each : qualifiers) {
@@ -85,8 +85,8 @@ TEST(ShippedSchema, EveryQualifierUsedIsDeclaredAndEveryDeclaredOneUsed) {
     EXPECT_EQ(used.size(), schema.qualifierCount());
 }
 
-TEST(ShippedSchema, EveryPropertyIsReadableAndDescribed) {
-    const mof::Schema schema = readSchema({kClasses});
+TEST(ShippedSchemaTest, EveryPropertyIsReadableAndDescribed) {
+    const mof::Schema schema = readSchema({CLASSES});
     for (const mof::Class& declaration : schema.classes()) {
         for (const mof::Property& property : declaration.properties) {
             EXPECT_TRUE(mof::isSet(property.qualifiers, "Read")) << property.name;
@@ -96,9 +96,9 @@ TEST(ShippedSchema, EveryPropertyIsReadableAndDescribed) {
     }
 }
 
-TEST(ShippedSchema, EveryValueHasItsName) {
+TEST(ShippedSchemaTest, EveryValueHasItsName) {
     unsigned maps = 0;
-    const mof::Schema schema = readSchema({kClasses});
+    const mof::Schema schema = readSchema({CLASSES});
     for (const mof::Class& declaration : schema.classes()) {
         for (const mof::Property& property : declaration.properties) {
             const mof::Qualifier* map = mof::findQualifier(property.qualifiers, "ValueMap");

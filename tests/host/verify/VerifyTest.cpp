@@ -19,7 +19,7 @@ using host::Verification;
 using host::verificationText;
 using testing::ElementsAre;
 
-constexpr const char* kThing = "class Thing { [Key] string Name; sint32 Reading; };";
+constexpr const char* THING = "class Thing { [Key] string Name; sint32 Reading; };";
 
 broker::Instance thingOf(const std::string& name, int reading) {
     return instanceOf("Thing", name, {{"Name", Value::ofText(name)}, {"Reading", Value::ofSigned(reading)}});
@@ -34,7 +34,7 @@ Reply pathsOf(std::vector<broker::Instance> instances) {
 // A provider of two things, each of whose answers a test may replace.
 class VerifyTest : public testing::Test {
   protected:
-    Verification verified(const std::string& mof = kThing) {
+    Verification verified(const std::string& mof = THING) {
         const auto noted = [this](const char* request, const Reply& reply) {
             return [this, request, &reply](const ObjectPath& path) {
                 m_asked.push_back(std::string(request) + ' ' + path.nameSpace + ':' + path.className);

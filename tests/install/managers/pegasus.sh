@@ -2,7 +2,7 @@
 # Stands in for OpenPegasus's cimconfig, cimprovider, cimmof and cimcli, by the name that it is called with. As bad as the
 # real ones: cimmof answers 0 for a class that it leaves as it was.
 #
-# The server is the folder var/ below its prefix: running (a file), providerDir, modules, namespaces/<name>/<class>,
+# The server is the directory var/ below its prefix: running (a file), providerDir, modules, namespaces/<name>/<class>,
 # qualifiers/<name>. What it was called with goes to var/calls; var/fail-<tool> holds a status and a pattern of the
 # arguments for which that is answered without doing anything.
 set -eu
@@ -27,8 +27,8 @@ need_server() {
 cimconfig() {
     [ "$1 $2" = "-g providerDir" ] || exit 64
     if [ "${3:-}" = -p ]; then word=Planned; else word=Current; need_server; fi
-    read -r folders <"$var/providerDir"
-    case "$folders" in *=*) printf '%s\n' "$folders" ;; *) printf '%s value: %s\n' "$word" "$folders" ;; esac
+    read -r directories <"$var/providerDir"
+    case "$directories" in *=*) printf '%s\n' "$directories" ;; *) printf '%s value: %s\n' "$word" "$directories" ;; esac
 }
 
 state_of() { awk -v name="$1" '$1 == name { print $2 }' "$var/modules"; }
@@ -92,7 +92,7 @@ cimmof() {
         return
     fi
     mkdir -p "$var/namespaces/$namespace"
-    awk -v folder="$var/qualifiers/" '$1 == "Qualifier" { printf "" >(folder $2) }' "$1"
+    awk -v directory="$var/qualifiers/" '$1 == "Qualifier" { printf "" >(directory $2) }' "$1"
     awk -v to="$var/compiled-" '/^\[Version/ { file = to (++count) } file { print >file }' "$1"
     for file in "$var"/compiled-*; do
         [ -f "$file" ] || continue

@@ -3,7 +3,7 @@
 # sfcbrepos moves the repository away before it fails, and takes what anybody has staged; sfcbunstage stops at a file that
 # is not staged.
 #
-# Its folders are below its prefix: share/sfcb/CIM, var/lib/sfcb/stage (or SFCB_STAGE), var/lib/sfcb/registration. What it was called with
+# Its directories are below its prefix: share/sfcb/CIM, var/lib/sfcb/stage (or SFCB_STAGE), var/lib/sfcb/registration. What it was called with
 # goes to var/calls; var/fail-<tool> holds a status to answer without doing anything.
 set -eu
 tool=${0##*/}

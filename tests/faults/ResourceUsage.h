@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <ostream>
 
-struct Holdings {
+struct ResourceUsage {
     std::size_t descriptors;
     std::size_t threads;
     std::size_t heapBytes;      // taken from the C library's memory and not given back; 0 where another takes its place
@@ -14,13 +14,13 @@ struct Holdings {
     // files away where memory gets short, and gives them back later.
     std::size_t ownBytes;
 
-    static Holdings now();
+    static ResourceUsage now();
 };
 
-std::ostream& operator<<(std::ostream& stream, const Holdings& holdings);
+std::ostream& operator<<(std::ostream& stream, const ResourceUsage& usage);
 
 // Fails the test where the process holds more than before: other numbers of descriptors or threads, or memory beyond
 // what the C library's own bookkeeping may need.
-void expectNoneGained(const Holdings& before, const Holdings& after);
+void expectNoneGained(const ResourceUsage& before, const ResourceUsage& after);
 
 #endif

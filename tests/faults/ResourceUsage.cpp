@@ -1,4 +1,4 @@
-#include "Holdings.h"
+#include "ResourceUsage.h"
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -41,7 +41,7 @@ std::size_t ownBytesNow() {
 
 }  // namespace
 
-Holdings Holdings::now() {
+ResourceUsage ResourceUsage::now() {
     // Sanitizers and valgrind answer nothing here.
     const struct mallinfo2 heap = mallinfo2();
     const std::size_t taken = heap.uordblks + heap.hblkhd;
@@ -49,12 +49,12 @@ Holdings Holdings::now() {
             taken == 0 ? 0 : ownBytesNow()};
 }
 
-std::ostream& operator<<(std::ostream& stream, const Holdings& holdings) {
-    return stream << holdings.descriptors << " descriptors, " << holdings.threads << " threads, " << holdings.heapBytes
-                  << " bytes of heap, " << holdings.residentBytes / 1024 << " KiB resident";
+std::ostream& operator<<(std::ostream& stream, const ResourceUsage& usage) {
+    return stream << usage.descriptors << " descriptors, " << usage.threads << " threads, " << usage.heapBytes
+                  << " bytes of heap, " << usage.residentBytes / 1024 << " KiB resident";
 }
 
-void expectNoneGained(const Holdings& before, const Holdings& after) {
+void expectNoneGained(const ResourceUsage& before, const ResourceUsage& after) {
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
     EXPECT_LE(after.heapBytes, before.heapBytes + HEAP_SLACK);
