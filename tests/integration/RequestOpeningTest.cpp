@@ -236,7 +236,7 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownLaterKeepsWhatWasReturned) {
     inFreshProcess([] {
         useScenario(chipSensor(1, "CPU", {50}) + chipSensor(2, "Fan", {900}));
         LoadedProvider loaded;
-        for (const RequestKind& kind : {kinds[0], kinds[1]}) {
+        for (const RequestKind& kind : {KINDS[0], KINDS[1]}) {
             takeLog();
             broker::Request request(loaded.broker);
             auto* result = const_cast<CMPIResult*>(request.result());  // the broker made it changeable
