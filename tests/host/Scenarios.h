@@ -2,33 +2,6 @@
 #ifndef ZELSENSORS_TESTS_HOST_SCENARIOS_H
 #define ZELSENSORS_TESTS_HOST_SCENARIOS_H
 
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-
-// A directory of the test's own, removed at the end.
-class TestDirectory {
-  public:
-    TestDirectory() {
-        std::string pattern = std::filesystem::temp_directory_path() / "zelhost-test-XXXXXX";
-        m_path = mkdtemp(pattern.data());
-    }
-    ~TestDirectory() { std::filesystem::remove_all(m_path); }
-    TestDirectory(const TestDirectory&) = delete;
-    TestDirectory& operator=(const TestDirectory&) = delete;
-
-    std::string path(const std::string& name) const { return m_path / name; }
-    std::string write(const std::string& name, const std::string& contents) const {
-        std::ofstream(path(name)) << contents;
-        return path(name);
-    }
-
-  private:
-    std::filesystem::path m_path;
-};
-
 // CPU(00000001) at 42.00 °C, and Bad\x1b[2J(0000001a) past its critical threshold.
 constexpr const char* TWO_SENSORS = R"(
 model = "none"

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
@@ -20,6 +21,12 @@ class TemporaryDirectory {
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     const std::filesystem::path& path() const { return m_path; }
+    std::string path(const std::string& name) const { return m_path / name; }
+    // The path of a file of that name, which holds this now.
+    std::string write(const std::string& name, const std::string& contents) const {
+        std::ofstream(path(name), std::ios::binary) << contents;
+        return path(name);
+    }
 
   private:
     std::filesystem::path m_path;

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
 
+#include "TemporaryDirectory.h"
 #include "cli/Failure.h"
 #include "cli/Locations.h"
 
@@ -21,12 +21,6 @@ using testing::HasSubstr;
 
 class LocationsTest : public testing::Test {
   protected:
-    LocationsTest() {
-        std::string pattern = fs::temp_directory_path() / "zelhost-locations-XXXXXX";
-        m_directory = mkdtemp(pattern.data());
-    }
-    ~LocationsTest() override { fs::remove_all(m_directory); }
-
     std::string make(const fs::path& file) const {
         const fs::path full = (m_directory / file).lexically_normal();
         fs::create_directories(full.parent_path());
@@ -42,7 +36,8 @@ class LocationsTest : public testing::Test {
         return "";
     }
 
-    fs::path m_directory;
+    TemporaryDirectory m_temporary;
+    const fs::path& m_directory = m_temporary.path();
 };
 
 TEST_F(LocationsTest, BuildTree) {

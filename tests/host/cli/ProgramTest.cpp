@@ -8,10 +8,12 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "FileContents.h"
 #include "MemoryFile.h"
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -34,17 +36,11 @@ class ProgramTest : public testing::Test {
         return runProgram(arguments);
     }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 // Line 3 is wrong.
 constexpr const char* FAULTY_SCENARIO = "model = \"none\"\n[[sensor]]\nhandle = \"x\"\n";
-
-std::string contentsOf(const std::string& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
 
 json jsonIn(const ProgramEnd& end) {
     return json::parse(end.output, nullptr, false);

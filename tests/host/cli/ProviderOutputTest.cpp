@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "FileContents.h"
 #include "FreshProcess.h"
 #include "cli/Failure.h"
 #include "cli/ProviderOutput.h"
@@ -15,12 +16,6 @@
 namespace {
 
 using host::ProviderOutput;
-
-std::string contentsOf(const std::string& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
 
 void chatter() {
     std::printf("to output\n");

@@ -8,6 +8,7 @@
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 #include "verify/SchemaFiles.h"
 
 namespace {
@@ -79,7 +80,7 @@ class VerifyProgramTest : public testing::Test {
         return names;
     }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 std::vector<std::string> shippedScenarios() {

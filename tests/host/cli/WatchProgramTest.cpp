@@ -16,6 +16,7 @@
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ class WatchProgramTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
     std::string m_scenario = m_directory.write("scenario.toml", TWO_SENSORS);
 };
 

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <set>
+
+#include "FileContents.h"
 #include "mof/MofReader.h"
 
 namespace {
@@ -19,9 +23,9 @@ Schema read(const std::string& text, Schema before = {}) {
     return readMof(text, "some.mof", std::move(before));
 }
 
-std::string complaint(const std::string& text, const Schema& before = {}) {
+std::string complaint(const std::string& text, const Schema& before = {}, const std::string& file = "some.mof") {
     try {
-        readMof(text, "some.mof", before);
+        readMof(text, file, before);
     } catch (const mof::MofError& error) {
         return error.what();
     }
@@ -51,6 +55,20 @@ std::string valueComplaint(const std::string& type, const std::string& value) {
     return complaint("class A { " + type + " P = " + value + "; };");
 }
 
+// Each file NAME.mof in the directory is refused with the message in NAME.txt, which begins with the file's name.
+TEST(MofReaderTest, FaultyFileIsRefusedWithTheMessageBesideIt) {
+    std::set<std::string> files;
+    std::set<std::string> messages;
+    for (const auto& entry : std::filesystem::directory_iterator(FAULTY_MOF))
+        (entry.path().extension() == ".mof" ? files : messages).insert(entry.path().stem());
+    EXPECT_EQ(files, messages);
+    EXPECT_FALSE(files.empty());
+    for (const std::string& name : files) {
+        const std::string file = FAULTY_MOF "/" + name;
+        EXPECT_EQ(complaint(contentsOf(file + ".mof"), {}, name + ".mof") + '\n', contentsOf(file + ".txt"));
+    }
+}
+
 TEST(MofReaderTest, EmptyTextDeclaresNothing) {
     EXPECT_TRUE(read("").classes().empty());
     EXPECT_TRUE(read(" \t\r\n").classes().empty());
@@ -63,30 +81,10 @@ TEST(MofReaderTest, Comments) {
     EXPECT_EQ(declaration.name, "A");
     ASSERT_EQ(declaration.properties.size(), 1U);
     EXPECT_EQ(declaration.properties[0].line, 4U);
-    EXPECT_EQ(complaint("\n/* x\n"), "some.mof:2: the comment is not closed, expected */");
-    EXPECT_EQ(complaint("/*/"), "some.mof:1: the comment is not closed, expected */");
-    EXPECT_EQ(complaint("\n/"), "some.mof:2: \"/\" has no meaning here");
 }
 
 TEST(MofReaderTest, PragmasAreSkipped) {
     EXPECT_EQ(onlyClass("#pragma locale (\"en_US\")\n# PRAGMA Namespace(\"root\" \"/cimv2\") class A {};").name, "A");
-    EXPECT_EQ(complaint("#pragma locale \"en\""),
-              "some.mof:1: expected \"(\" after the pragma's name, found the text \"en\"");
-    EXPECT_EQ(complaint("#pragma locale (en)"), "some.mof:1: expected a text in double quotes, found \"en\"");
-    EXPECT_EQ(complaint("#pragma locale (\"en\""),
-              "some.mof:1: expected \")\" after the pragma's text, found the end of the file");
-    EXPECT_EQ(complaint("#pragma (\"en\")"), "some.mof:1: expected the pragma's name, found \"(\"");
-    EXPECT_EQ(complaint("#define A"), "some.mof:1: expected pragma after #, found \"define\"");
-}
-
-TEST(MofReaderTest, IncludeIsRefused) {
-    EXPECT_EQ(complaint("\n#pragma Include (\"x.mof\")"),
-              "some.mof:2: #pragma include is not followed, read that file by itself");
-}
-
-TEST(MofReaderTest, InstancesAreRefused) {
-    EXPECT_EQ(complaint("class A {};\ninstance of A {};"),
-              "some.mof:2: an instance declaration, expected classes and qualifiers only");
 }
 
 TEST(MofReaderTest, QualifierDeclaration) {
@@ -109,29 +107,6 @@ TEST(MofReaderTest, QualifierDeclaration) {
     EXPECT_EQ(schema.findQualifier("Other"), nullptr);
 }
 
-TEST(MofReaderTest, WrongQualifierDeclarations) {
-    EXPECT_EQ(complaint("qualifier ;"), "some.mof:1: expected the qualifier's name, found \";\"");
-    EXPECT_EQ(complaint("qualifier A string"),
-              "some.mof:1: expected \":\" after the qualifier's name, found \"string\"");
-    EXPECT_EQ(complaint("qualifier A : text, scope(any);"),
-              "some.mof:1: \"text\" is no type, expected a CIM type, or a class and ref");
-    EXPECT_EQ(complaint("qualifier A : B ref, scope(any);"), "some.mof:1: a qualifier cannot be a reference");
-    EXPECT_EQ(complaint("qualifier A : string;"), "some.mof:1: expected \",\" and the qualifier's scope, found \";\"");
-    EXPECT_EQ(complaint("qualifier A : string, flavor(ToSubclass);"), "some.mof:1: expected scope, found \"flavor\"");
-    EXPECT_EQ(complaint("qualifier A : string,\n scope(propperty);"),
-              "some.mof:2: expected a scope such as property or any, found \"propperty\"");
-    EXPECT_EQ(complaint("qualifier A : string, scope(any;"), "some.mof:1: expected \")\" or a comma, found \";\"");
-    EXPECT_EQ(complaint("qualifier A : string, scope(any), any;"), "some.mof:1: expected flavor, found \"any\"");
-    EXPECT_EQ(complaint("qualifier A : string, scope(any), flavor(Sweet);"),
-              "some.mof:1: expected a flavor such as DisableOverride, found \"Sweet\"");
-    EXPECT_EQ(complaint("qualifier A : string, scope(any)\nqualifier"),
-              "some.mof:2: expected \";\" after the qualifier declaration, found \"qualifier\"");
-    EXPECT_EQ(complaint("qualifier A : uint8 = 256, scope(any);"),
-              "some.mof:1: the value of A does not fit its type uint8");
-    EXPECT_EQ(complaint("qualifier A : string, scope(any);\nqualifier a : string, scope(any);"),
-              "some.mof:2: the qualifier a is declared twice");
-}
-
 TEST(MofReaderTest, ClassHeader) {
     const Schema schema =
         read("class Base {};\n[Version (\"1\"), Terminal] CLASS Derived As $Alias : base { string P; };");
@@ -146,21 +121,6 @@ TEST(MofReaderTest, ClassHeader) {
     EXPECT_TRUE(mof::isSet(derived.qualifiers, "terminal"));
     EXPECT_EQ(schema.findClass("DERIVED"), &derived);
     EXPECT_EQ(schema.findClass("Deriv"), nullptr);
-}
-
-TEST(MofReaderTest, WrongClassHeaders) {
-    EXPECT_EQ(complaint("clas A {};"), "some.mof:1: expected a class or qualifier declaration, found \"clas\"");
-    EXPECT_EQ(complaint("[Key] qualifier A"), "some.mof:1: expected class, found \"qualifier\"");
-    EXPECT_EQ(complaint("class {};"), "some.mof:1: expected the class's name, found \"{\"");
-    EXPECT_EQ(complaint("class A as B {};"), "some.mof:1: expected \"$\" before the alias, found \"B\"");
-    EXPECT_EQ(complaint("class A as $ {};"), "some.mof:1: expected the alias, found \"{\"");
-    EXPECT_EQ(complaint("class A : {};"), "some.mof:1: expected the superclass's name, found \"{\"");
-    EXPECT_EQ(complaint("class A;"), "some.mof:1: expected \"{\" before the class's properties, found \";\"");
-    EXPECT_EQ(complaint("class A {}"), "some.mof:1: expected \";\" after the class, found the end of the file");
-    EXPECT_EQ(complaint("class A {\n\n"), "some.mof:3: expected a type, found the end of the file");
-    EXPECT_EQ(complaint("class A : B {};"), "some.mof:1: the superclass B is not declared before");
-    EXPECT_EQ(complaint("class A : A {};"), "some.mof:1: the superclass A is not declared before");
-    EXPECT_EQ(complaint("class A {};\nclass a {};"), "some.mof:2: the class a is declared twice");
 }
 
 TEST(MofReaderTest, PropertiesOfAllTypes) {
@@ -184,7 +144,6 @@ TEST(MofReaderTest, Arrays) {
         EXPECT_EQ(complaint("class A { string a[" + std::string(size) + "]; };"),
                   "some.mof:1: expected a number of elements, found \"" + std::string(size) + '"');
     }
-    EXPECT_EQ(complaint("class A { string a[x]; };"), "some.mof:1: expected \"]\" after the array's size, found \"x\"");
 }
 
 TEST(MofReaderTest, References) {
@@ -192,20 +151,6 @@ TEST(MofReaderTest, References) {
     EXPECT_EQ(declaration.properties[0].type, CMPI_ref);
     EXPECT_EQ(declaration.properties[0].referencedClass, "CIM_Thing");
     EXPECT_EQ(declaration.properties[0].defaultValue.value().text, "CIM_Thing.Id=1");
-    EXPECT_EQ(complaint("class A { B ref C[]; };"),
-              "some.mof:1: C is an array of references, which no property can be");
-}
-
-TEST(MofReaderTest, WrongProperties) {
-    EXPECT_EQ(complaint("class A {\n strng P; };"),
-              "some.mof:2: \"strng\" is no type, expected a CIM type, or a class and ref");
-    EXPECT_EQ(complaint("class A { string; };"), "some.mof:1: expected a name after the type, found \";\"");
-    EXPECT_EQ(complaint("class A { string \"P\"; };"),
-              "some.mof:1: expected a name after the type, found the text \"P\"");
-    EXPECT_EQ(complaint("class A { string P\n uint8 Q; };"),
-              "some.mof:2: expected \";\" after the declaration, found \"uint8\"");
-    EXPECT_EQ(complaint("class A { string P;\nuint8 p; };"), "some.mof:2: p is declared twice");
-    EXPECT_EQ(complaint("class A { 'x' P; };"), "some.mof:1: expected a type, found the character \"x\"");
 }
 
 TEST(MofReaderTest, Methods) {
@@ -227,16 +172,6 @@ TEST(MofReaderTest, Methods) {
     EXPECT_EQ(declaration.properties.size(), 1U);
 }
 
-TEST(MofReaderTest, WrongMethods) {
-    EXPECT_EQ(complaint("class A { B ref M(); };"), "some.mof:1: the method M returns a reference");
-    EXPECT_EQ(complaint("class A { uint8 M(string a,); };"), "some.mof:1: expected another parameter, found \")\"");
-    EXPECT_EQ(complaint("class A { uint8 M(string a; };"), "some.mof:1: expected \")\" or a comma, found \";\"");
-    EXPECT_EQ(complaint("class A { uint8 M(string a,\nuint8 A); };"), "some.mof:2: A is declared twice");
-    EXPECT_EQ(complaint("class A { uint8 M();\nuint8 m(); };"), "some.mof:2: m is declared twice");
-    EXPECT_EQ(complaint("class A { uint8 M(void); };"),
-              "some.mof:1: \"void\" is no type, expected a CIM type, or a class and ref");
-}
-
 TEST(MofReaderTest, QualifierLists) {
     const Class declaration = onlyClass(
         "class A { [Key, Read (FALSE) : DisableOverride ToSubclass, ValueMap {\"0\", \"1\"}, MaxLen (-1),\n"
@@ -254,19 +189,6 @@ TEST(MofReaderTest, QualifierLists) {
     EXPECT_EQ(qualifiers[4].line, 2U);
 }
 
-TEST(MofReaderTest, WrongQualifierLists) {
-    EXPECT_EQ(complaint("[] class A {};"), "some.mof:1: expected a qualifier's name, found \"]\"");
-    EXPECT_EQ(complaint("[Key class A {};"),
-              "some.mof:1: expected \"]\" or a comma after the qualifier, found \"class\"");
-    EXPECT_EQ(complaint("[Key,] class A {};"), "some.mof:1: expected a qualifier's name, found \"]\"");
-    EXPECT_EQ(complaint("[Key (true] class A {};"),
-              "some.mof:1: expected \")\" after the qualifier's value, found \"]\"");
-    EXPECT_EQ(complaint("[Key : ] class A {};"), "some.mof:1: expected a flavor such as DisableOverride, found \"]\"");
-    EXPECT_EQ(complaint("[Key : ToSubclass Sweet] class A {};"),
-              "some.mof:1: expected a flavor such as DisableOverride, found \"Sweet\"");
-    EXPECT_EQ(complaint("[Key,\nkey] class A {};"), "some.mof:2: the qualifier key is given twice");
-}
-
 TEST(MofReaderTest, Texts) {
     EXPECT_EQ(textOf("\"a\" /* and */ \"b\"\n\"\" \"c\""), "abc");
     EXPECT_EQ(textOf("\"\\b\\t\\n\\f\\r\\\"\\'\\\\\""), "\b\t\n\f\r\"'\\");
@@ -277,17 +199,8 @@ TEST(MofReaderTest, Texts) {
 }
 
 TEST(MofReaderTest, WrongTexts) {
-    EXPECT_EQ(complaint("class A { string P =\n\"a; };"),
-              "some.mof:2: the text is not closed on its line, expected \"");
-    EXPECT_EQ(complaint("class A { string P = \"a\nb\"; };"),
-              "some.mof:1: the text is not closed on its line, expected \"");
     EXPECT_THAT(valueComplaint("string", "\"\\q\""), StartsWith("some.mof:1: an unknown escape in the text, expected"));
     EXPECT_THAT(complaint("\"\\"), StartsWith("some.mof:1: an unknown escape"));
-    EXPECT_EQ(valueComplaint("string", "\"\\xg\""), "some.mof:1: expected one to four hexadecimal digits after \\x");
-    EXPECT_EQ(valueComplaint("string", "\"\\x0000\""), "some.mof:1: the escape \\x names no character");
-    EXPECT_EQ(valueComplaint("string", "\"\\xd800\""), "some.mof:1: the escape \\x names no character");
-    EXPECT_EQ(valueComplaint("string", "\"\xff\""), "some.mof:1: the text is no UTF-8: \\xff");
-    EXPECT_EQ(valueComplaint("string", "\"\x1b\""), "some.mof:1: a control character in the text: \\x1b");
     EXPECT_EQ(valueComplaint("string", std::string("\"\0\"", 3)), "some.mof:1: a control character in the text: \\x00");
 }
 
@@ -316,7 +229,6 @@ TEST(MofReaderTest, WrongNumbers) {
         EXPECT_EQ(valueComplaint("real64", text),
                   "some.mof:1: \"" + std::string(text) + "\" is no number, or too large a one");
     }
-    EXPECT_EQ(valueComplaint("real64", "+"), "some.mof:1: \"+\" has no meaning here");
     EXPECT_EQ(valueComplaint("real64", std::string(100, '9')),
               "some.mof:1: \"" + std::string(40, '9') + "...\" is no number, or too large a one");
 }
@@ -341,20 +253,6 @@ TEST(MofReaderTest, OtherValues) {
     EXPECT_EQ(arrayValueOf("string", "null").kind, Literal::Kind::Null);
 }
 
-TEST(MofReaderTest, WrongValues) {
-    EXPECT_EQ(valueComplaint("boolean", "yes"), "some.mof:1: expected a value, found \"yes\"");
-    EXPECT_EQ(valueComplaint("string", ""), "some.mof:1: expected a value, found \";\"");
-    EXPECT_EQ(valueComplaint("char16", "''"), "some.mof:1: expected one character between single quotes");
-    EXPECT_EQ(valueComplaint("char16", "'ab'"), "some.mof:1: expected one character between single quotes");
-    EXPECT_EQ(valueComplaint("char16", "'\xf0\x9f\x98\x80'"),
-              "some.mof:1: the character is beyond the 16 bits of a char16");
-    EXPECT_EQ(valueComplaint("char16", "'a"), "some.mof:1: the text is not closed on its line, expected '");
-    EXPECT_EQ(valueComplaint("string", "{\"a\",}"), "some.mof:1: expected another value, found \"}\"");
-    EXPECT_EQ(valueComplaint("string", "{\"a\" 1}"),
-              "some.mof:1: expected \"}\" or a comma after the value, found \"1\"");
-    EXPECT_EQ(valueComplaint("string", "{{}}"), "some.mof:1: expected a value, found \"{\"");
-}
-
 TEST(MofReaderTest, ValuesMustFitTheirTypes) {
     const std::vector<std::pair<std::string, std::string>> wrong{
         {"uint8", "256"},         {"uint8", "-1"},           {"sint8", "128"},
@@ -367,9 +265,6 @@ TEST(MofReaderTest, ValuesMustFitTheirTypes) {
     for (const auto& [type, value] : wrong) {
         EXPECT_EQ(valueComplaint(type, value), "some.mof:1: the value of P does not fit its type " + type) << value;
     }
-    EXPECT_EQ(complaint("class A { uint8 P[] = {1, 256}; };"),
-              "some.mof:1: the value of P does not fit its type uint8[]");
-    EXPECT_EQ(complaint("class A { uint8 P[] = 1; };"), "some.mof:1: the value of P does not fit its type uint8[]");
 }
 
 TEST(MofReaderTest, QualifiersOfEarlierFilesCount) {
@@ -408,10 +303,7 @@ TEST(MofReaderTest, MembersIncludeInheritedOnes) {
 }
 
 TEST(MofReaderTest, ErrorsAreOnePrintableLine) {
-    EXPECT_EQ(complaint("\n\n\x1b[2J"), "some.mof:3: \"\\x1b\" has no meaning here");
-    EXPECT_EQ(complaint("\xc3\xa9"), "some.mof:1: \"\xc3\xa9\" has no meaning here");
     EXPECT_EQ(complaint(std::string(1, '\0')), "some.mof:1: \"\\x00\" has no meaning here");
-    EXPECT_EQ(complaint("class A\r\n{\r\n?"), "some.mof:3: \"?\" has no meaning here");
     EXPECT_THAT(complaint(std::string(1000, 'a')), EndsWith("found \"" + std::string(40, 'a') + "...\""));
     try {
         readMof("?", "a\nb.mof");

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 #include "broker/Model.h"
 #include "mof/MofReader.h"
 #include "verify/SchemaError.h"
@@ -33,7 +34,7 @@ std::vector<std::string> keysOf(const mof::Schema& schema, const std::string& cl
 }
 
 TEST(SchemaFilesTest, EachFileUsesWhatThoseBeforeItDeclare) {
-    const TestDirectory directory;
+    const TemporaryDirectory directory;
     const std::string base = directory.write("base.mof", "class Base {};");
     const std::string derived = directory.write("derived.mof", "class Derived : Base {};");
     EXPECT_EQ(readSchema({base, derived}).classes().size(), 2U);
@@ -41,7 +42,7 @@ TEST(SchemaFilesTest, EachFileUsesWhatThoseBeforeItDeclare) {
 }
 
 TEST(SchemaFilesTest, UnreadableFileIsWrongUsage) {
-    const TestDirectory directory;
+    const TemporaryDirectory directory;
     EXPECT_EQ(usageComplaint(directory.path("none.mof")),
               "the schema file " + directory.path("none.mof") + " cannot be read (No such file or directory)");
     EXPECT_THAT(usageComplaint(std::filesystem::temp_directory_path()), HasSubstr("cannot be read (Is a directory)"));
@@ -52,7 +53,7 @@ TEST(SchemaFilesTest, EndlessFileIsRefused) {
 }
 
 TEST(SchemaFilesTest, LastLineNeedsNoLineFeed) {
-    const TestDirectory directory;
+    const TemporaryDirectory directory;
     const std::string text = "class A {};" + std::string(8192, ' ') + "class B {};";
     EXPECT_EQ(readSchema({directory.write("a.mof", text)}).classes().size(), 2U);
 }
