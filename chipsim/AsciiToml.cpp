@@ -81,7 +81,8 @@ class Writer {
     Character character() const {
         const Character character = firstOf(m_toml.substr(m_at));
         if (character.bytes.empty()) {
-            refuse("the byte " + hexadecimal("0x", 2, static_cast<unsigned char>(m_toml[m_at])) + " is no UTF-8");
+            refuse("the byte " + hexadecimal("0x", 2, static_cast<unsigned char>(m_toml[m_at])) +
+                   " is not valid UTF-8");
         }
         return character;
     }

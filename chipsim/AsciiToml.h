@@ -18,8 +18,8 @@ class NotToml : public std::runtime_error {
 };
 
 // The same TOML: other characters are written as \u escapes in texts and as "?" in comments. Each line stays where it
-// was. What is TOML keeps its meaning, what is none stays none. Throws NotToml for bytes that are no UTF-8 and for
-// other characters where TOML has no place for them.
+// was. What is TOML keeps its meaning, what is none stays none. Throws NotToml for bytes that are not valid UTF-8 and
+// for other characters where TOML has no place for them.
 std::string asciiToml(std::string_view text);
 
 #endif

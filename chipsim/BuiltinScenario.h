@@ -1,3 +1,4 @@
+// The scenario inside the library. Constant, so any thread may read it.
 #ifndef ZELSENSORS_CHIPSIM_BUILTINSCENARIO_H
 #define ZELSENSORS_CHIPSIM_BUILTINSCENARIO_H
 

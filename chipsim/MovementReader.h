@@ -1,3 +1,4 @@
+// How a sensor's reading moves, read from its scenario table.
 #ifndef ZELSENSORS_CHIPSIM_MOVEMENTREADER_H
 #define ZELSENSORS_CHIPSIM_MOVEMENTREADER_H
 

@@ -5,7 +5,7 @@
 
 namespace {
 
-// A terminal whose scenario cannot be used is of no model; why is told by CChip::Initialise.
+// A terminal whose scenario cannot be used is of no model; CChip::Initialise reports why.
 Model readModel() {
     try {
         return loadScenario().model;

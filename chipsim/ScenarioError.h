@@ -1,3 +1,4 @@
+// The one exception of reading a scenario.
 #ifndef ZELSENSORS_CHIPSIM_SCENARIOERROR_H
 #define ZELSENSORS_CHIPSIM_SCENARIOERROR_H
 

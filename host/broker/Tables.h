@@ -1,3 +1,4 @@
+// The broker's function tables, each filled by the source file that holds its functions. Thread-safe.
 #ifndef ZELSENSORS_BROKER_TABLES_H
 #define ZELSENSORS_BROKER_TABLES_H
 

@@ -1,3 +1,4 @@
+// From the program's arguments to what they ask for.
 #ifndef ZELSENSORS_CLI_COMMANDLINE_H
 #define ZELSENSORS_CLI_COMMANDLINE_H
 

@@ -1,3 +1,4 @@
+// One run of the program, from the options to the exit code.
 #ifndef ZELSENSORS_CLI_RUN_H
 #define ZELSENSORS_CLI_RUN_H
 

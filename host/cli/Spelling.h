@@ -1,3 +1,4 @@
+// What somebody meant who mistyped a word. Pure functions, thread-safe.
 #ifndef ZELSENSORS_CLI_SPELLING_H
 #define ZELSENSORS_CLI_SPELLING_H
 

@@ -1,3 +1,4 @@
+// Requests repeated at an interval, and shown.
 #ifndef ZELSENSORS_CLI_WATCH_H
 #define ZELSENSORS_CLI_WATCH_H
 

@@ -17,8 +17,7 @@ enum class JsonLayout { Indented, OneLine };
 //    "instances": [{"path": as above, "properties": {name: value}}]}
 // Both lists are always there. Numbers are numbers, whatever their CIM type; a character is its code; dates and texts
 // are texts; a reference is a path, an embedded instance an instance; null is null. A property that the provider did
-// not set is absent. Bytes that are no UTF-8 become U+FFFD. All is
-// ASCII: other characters are escaped.
+// not set is absent. Bytes that are not valid UTF-8 become U+FFFD. All is ASCII: other characters are escaped.
 std::string jsonText(const Answer& answer, JsonLayout layout);
 
 }  // namespace host

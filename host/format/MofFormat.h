@@ -12,7 +12,8 @@ namespace host {
 // the end.
 std::string mofText(const Answer& answer);
 
-// "..." with MOF's escapes: control characters, and bytes that are no UTF-8, as four hexadecimal digits after \x.
+// "..." with MOF's escapes: control characters, and bytes that are not valid UTF-8, as four hexadecimal digits after
+// \x.
 std::string mofString(const std::string& text);
 
 }  // namespace host

@@ -65,7 +65,7 @@ std::string drawn(const std::vector<WatchLine>& lines, Output::Size size, bool i
     const std::size_t room = size.lines > 1 ? size.lines - 1 : lines.size();
     if (shown.size() > room) {
         shown.resize(room);
-        shown.back() = {"... " + std::to_string(lines.size() - room + 1) + " more, for which there is no room"};
+        shown.back() = {"... " + std::to_string(lines.size() - room + 1) + " more do not fit"};
     }
     std::string text = "\x1b[H";
     for (const WatchLine& line : shown) {

@@ -1,3 +1,4 @@
+// Exact decimal text of a scaled reading. Pure functions, thread-safe.
 #ifndef ZELSENSORS_HEALTH_DECIMAL_H
 #define ZELSENSORS_HEALTH_DECIMAL_H
 

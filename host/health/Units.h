@@ -1,3 +1,4 @@
+// CIM's unit codes as people write units. Pure functions, thread-safe.
 #ifndef ZELSENSORS_HEALTH_UNITS_H
 #define ZELSENSORS_HEALTH_UNITS_H
 

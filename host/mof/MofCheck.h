@@ -1,3 +1,4 @@
+// The rules of MOF that stand outside its grammar.
 #ifndef ZELSENSORS_MOF_MOFCHECK_H
 #define ZELSENSORS_MOF_MOFCHECK_H
 

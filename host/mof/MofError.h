@@ -1,3 +1,4 @@
+// The one exception of reading MOF.
 #ifndef ZELSENSORS_MOF_MOFERROR_H
 #define ZELSENSORS_MOF_MOFERROR_H
 

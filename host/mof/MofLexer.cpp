@@ -182,7 +182,7 @@ std::string Lexer::quoted(char quote) {
 void Lexer::appendPlain(std::string& text) {
     const host::Character character = host::firstCharacter(m_text.substr(m_at));
     const std::string_view bytes = m_text.substr(m_at, character.length);
-    if (!character.isUtf8) fail(m_line, "the text is no UTF-8: " + host::printable(bytes));
+    if (!character.isUtf8) fail(m_line, "the text is not valid UTF-8: " + host::printable(bytes));
     const bool isAllowed = character.codePoint == U'\t' || !host::isControl(character.codePoint);
     if (!isAllowed) fail(m_line, "a control character in the text: " + host::printable(bytes));
     text += bytes;

@@ -1,3 +1,4 @@
+// MOF's tokens. Not thread-safe.
 #ifndef ZELSENSORS_MOF_MOFLEXER_H
 #define ZELSENSORS_MOF_MOFLEXER_H
 

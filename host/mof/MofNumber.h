@@ -1,3 +1,4 @@
+// MOF's notations of a number. Pure functions, thread-safe.
 #ifndef ZELSENSORS_MOF_MOFNUMBER_H
 #define ZELSENSORS_MOF_MOFNUMBER_H
 

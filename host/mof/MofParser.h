@@ -1,3 +1,4 @@
+// MOF's declarations: classes and qualifiers. Not thread-safe.
 #ifndef ZELSENSORS_MOF_MOFPARSER_H
 #define ZELSENSORS_MOF_MOFPARSER_H
 

@@ -1,3 +1,4 @@
+// MOF's values and lists of qualifiers. Not thread-safe.
 #ifndef ZELSENSORS_MOF_MOFVALUES_H
 #define ZELSENSORS_MOF_MOFVALUES_H
 

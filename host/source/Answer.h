@@ -1,3 +1,4 @@
+// An answer together with its question, for those who show it.
 #ifndef ZELSENSORS_SOURCE_ANSWER_H
 #define ZELSENSORS_SOURCE_ANSWER_H
 

@@ -1,3 +1,4 @@
+// A provider loaded into this process, as an object manager loads it.
 #ifndef ZELSENSORS_SOURCE_SESSION_H
 #define ZELSENSORS_SOURCE_SESSION_H
 

@@ -1,3 +1,4 @@
+// Writing our own text, and what the other end can show. Not thread-safe.
 #ifndef ZELSENSORS_TEXT_OUTPUT_H
 #define ZELSENSORS_TEXT_OUTPUT_H
 

@@ -1,3 +1,4 @@
+// Aligned columns of text.
 #ifndef ZELSENSORS_TEXT_TEXTTABLE_H
 #define ZELSENSORS_TEXT_TEXTTABLE_H
 

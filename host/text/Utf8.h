@@ -9,12 +9,12 @@
 namespace host {
 
 struct Character {
-    char32_t codePoint = 0;  // the byte itself when it is no UTF-8
-    std::size_t length = 0;  // in bytes; 1 when it is no UTF-8, 0 only for an empty text
+    char32_t codePoint = 0;  // the byte itself when it is not valid UTF-8
+    std::size_t length = 0;  // in bytes; 1 when it is not valid UTF-8, 0 only for an empty text
     bool isUtf8 = false;
 };
 
-// The first character of a text. Overlong forms, surrogates and what is cut off are no UTF-8.
+// The first character of a text. Overlong forms, surrogates and what is cut off are not valid UTF-8.
 Character firstCharacter(std::string_view text);
 
 // C0, DEL and C1.
@@ -23,7 +23,8 @@ bool isControl(char32_t codePoint);
 // Each byte as \xNN.
 std::string escaped(std::string_view bytes);
 
-// The text as it may go to a terminal: each byte of a control character, and each byte that is no UTF-8, as \xNN.
+// The text as it may go to a terminal: each byte of a control character, and each byte that is not valid UTF-8, as
+// \xNN.
 std::string printable(std::string_view text);
 
 // Columns on a terminal, each character counted as one.

@@ -39,7 +39,7 @@ void checkValue(const std::string& what, const Value& value, const Member& decla
                          broker::nameOfType(declared.type));
     }
     if (!hasFitTexts(value)) {
-        faults.push_back(what + " holds text that is no UTF-8 or has control characters: " + valueText(value));
+        faults.push_back(what + " holds text that is not valid UTF-8 or has control characters: " + valueText(value));
     }
 }
 

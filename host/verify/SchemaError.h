@@ -1,3 +1,4 @@
+// The exception for MOF files that are of no use.
 #ifndef ZELSENSORS_VERIFY_SCHEMAERROR_H
 #define ZELSENSORS_VERIFY_SCHEMAERROR_H
 

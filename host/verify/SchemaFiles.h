@@ -1,3 +1,4 @@
+// The MOF files that answers are compared with.
 #ifndef ZELSENSORS_VERIFY_SCHEMAFILES_H
 #define ZELSENSORS_VERIFY_SCHEMAFILES_H
 

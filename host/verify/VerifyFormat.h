@@ -1,3 +1,4 @@
+// A verification's result as people and programs read it. Pure functions, thread-safe.
 #ifndef ZELSENSORS_VERIFY_VERIFYFORMAT_H
 #define ZELSENSORS_VERIFY_VERIFYFORMAT_H
 

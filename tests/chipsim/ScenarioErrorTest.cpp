@@ -42,7 +42,7 @@ TEST_F(ScenarioErrorTest, BytesThatAreNotUtf8AreRefusedEverywhere) {
                                     "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF"}) {
         char number[8];
         std::snprintf(number, sizeof number, "0x%02X", static_cast<unsigned char>(bytes[0]));
-        const std::string message = path() + ":2: the byte " + number + " is no UTF-8, expected valid TOML\n";
+        const std::string message = path() + ":2: the byte " + number + " is not valid UTF-8, expected valid TOML\n";
         for (const std::string before : {"\n", "\n#", "\nmodel = \"", "\nmodel = '", "model = \"\"\"\n"}) {
             useScenario(before + bytes);
             EXPECT_EQ(messageOfFailingInitialise(), message) << before;

@@ -246,7 +246,7 @@ expect_error "sfcb: not registered. Our files are out of the staging directory a
 expect_error "add failed for: sfcb"
 expect_no_output "are registered"
 
-start "sfcb: a repository that cannot be rebuilt is told" sfcb
+start "sfcb: a repository that cannot be rebuilt is reported" sfcb
 echo garbage >>"$stage/mofs/root/cimv2/other.mof"
 register add
 expect_status 1
@@ -256,7 +256,7 @@ expect_built ""
 expect_error "sfcb is broken: its repository is gone, and building it fails without our files too. Fix what sfcbrepos"
 expect_error "complains of, then run 'sfcbrepos -f' and restart its daemon"
 
-start "sfcb: files that cannot be taken out of the staging directory are told" sfcb
+start "sfcb: files that cannot be taken out of the staging directory are reported" sfcb
 echo garbage >>"$stage/mofs/root/cimv2/other.mof"
 echo 5 >"$sfcb/var/fail-sfcbunstage"
 register add
@@ -499,13 +499,13 @@ expect_error "pegasus: the server does not list zelsensorsModule after its regis
 expect_class none
 expect_no_link
 
-start "pegasus: a class that cannot be read is told, and no failure" pegasus
+start "pegasus: a class that cannot be read is reported, and no failure" pegasus
 : >"$server/shows-xml"
 register add
 expect_status 0
 expect_error "pegasus: what cimcli shows of TQS_NumericSensor cannot be read; compare it with tqs.mof"
 
-start "pegasus: a class that is shown without its version is told, and no failure" pegasus
+start "pegasus: a class that is shown without its version is reported, and no failure" pegasus
 : >"$server/shows-no-qualifiers"
 register add
 expect_status 0
@@ -530,7 +530,7 @@ expect_class none
 expect_no_link
 expect_no_output "are registered"
 
-start "pegasus: what cannot be undone is told" pegasus
+start "pegasus: what cannot be undone is reported" pegasus
 echo '4 *PG_Interop*' >"$server/fail-cimmof"
 echo '9 dc*' >"$server/fail-cimcli"
 register add
@@ -560,7 +560,7 @@ expect_status 1
 expect_changes ""
 expect_error "'cimconfig -g providerDir' gave no answer that helps; is the CIM server running?"
 
-start "pegasus: a server that cannot start for its providerDir: the directory and the way out are told" pegasus
+start "pegasus: a server that cannot start for its providerDir: the directory and the way out are reported" pegasus
 rm "$server/running"
 echo "$work/gone" >"$server/providerDir"
 register add
@@ -577,7 +577,7 @@ expect_error "providerDir names $work/gone, which does not exist"
 expect_error "providerDir names $pegasus/gone-too, which does not exist"
 expect_error "pegasus: the setting providerDir names no directory that exists; nothing has been changed"
 
-start "pegasus: the link goes into the first directory that exists, and the missing one is told" pegasus
+start "pegasus: the link goes into the first directory that exists, and the missing one is reported" pegasus
 mkdir "$pegasus/second directory" "$pegasus/third"
 echo "gone:second directory:third" >"$server/providerDir"
 register add
@@ -604,7 +604,7 @@ for answer in 'providerDir=lib' 'providerDir = lib '; do
     expect_link
 done
 
-start "pegasus: our own directory in providerDir is passed over, and told" pegasus
+start "pegasus: our own directory in providerDir is passed over, and reported" pegasus
 echo "${library%/*}/cmpi:lib" >"$server/providerDir"
 register add
 expect_status 0
@@ -717,7 +717,7 @@ expect_changes "rm $link
 "
 expect_no_link
 expect_error "'cimprovider -l -s' gave no answer that helps; is the CIM server running?"
-expect_error "pegasus: not all of ours is taken away: fix what is told above, then repeat this"
+expect_error "pegasus: not all of ours is taken away: fix what is reported above, then repeat this"
 
 start "pegasus: remove says that a link may be left where nobody knows providerDir" pegasus
 echo '1 *' >"$server/fail-cimconfig"

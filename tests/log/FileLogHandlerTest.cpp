@@ -25,8 +25,8 @@ namespace {
 
 const std::string DEFAULT_PATH = "/var/log/tarn/tarn.log";
 
-// What standard output is told of a line.
-std::string told(OpenHandler& handler, const std::string& line) {
+// What a line writes to standard output.
+std::string lineCountsOf(OpenHandler& handler, const std::string& line) {
     OutputCapture output(STDOUT_FILENO);
     handler.write(line);
     return output.take();
@@ -186,17 +186,17 @@ TEST_F(FileLogHandlerConfigurationTest, ReadingItAgainStartsFromTheDefaults) {
 TEST_F(FileLogHandlerTest, FileIsOpenedByTheFirstLine) {
     OpenHandler handler;
     EXPECT_FALSE(fs::exists(DEFAULT_PATH));
-    EXPECT_EQ(told(handler, "first\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "first\n"), "");
     EXPECT_EQ(sandbox::readLog(), "first\n");
 }
 
 TEST_F(FileLogHandlerTest, LinesAreAppendedAndTellTheLinkCount) {
     std::ofstream(DEFAULT_PATH) << "earlier\n";
     OpenHandler handler;
-    EXPECT_EQ(told(handler, "first\n"), "");
-    EXPECT_EQ(told(handler, "second\n"), "link count=1\n");
+    EXPECT_EQ(lineCountsOf(handler, "first\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "second\n"), "link count=1\n");
     fs::create_hard_link(DEFAULT_PATH, "/var/log/tarn/other.log");
-    EXPECT_EQ(told(handler, "third\n"), "link count=2\n");
+    EXPECT_EQ(lineCountsOf(handler, "third\n"), "link count=2\n");
     EXPECT_EQ(sandbox::readLog(), "earlier\nfirst\nsecond\nthird\n");
 }
 
@@ -212,17 +212,17 @@ TEST_F(FileLogHandlerTest, FileReachingItsLimitStopsLoggingForGood) {
     sandbox::writeLogConfiguration("MaxLength=4096\n");
     OpenHandler handler;
     handler.write(std::string(4095, 'x'));
-    EXPECT_EQ(told(handler, "y"), "link count=1\n");
-    EXPECT_EQ(told(handler, "at the limit\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "y"), "link count=1\n");
+    EXPECT_EQ(lineCountsOf(handler, "at the limit\n"), "");
     EXPECT_EQ(handler.m_file, nullptr);
     EXPECT_EQ(fs::file_size(DEFAULT_PATH), 4096U);
 
     fs::resize_file(DEFAULT_PATH, 0);
-    EXPECT_EQ(told(handler, "truncated\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "truncated\n"), "");
     EXPECT_EQ(sandbox::readLog(), "");
 
     fs::remove(DEFAULT_PATH);
-    EXPECT_EQ(told(handler, "deleted\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "deleted\n"), "");
     EXPECT_FALSE(fs::exists(DEFAULT_PATH));
 }
 
@@ -238,7 +238,7 @@ TEST_F(FileLogHandlerTest, FileTooLongAtTheStartGetsOneLine) {
     std::ofstream(DEFAULT_PATH) << std::string(5000, 'x');
     OpenHandler handler;
     handler.write("first\n");
-    EXPECT_EQ(told(handler, "second\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "second\n"), "");
     EXPECT_EQ(sandbox::readLog(), std::string(5000, 'x') + "first\n");
 }
 
@@ -246,8 +246,8 @@ TEST_F(FileLogHandlerTest, DeletedFileIsMadeAnewByTheNextLine) {
     OpenHandler handler;
     handler.write("first\n");
     fs::remove(DEFAULT_PATH);
-    EXPECT_EQ(told(handler, "second\n"), "link count=0\n");
-    EXPECT_EQ(told(handler, "third\n"), "link count=1\n");
+    EXPECT_EQ(lineCountsOf(handler, "second\n"), "link count=0\n");
+    EXPECT_EQ(lineCountsOf(handler, "third\n"), "link count=1\n");
     EXPECT_EQ(sandbox::readLog(), "second\nthird\n");
 }
 
@@ -255,7 +255,7 @@ TEST_F(FileLogHandlerTest, RenamedFileIsWrittenOn) {
     OpenHandler handler;
     handler.write("first\n");
     fs::rename(DEFAULT_PATH, "/var/log/tarn/old.log");
-    EXPECT_EQ(told(handler, "second\n"), "link count=1\n");
+    EXPECT_EQ(lineCountsOf(handler, "second\n"), "link count=1\n");
     EXPECT_EQ(contentsOf("/var/log/tarn/old.log"), "first\nsecond\n");
     EXPECT_FALSE(fs::exists(DEFAULT_PATH));
 }
@@ -265,8 +265,8 @@ TEST_F(FileLogHandlerTest, FileReplacedByADirectoryLosesLinesUntilTheDirectoryGo
     handler.write("first\n");
     fs::remove(DEFAULT_PATH);
     fs::create_directory(DEFAULT_PATH);
-    EXPECT_EQ(told(handler, "second\n"), "link count=0\n");
-    EXPECT_EQ(told(handler, "third\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "second\n"), "link count=0\n");
+    EXPECT_EQ(lineCountsOf(handler, "third\n"), "");
     fs::remove(DEFAULT_PATH);
     handler.write("fourth\n");
     EXPECT_EQ(sandbox::readLog(), "fourth\n");
@@ -275,8 +275,8 @@ TEST_F(FileLogHandlerTest, FileReplacedByADirectoryLosesLinesUntilTheDirectoryGo
 TEST_F(FileLogHandlerTest, MissingDirectoryLosesEachLineAndIsTriedWithEach) {
     sandbox::writeLogConfiguration("FileName=/var/log/tarn/missing/a.log\n");
     OpenHandler handler;
-    EXPECT_EQ(told(handler, "first\n"), "");
-    EXPECT_EQ(told(handler, "second\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "first\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, "second\n"), "");
     fs::create_directory("/var/log/tarn/missing");
     handler.write("third\n");
     EXPECT_EQ(contentsOf("/var/log/tarn/missing/a.log"), "third\n");
@@ -297,15 +297,15 @@ TEST_F(FileLogHandlerTest, UnknownFileStatusLosesTheLineAndKeepsTheStream) {
     EXPECT_EQ(said, "");
     dup2(saved, file);
     close(saved);
-    EXPECT_EQ(told(handler, "third\n"), "link count=1\n");
+    EXPECT_EQ(lineCountsOf(handler, "third\n"), "link count=1\n");
     EXPECT_EQ(sandbox::readLog(), "first\nthird\n");
 }
 
 TEST_F(FileLogHandlerTest, FullDiskLosesLinesWithoutAnError) {
     sandbox::writeLogConfiguration("FileName=/dev/full\n");
     OpenHandler handler;
-    EXPECT_EQ(told(handler, "first\n"), "");
-    EXPECT_EQ(told(handler, std::string(100'000, 'x')), "link count=1\n");
+    EXPECT_EQ(lineCountsOf(handler, "first\n"), "");
+    EXPECT_EQ(lineCountsOf(handler, std::string(100'000, 'x')), "link count=1\n");
 }
 
 TEST_F(FileLogHandlerTest, ConsoleTakesEveryLineAndTheFileIsNeverOpened) {

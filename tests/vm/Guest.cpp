@@ -102,7 +102,7 @@ void GuestTest::SetUp() {
 Strings GuestTest::section(const std::string& title) {
     const auto found = outcome.sections.find(title);
     if (found == outcome.sections.end()) {
-        ADD_FAILURE() << "the guest told nothing of '" << title << "'";
+        ADD_FAILURE() << "the guest reported nothing of '" << title << "'";
         return {};
     }
     return found->second;

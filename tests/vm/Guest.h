@@ -24,7 +24,7 @@ class GuestTest : public testing::Test {
     static void TearDownTestSuite();
     void SetUp() override;
 
-    // The lines that the guest told in the section of this title. An unknown title fails the test.
+    // The lines that the guest reported in the section of this title. An unknown title fails the test.
     static Strings section(const std::string& title);
     // The emulator's records, in order.
     static const Strings& trace();

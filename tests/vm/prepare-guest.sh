@@ -5,7 +5,7 @@
 #     prepare-guest.sh KERNEL-CACHE GUEST PROGRAM-OR-LIBRARY...
 #
 # The kernel is Debian's package for clouds, fetched once for all build directories into KERNEL-CACHE and never installed.
-# What makes the tests impossible here is told in GUEST/unavailable; the exit code is then 77, or 1 in CI.
+# What makes the tests impossible here is written to GUEST/unavailable; the exit code is then 77, or 1 in CI.
 set -eu
 cache=$1
 guest=$2

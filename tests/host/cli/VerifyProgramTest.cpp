@@ -188,10 +188,11 @@ TEST_F(VerifyProgramTest, ControlCharactersOfTheChipAreFound) {
     const ProgramEnd end = run({"verify"}, TWO_SENSORS);
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_THAT(end.output, HasSubstr("names root/cimv2:TQS_NumericSensor.Name=\"Bad\\x1b[2J(0000001a)\": key Name "
-                                      "holds text that is no UTF-8 or has control characters: "
+                                      "holds text that is not valid UTF-8 or has control characters: "
                                       "Bad\\x1b[2J(0000001a)\n"));
-    EXPECT_THAT(end.output, HasSubstr(": property LogLines holds text that is no UTF-8 or has control characters: "
-                                      "{first \\x07line, }\n"));
+    EXPECT_THAT(end.output,
+                HasSubstr(": property LogLines holds text that is not valid UTF-8 or has control characters: "
+                          "{first \\x07line, }\n"));
 }
 
 TEST_F(VerifyProgramTest, ClassUnknownToTheProviderIsFound) {

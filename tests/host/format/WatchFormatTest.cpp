@@ -80,7 +80,7 @@ TEST(DrawnTest, ColourByGravity) {
 TEST(DrawnTest, IsCutToTheTerminal) {
     const std::string text = drawn(LINES, {4, 5}, false);
     EXPECT_EQ(text, "\x1b[Hhead\x1b[K\nstat\x1b[K\ntitl\x1b[K\n... \x1b[K\n\x1b[J");
-    EXPECT_THAT(drawn(LINES, {80, 5}, false), HasSubstr("... 3 more, for which there is no room\x1b[K"));
+    EXPECT_THAT(drawn(LINES, {80, 5}, false), HasSubstr("... 3 more do not fit\x1b[K"));
     EXPECT_THAT(drawn(LINES, {80, 7}, false), HasSubstr("third"));
 }
 

@@ -180,13 +180,13 @@ TEST(ConformanceTest, InstancesPathIsCheckedToo) {
 
 TEST(ConformanceTest, TextThatXmlCannotCarry) {
     EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("a\xff")),
-                ElementsAre("property Caption holds text that is no UTF-8 or has control characters: a\\xff"));
+                ElementsAre("property Caption holds text that is not valid UTF-8 or has control characters: a\\xff"));
     Instance instance = goodInstance();
     instance.properties[3].value = Value::ofArray({Value::ofText("x"), Value::ofText("\x07")}, CMPI_string);
     EXPECT_THAT(faultsOf(instance, thing()),
-                ElementsAre("property Lines holds text that is no UTF-8 or has control characters: {x, \\x07}"));
+                ElementsAre("property Lines holds text that is not valid UTF-8 or has control characters: {x, \\x07}"));
     EXPECT_THAT(faultsWithKey("Name", Value::ofText("\x1b")),
-                ElementsAre("key Name holds text that is no UTF-8 or has control characters: \\x1b"));
+                ElementsAre("key Name holds text that is not valid UTF-8 or has control characters: \\x1b"));
 }
 
 TEST(ConformanceTest, FitForXml) {
