@@ -94,7 +94,7 @@ int ask(const Options& options, const LibraryChoice& choice, Streams& streams) {
     Session session(choice, options.providerName);
     streams.provider.endStart();
     const Request& request = options.request;
-    const Answer answer{request.command, request.nameSpace, request.className, session.ask(request)};
+    const Answer answer{request.command, request.nameSpace, request.className, host::ask(session, request)};
     streams.output.write(textOf(answer, options.format, chipNote(choice), streams.output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return ExitCode::Fine;
     report(answer.reply.status, options, streams);
@@ -105,7 +105,7 @@ int askAgain(const Options& options, const LibraryChoice& choice, Streams& strea
     Session session(choice, options.providerName);
     streams.provider.endStart();
     const WatchOutcome outcome = watch(
-        options, chipNote(choice), [&] { return session.ask(options.request); }, streams.output);
+        options, chipNote(choice), [&] { return host::ask(session, options.request); }, streams.output);
     if (outcome.failedRounds == 0) return ExitCode::Fine;
     tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
                              " rounds failed; the last failure was:\n");
@@ -119,11 +119,7 @@ int verifyAnswers(const Options& options, const LibraryChoice& choice, const std
     const mof::Schema schema = readSchema(files);
     Session session(choice, options.providerName);
     streams.provider.endStart();
-    broker::InstanceProvider& provider = session.provider();
-    const Questions questions{[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
-                              [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
-                              [&](const broker::ObjectPath& path) { return provider.getInstance(path); }};
-    const Verification verification = verify(schema, options.request.nameSpace, questions);
+    const Verification verification = verify(schema, options.request.nameSpace, session);
     streams.output.write(options.format == Format::Json
                              ? verificationJson(verification)
                              : shownIn(streams.output.charset(), verificationText(verification)));

@@ -7,7 +7,7 @@
 
 #include "broker/Names.h"
 #include "format/ValueText.h"
-#include "health/SensorView.h"
+#include "health/Sensor.h"
 #include "text/TextTable.h"
 #include "text/Utf8.h"
 
@@ -44,17 +44,18 @@ std::string namesTable(const std::vector<ObjectPath>& paths, Charset charset) {
     return table.text();
 }
 
-std::string limitsText(const SensorView& sensor, const std::array<Number, 3>& limits) {
+std::string limitsText(const Sensor& sensor, const std::array<Number, 3>& limits) {
     if (std::none_of(limits.begin(), limits.end(), [](const Number& limit) { return limit.has_value(); })) return "-";
     return sensor.scaled(limits[0]) + " / " + sensor.scaled(limits[1]) + " / " + sensor.scaled(limits[2]);
 }
 
-std::string sensorsTable(const std::vector<SensorView>& sensors, Charset charset) {
+std::string sensorsTable(const std::vector<Instance>& instances, Charset charset) {
     TextTable table(
         {{"Sensor"}, {"Reading", Align::Right}, {"State"}, {"Lower limits (n/c/f)"}, {"Upper limits (n/c/f)"}},
         charset);
-    for (const SensorView& sensor : sensors) {
-        table.add({printable(sensor.name), sensor.withUnit(sensor.reading), stateOf(sensor).word(),
+    for (const Instance& instance : instances) {
+        const Sensor sensor = Sensor::asGiven(instance);
+        table.add({printable(sensor.name), sensor.withUnit(sensor.rawReading), Sensor::of(instance).stateWord(),
                    limitsText(sensor, {sensor.lowerNonCritical, sensor.lowerCritical, sensor.lowerFatal}),
                    limitsText(sensor, {sensor.upperNonCritical, sensor.upperCritical, sensor.upperFatal})});
     }
@@ -69,24 +70,28 @@ bool isInSensorUnits(const std::string& property) {
            property.find("Threshold") != std::string::npos;
 }
 
-std::string propertyText(const NamedValue& property, const std::optional<SensorView>& sensor) {
+std::string propertyText(const NamedValue& property, const std::optional<Sensor>& sensor) {
     std::string text = valueText(property.value);
     const Number number = numberIn(property.value);
     if (sensor && number && isInSensorUnits(property.name)) text += " (" + sensor->withUnit(*number) + ')';
     return text;
 }
 
+std::optional<Sensor> sensorIn(const Instance& instance) {
+    return isSensor(instance) ? std::make_optional(Sensor::asGiven(instance)) : std::nullopt;
+}
+
 std::string propertiesTable(const Instance& instance, Charset charset) {
-    const std::optional<SensorView> sensor = SensorView::of(instance);
+    const std::optional<Sensor> sensor = sensorIn(instance);
     TextTable table({{"Property"}, {"Type"}, {"Value"}}, charset);
     for (const NamedValue& property : instance.properties) {
         table.add({printable(property.name), broker::nameOfType(property.value.type), propertyText(property, sensor)});
     }
     std::string text = printable(pathText(instance.path)) + "\n\n" + table.text();
     if (!sensor) return text;
-    text += "\nState: " + stateOf(*sensor).word() + '\n';
-    if (const std::string bar = limitsBar(*sensor, BAR_CELLS); !bar.empty())
-        text += "Between its limits: " + bar + '\n';
+    const Sensor meant = Sensor::of(instance);
+    text += "\nState: " + meant.stateWord() + '\n';
+    if (const std::string bar = limitsBar(meant, BAR_CELLS); !bar.empty()) text += "Between its limits: " + bar + '\n';
     return text;
 }
 
@@ -111,11 +116,7 @@ std::string eventLogText(const Instance& log, Charset charset) {
 
 // One line for each sensor where all are sensors; otherwise all properties of each instance.
 std::string instancesText(const std::vector<Instance>& instances, Charset charset) {
-    std::vector<SensorView> sensors;
-    for (const Instance& instance : instances) {
-        if (std::optional<SensorView> sensor = SensorView::of(instance)) sensors.push_back(std::move(*sensor));
-    }
-    if (sensors.size() == instances.size()) return sensorsTable(sensors, charset);
+    if (std::all_of(instances.begin(), instances.end(), isSensor)) return sensorsTable(instances, charset);
     std::string text;
     for (const Instance& instance : instances) {
         if (!text.empty()) text += '\n';

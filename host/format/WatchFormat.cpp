@@ -32,13 +32,12 @@ std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head,
     std::vector<Severity> severities;
     std::size_t past = 0;
     for (const broker::Instance& instance : answer.reply.instances) {
-        const std::optional<SensorView> sensor = SensorView::of(instance);
-        if (!sensor) continue;
-        const SensorState state = stateOf(*sensor);
-        table.add(
-            {printable(sensor->name), sensor->withUnit(sensor->reading), state.word(), limitsBar(*sensor, BAR_CELLS)});
-        severities.push_back(state.severity);
-        if (state.severity != Severity::Normal) ++past;
+        if (!isSensor(instance)) continue;
+        const Sensor sensor = Sensor::of(instance);
+        table.add({printable(sensor.name), sensor.withUnit(sensor.rawReading), sensor.stateWord(),
+                   limitsBar(sensor, BAR_CELLS)});
+        severities.push_back(sensor.state.severity);
+        if (sensor.state.severity != Severity::Normal) ++past;
     }
     const bool isFine = answer.reply.status.rc == CMPI_RC_OK;
     std::vector<WatchLine> lines;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "health/SensorView.h"
+#include "health/Sensor.h"
 #include "source/Answer.h"
 #include "text/Output.h"
 

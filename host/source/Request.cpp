@@ -4,6 +4,8 @@ namespace host {
 
 const char* nameOf(Command command) {
     switch (command) {
+        case Command::Sensors:
+            return "sensors";
         case Command::Names:
             return "names";
         case Command::Instances:

@@ -15,33 +15,49 @@ ChipLibrary::~ChipLibrary() {
 }
 
 Session::Session(const LibraryChoice& choice, const std::string& providerName)
-    : m_chip(choice.chip), m_library(choice.provider), m_provider(m_library, providerName, m_broker) {}
+    : m_path(choice.provider),
+      m_providerName(providerName),
+      m_chip(choice.chip),
+      m_loaded(std::make_unique<Loaded>(m_path, m_providerName, m_broker)) {}
 
-broker::Reply Session::ask(const Request& request) {
-    const broker::ObjectPath classPath{"", request.nameSpace, request.className, {}};
-    broker::ObjectPath path = classPath;
-    path.keys.push_back({"Name", broker::Value::ofText(request.instanceName)});
-    switch (request.command) {
-        case Command::Names:
-            return m_provider.enumerateInstanceNames(classPath);
-        case Command::Instances:
-        case Command::Log:
-        case Command::Watch:
-            return m_provider.enumerateInstances(classPath);
-        case Command::Get:
-            return m_provider.getInstance(path);
-        case Command::Create:
-            return m_provider.createInstance(classPath, {path, path.keys});
-        case Command::Modify:
-            return m_provider.modifyInstance(path, {path, path.keys});
-        case Command::Delete:
-            return m_provider.deleteInstance(path);
-        case Command::Query:
-            return m_provider.execQuery(classPath, request.query, request.queryLanguage);
-        case Command::Verify:
-            break;  // many requests, made through provider()
-    }
-    return {};
+bool Session::restart() {
+    m_loaded.reset();
+    m_loaded = std::make_unique<Loaded>(m_path, m_providerName, m_broker);
+    return true;
+}
+
+broker::InstanceProvider& Session::provider() {
+    if (!m_loaded) throw broker::LoadError("the provider is no longer loaded: " + m_path);
+    return m_loaded->provider;
+}
+
+broker::Reply Session::enumerateInstanceNames(const broker::ObjectPath& classPath) {
+    return provider().enumerateInstanceNames(classPath);
+}
+
+broker::Reply Session::enumerateInstances(const broker::ObjectPath& classPath) {
+    return provider().enumerateInstances(classPath);
+}
+
+broker::Reply Session::getInstance(const broker::ObjectPath& path) {
+    return provider().getInstance(path);
+}
+
+broker::Reply Session::createInstance(const broker::ObjectPath& classPath, const broker::Instance& instance) {
+    return provider().createInstance(classPath, instance);
+}
+
+broker::Reply Session::modifyInstance(const broker::ObjectPath& path, const broker::Instance& instance) {
+    return provider().modifyInstance(path, instance);
+}
+
+broker::Reply Session::deleteInstance(const broker::ObjectPath& path) {
+    return provider().deleteInstance(path);
+}
+
+broker::Reply Session::execQuery(const broker::ObjectPath& classPath, const std::string& query,
+                                 const std::string& language) {
+    return provider().execQuery(classPath, query, language);
 }
 
 }  // namespace host

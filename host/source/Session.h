@@ -2,11 +2,12 @@
 #ifndef ZELSENSORS_SOURCE_SESSION_H
 #define ZELSENSORS_SOURCE_SESSION_H
 
+#include <memory>
 #include <string>
 
 #include "broker/Broker.h"
 #include "broker/ProviderLibrary.h"
-#include "source/Request.h"
+#include "source/Source.h"
 
 namespace host {
 
@@ -33,22 +34,38 @@ class ChipLibrary {
 };
 
 // A loaded and initialised provider, as long as it is asked. The end cleans it up and unloads it.
-class Session {
+class Session : public Source {
   public:
     // `providerName` is the name that the provider's factory bears. Throws broker::LoadError.
     Session(const LibraryChoice& choice, const std::string& providerName);
 
-    // The answer stays valid after the session.
-    broker::Reply ask(const Request& request);
+    broker::Reply enumerateInstanceNames(const broker::ObjectPath& classPath) override;
+    broker::Reply enumerateInstances(const broker::ObjectPath& classPath) override;
+    broker::Reply getInstance(const broker::ObjectPath& path) override;
+    broker::Reply createInstance(const broker::ObjectPath& classPath, const broker::Instance& instance) override;
+    broker::Reply modifyInstance(const broker::ObjectPath& path, const broker::Instance& instance) override;
+    broker::Reply deleteInstance(const broker::ObjectPath& path) override;
+    broker::Reply execQuery(const broker::ObjectPath& classPath, const std::string& query,
+                            const std::string& language) override;
 
-    // For requests of other kinds, as long as the session.
-    broker::InstanceProvider& provider() { return m_provider; }
+    // Cleans the provider up, unloads it and loads it again; the chip library stays. True, but where loading fails:
+    // then it throws broker::LoadError, and so does every later request.
+    bool restart() override;
 
   private:
+    struct Loaded {
+        Loaded(const std::string& path, const std::string& providerName, broker::Broker& broker)
+            : library(path), provider(library, providerName, broker) {}
+        broker::ProviderLibrary library;
+        broker::InstanceProvider provider;
+    };
+    broker::InstanceProvider& provider();
+
+    std::string m_path;
+    std::string m_providerName;
     ChipLibrary m_chip;
     broker::Broker m_broker;
-    broker::ProviderLibrary m_library;
-    broker::InstanceProvider m_provider;
+    std::unique_ptr<Loaded> m_loaded;  // null where loading it anew has failed
 };
 
 }  // namespace host

@@ -23,8 +23,8 @@ std::string shownPath(const ObjectPath& path) {
 // One class's requests, and what they bring to light.
 class ClassVerifier {
   public:
-    ClassVerifier(ExpectedClass expected, const Questions& questions, Verification& verification)
-        : m_expected(std::move(expected)), m_questions(questions), m_verification(verification) {
+    ClassVerifier(ExpectedClass expected, Source& source, Verification& verification)
+        : m_expected(std::move(expected)), m_source(source), m_verification(verification) {
         m_report.className = m_expected.name;
     }
 
@@ -37,14 +37,14 @@ class ClassVerifier {
 
   private:
     std::vector<ObjectPath> verifyNames() {
-        Reply reply = ask("names", m_questions.names, classPath());
+        Reply reply = checked("names", classPath(), m_source.enumerateInstanceNames(classPath()));
         m_report.names = reply.paths.size();
         for (const ObjectPath& path : reply.paths) add("names", path, faultsOf(path, m_expected));
         return std::move(reply.paths);
     }
 
     void verifyInstances() {
-        const Reply reply = ask("instances", m_questions.instances, classPath());
+        const Reply reply = checked("instances", classPath(), m_source.enumerateInstances(classPath()));
         m_report.instances = reply.instances.size();
         for (const Instance& instance : reply.instances)
             add("instances", instance.path, faultsOf(instance, m_expected));
@@ -56,7 +56,7 @@ class ClassVerifier {
             if (key.value.type == CMPI_chars) key.value.type = CMPI_string;
         }
         ++m_report.singles;
-        const Reply reply = ask("get", m_questions.get, path);
+        const Reply reply = checked("get", path, m_source.getInstance(path));
         if (reply.status.rc != CMPI_RC_OK) return;
         if (reply.instances.size() != 1) {
             add("get", path,
@@ -77,8 +77,7 @@ class ClassVerifier {
         });
     }
 
-    Reply ask(const char* request, const Questions::Question& question, const ObjectPath& path) {
-        Reply reply = question(path);
+    Reply checked(const char* request, const ObjectPath& path, Reply reply) {
         if (reply.status.rc != CMPI_RC_OK) {
             add(request, path, {"the provider answered " + statusText(reply.status)});
             if (!m_verification.firstFailure) m_verification.firstFailure = reply.status;
@@ -93,7 +92,7 @@ class ClassVerifier {
     }
 
     ExpectedClass m_expected;
-    const Questions& m_questions;
+    Source& m_source;
     Verification& m_verification;
     ClassReport m_report;
 };
@@ -105,13 +104,13 @@ bool Verification::conforms() const {
                        [](const ClassReport& report) { return report.problems.empty(); });
 }
 
-Verification verify(const mof::Schema& schema, const std::string& nameSpace, const Questions& questions) {
+Verification verify(const mof::Schema& schema, const std::string& nameSpace, Source& source) {
     Verification verification;
     verification.nameSpace = nameSpace;
     for (const mof::Class& declaration : schema.classes()) {
         if (mof::isSet(declaration.qualifiers, "Abstract")) continue;
         ExpectedClass expected{nameSpace, declaration.name, schema.membersOf(declaration)};
-        verification.classes.push_back(ClassVerifier(std::move(expected), questions, verification).verified());
+        verification.classes.push_back(ClassVerifier(std::move(expected), source, verification).verified());
     }
     if (verification.classes.empty()) throw SchemaError("the schema declares no class that can have instances");
     return verification;

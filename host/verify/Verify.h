@@ -3,23 +3,15 @@
 #define ZELSENSORS_VERIFY_VERIFY_H
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "broker/Model.h"
 #include "mof/Schema.h"
+#include "source/Source.h"
 
 namespace host {
-
-// How the provider is asked; names and instances take the path of a class, get that of an instance.
-struct Questions {
-    using Question = std::function<broker::Reply(const broker::ObjectPath&)>;
-    Question names;
-    Question instances;
-    Question get;
-};
 
 struct Problem {
     std::string request;  // "names", "instances" or "get"
@@ -45,7 +37,7 @@ struct Verification {
 
 // Asks for the names, the instances, and each single instance of every class that is not abstract. Throws SchemaError
 // where the schema has no such class.
-Verification verify(const mof::Schema& schema, const std::string& nameSpace, const Questions& questions);
+Verification verify(const mof::Schema& schema, const std::string& nameSpace, Source& source);
 
 }  // namespace host
 

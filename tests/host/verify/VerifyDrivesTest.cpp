@@ -29,12 +29,8 @@ TEST_F(VerifyDrivesTest, DriveSensorsConform) {
         }
         setenv("ZELCHIP_SCENARIO", SCENARIOS "/grebel-drives.toml", 1);
         host::Session session({PROVIDER, CHIP, true, ""}, "SensorProvider");
-        broker::InstanceProvider& provider = session.provider();
         const host::Verification verification =
-            host::verify(host::readSchema({SCHEMA "/qualifiers.mof", SCHEMA "/tqs.mof"}), "root/cimv2",
-                         {[&](const broker::ObjectPath& path) { return provider.enumerateInstanceNames(path); },
-                          [&](const broker::ObjectPath& path) { return provider.enumerateInstances(path); },
-                          [&](const broker::ObjectPath& path) { return provider.getInstance(path); }});
+            host::verify(host::readSchema({SCHEMA "/qualifiers.mof", SCHEMA "/tqs.mof"}), "root/cimv2", session);
         EXPECT_EQ(verificationText(verification),
                   "TQS_NumericSensor: 6 names, 6 instances, 6 single requests, 0 problems\n"
                   "TQS_SystemEventLog: 1 name, 1 instance, 1 single request, 0 problems\n");

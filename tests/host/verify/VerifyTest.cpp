@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "FakeSource.h"
 #include "Instances.h"
 #include "mof/MofReader.h"
 #include "verify/SchemaError.h"
@@ -14,7 +15,6 @@ namespace {
 using broker::ObjectPath;
 using broker::Reply;
 using broker::Value;
-using host::Questions;
 using host::Verification;
 using host::verificationText;
 using testing::ElementsAre;
@@ -45,8 +45,11 @@ class VerifyTest : public testing::Test {
                 return replyOf(CMPI_RC_OK, {thingOf(path.keys.at(0).value.text, 1)});
             };
         };
-        const Questions questions{noted("names", m_names), noted("instances", m_instances), noted("get", m_get)};
-        return verify(mof::readMof(mof, "t.mof"), "root/cimv2", questions);
+        FakeSource source;
+        source.names = noted("names", m_names);
+        source.instances = noted("instances", m_instances);
+        source.get = noted("get", m_get);
+        return verify(mof::readMof(mof, "t.mof"), "root/cimv2", source);
     }
 
     Reply m_names = pathsOf({thingOf("a", 1), thingOf("b", 2)});

@@ -3,18 +3,17 @@
 #include <limits>
 
 #include "Instances.h"
-#include "health/SensorView.h"
+#include "health/Sensor.h"
 
 namespace {
 
 using broker::Value;
 using host::limitsBar;
-using host::SensorView;
+using host::Sensor;
 using host::Severity;
-using host::stateOf;
 
-SensorView viewOf(int reading, const std::vector<std::pair<std::string, int>>& limits) {
-    return SensorView::of(sensorOf("S", reading, 2, 0, limits)).value();
+Sensor viewOf(int reading, const std::vector<std::pair<std::string, int>>& limits) {
+    return Sensor::of(sensorOf("S", reading, 2, 0, limits));
 }
 
 const std::vector<std::pair<std::string, int>> ALL_THRESHOLDS{{"LowerThresholdFatal", 0},
@@ -27,28 +26,28 @@ const std::vector<std::pair<std::string, int>> ALL_THRESHOLDS{{"LowerThresholdFa
                                                               {"MaxReadable", 1000}};
 
 std::string wordAt(int reading) {
-    return stateOf(viewOf(reading, ALL_THRESHOLDS)).word();
+    return viewOf(reading, ALL_THRESHOLDS).stateWord();
 }
 
-TEST(SensorViewTest, ReadingComesWithItsUnit) {
-    const SensorView view = SensorView::of(sensorOf("CPU", 4250, 2, -2)).value();
+TEST(SensorTest, ReadingComesWithItsUnit) {
+    const Sensor view = Sensor::of(sensorOf("CPU", 4250, 2, -2));
     EXPECT_EQ(view.name, "CPU");
     EXPECT_EQ(view.withUnit(view.reading), "42.50 °C");
     EXPECT_EQ(view.scaled(std::nullopt), "-");
 }
 
-TEST(SensorViewTest, UnknownUnitLeavesTheBareNumber) {
-    const SensorView view = SensorView::of(sensorOf("S", 1, 0, 0)).value();
+TEST(SensorTest, UnknownUnitLeavesTheBareNumber) {
+    const Sensor view = Sensor::of(sensorOf("S", 1, 0, 0));
     EXPECT_EQ(view.withUnit(view.reading), "1");
 }
 
-TEST(SensorViewTest, InstanceWithoutReadingIsNoSensor) {
-    EXPECT_FALSE(SensorView::of(instanceOf("TQS_SystemEventLog", "L", {})));
-    EXPECT_FALSE(SensorView::of(instanceOf("X", "S", {{"CurrentReading", Value::null(CMPI_sint32)}})));
-    EXPECT_FALSE(SensorView::of(instanceOf("X", "S", {{"CurrentReading", Value::ofText("42")}})));
+TEST(SensorTest, InstanceWithoutReadingIsNoSensor) {
+    EXPECT_FALSE(host::isSensor(instanceOf("TQS_SystemEventLog", "L", {})));
+    EXPECT_FALSE(host::isSensor(instanceOf("X", "S", {{"CurrentReading", Value::null(CMPI_sint32)}})));
+    EXPECT_FALSE(host::isSensor(instanceOf("X", "S", {{"CurrentReading", Value::ofText("42")}})));
 }
 
-TEST(SensorViewTest, NumberBeyondSixtyFourBitsWithSignIsNone) {
+TEST(SensorTest, NumberBeyondSixtyFourBitsWithSignIsNone) {
     EXPECT_EQ(host::numberIn(Value::ofUnsigned(7, CMPI_uint64)), 7);
     EXPECT_EQ(host::numberIn(Value::ofUnsigned(std::numeric_limits<std::uint64_t>::max(), CMPI_uint64)), std::nullopt);
     EXPECT_EQ(host::numberIn(Value::ofBoolean(true)), std::nullopt);
@@ -71,9 +70,9 @@ TEST(SensorStateTest, GravestThresholdDecides) {
 }
 
 TEST(SensorStateTest, AbsentThresholdsAreNeverPassed) {
-    EXPECT_EQ(stateOf(viewOf(2000000000, {})).word(), "ok");
-    EXPECT_EQ(stateOf(viewOf(5, {{"UpperThresholdFatal", 4}})).word(), "fatal high");
-    EXPECT_EQ(stateOf(viewOf(-2147483647 - 1, {{"LowerThresholdCritical", -5}})).severity, Severity::Critical);
+    EXPECT_EQ(viewOf(2000000000, {}).stateWord(), "ok");
+    EXPECT_EQ(viewOf(5, {{"UpperThresholdFatal", 4}}).stateWord(), "fatal high");
+    EXPECT_EQ(viewOf(-2147483647, {{"LowerThresholdCritical", -5}}).state.severity, Severity::Critical);
 }
 
 TEST(LimitsBarTest, ShowsThresholdsAndReading) {
