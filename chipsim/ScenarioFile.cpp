@@ -188,7 +188,7 @@ class ScenarioReader {
 std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
-    // Reading ahead tells a directory, which opens like a file, and an empty file, which must not be copied.
+    // A directory opens like a file, and fails at the first read. An empty file is not copied, which would fail too.
     file.peek();
     if (file.good()) text << file.rdbuf();
     if (file.fail() || text.fail()) {

@@ -47,7 +47,7 @@ build() {
             fail "configuring preset '$1' failed; see above"
         }
     fi
-    # On a terminal Ninja keeps to one line; elsewhere it is told to.
+    # On a terminal Ninja overwrites one line; elsewhere it would write one for each step.
     quiet=--quiet
     [ ! -t 1 ] || quiet=
     # shellcheck disable=SC2086 # an option or nothing

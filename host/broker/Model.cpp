@@ -8,7 +8,7 @@
 namespace broker {
 namespace {
 
-// The bits that tell signed from unsigned integers, once encapsulated types and arrays are excluded.
+// The bits that distinguish signed from unsigned integers, once encapsulated types and arrays are excluded.
 constexpr unsigned INTEGER_KIND = 0x00C0;
 constexpr unsigned SIGNED_KIND = 0x00C0;
 constexpr unsigned UNSIGNED_KIND = 0x0080;

@@ -73,7 +73,7 @@ InstanceProvider::~InstanceProvider() {
     if (m_cleanedUp) return;
     try {
         cleanUp(true);
-    } catch (...) {  // there is nobody left to tell
+    } catch (...) {  // nobody is left to report it to
         m_cleanedUp = true;
     }
 }

@@ -42,8 +42,8 @@ class FileLogHandler : public LogHandler {
     // Sets the defaults, then applies the configuration file, where there is one. Not while another thread logs.
     void GetConfig();
 
-    // Appends the line's bytes to the file and flushes. Tells the file's link count on standard output when it was
-    // open.
+    // Appends the line's bytes to the file and flushes. If the file was open, reports its link count on standard output
+    // first.
     void WriteLog(std::string& line);
 
     // Gives what fputs to standard error gave: negative when it failed.

@@ -9,9 +9,9 @@ namespace {
 
 std::mutex s_creation;
 
-// Unloading and the end of the process are told apart by the order in which the library's clean-up is run. dlclose runs
-// its termination functions first and the destructors of its static objects after them; exit runs the destructors
-// first, as it does with all exit handlers, and the termination functions when it finalises the libraries.
+// The order in which the library's clean-up runs distinguishes unloading from the end of the process. dlclose runs its
+// termination functions first and the destructors of its static objects after them; exit runs the destructors first, as
+// it does with all exit handlers, and the termination functions when it finalises the libraries.
 bool s_unloading = false;
 
 [[gnu::destructor]] void noticeTermination() {

@@ -10,8 +10,8 @@
 // Null until the first call. Threads read it without a lock: through logHandler(), never directly.
 extern LogHandler* s_logHandler;
 
-// Makes the sink unless another thread has just made it, and tells standard output. What its constructor throws passes
-// to the caller; the next call tries again.
+// Makes the sink unless another thread has just made it, and reports that on standard output. What its constructor
+// throws passes to the caller; the next call tries again.
 LogHandler& createLogHandler();
 
 inline LogHandler& logHandler() {

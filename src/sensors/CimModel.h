@@ -1,5 +1,5 @@
 // What the models of the two CIM classes share: the path of an instance with the one key "Name", the setting of an
-// instance's properties, and the raising of what a broker refuses.
+// instance's properties, and the throwing of what a broker refuses.
 //
 // All CMPI objects made here belong to the broker, which frees them after the request; nobody releases them. A failure
 // is thrown as a `CMPIStatus*` and nothing is logged. The pointer needs no free and stays valid until the next throw.

@@ -24,8 +24,8 @@ class NvmeSsd {
     bool addSsdDevice(const IdentifyData& data, const std::string& physicalDisk, const std::string& devPath);
 
     // The composite temperature in °C, modulo 65536, of the controller /dev/nvme<index>. 0 when it cannot be opened
-    // (logged) or the drive refuses (not logged), which a real 0 °C cannot be told from; 65263, which is 0 K, when the
-    // kernel refuses (not logged). The index is a number in /dev, not a position in the list.
+    // (logged) or the drive refuses (not logged); a real 0 °C looks the same. 65263, which is 0 K, when the kernel
+    // refuses (not logged). The index is a number in /dev, not a position in the list.
     unsigned short getSsdTemperature(int index);
 
     // In whole degrees. For whoever needs it; the readings above are converted already.

@@ -23,8 +23,8 @@ std::uint32_t numberOfNamespaces(const IdentifyPage& controller) {
     return number;
 }
 
-// What the drive says about the namespace is not used: only a drive that fails to answer is told apart. Where the
-// namespace was guessed, not even that.
+// What the drive says about the namespace is not used. It only matters that the drive answers, and not even that where
+// the namespace was guessed.
 bool identifyNamespace(int fd, int namespaceId, const IdentifyPage& controller) {
     IdentifyPage page{};
     if (namespaceId == -1) {

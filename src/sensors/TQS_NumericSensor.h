@@ -57,7 +57,7 @@ class TQS_NumericSensor {
     // The least age of a reading before the next is taken; brought into 500 to 2500 ms.
     void setUpdateInterval(int milliseconds);
     // Whether a reading is due. If so, now becomes the time of the last reading: the caller is to take one. True also
-    // when the time cannot be had. Tells standard error how it decided.
+    // when the time cannot be had. Reports on standard error how it decided.
     bool needsReading();
     // How much later the one time is, in whole milliseconds; wraps around in 32 bits.
     static int tvdiff_ms(const timeval* later, const timeval* earlier);

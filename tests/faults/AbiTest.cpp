@@ -155,7 +155,7 @@ Slot slotOf(const void* object, unsigned number) {
     return slot;
 }
 
-// Tells which of its operations was called.
+// Records which of its operations was called.
 class Witness : public LogHandler {
   public:
     explicit Witness(std::string& calls) : m_calls(calls) {}
@@ -175,7 +175,7 @@ TEST(LogAbiTest, SinksOperationsStandInTheirOrder) {
     LogHandler* witness = new Witness(calls);
     slotOf(witness, 2)(witness, nullptr);
     slotOf(witness, 3)(witness, nullptr);
-    slotOf(witness, 1)(witness, nullptr);  // the deleting destructor, as the address sanitizer would tell
+    slotOf(witness, 1)(witness, nullptr);  // the deleting destructor: the address sanitizer reports a leak otherwise
     alignas(Witness) unsigned char place[sizeof(Witness)];
     LogHandler* placed = new (place) Witness(calls);
     slotOf(placed, 0)(placed, nullptr);

@@ -190,7 +190,7 @@ TEST_F(FileLogHandlerTest, FileIsOpenedByTheFirstLine) {
     EXPECT_EQ(sandbox::readLog(), "first\n");
 }
 
-TEST_F(FileLogHandlerTest, LinesAreAppendedAndTellTheLinkCount) {
+TEST_F(FileLogHandlerTest, LinesAreAppendedAndReportTheLinkCount) {
     std::ofstream(DEFAULT_PATH) << "earlier\n";
     OpenHandler handler;
     EXPECT_EQ(lineCountsOf(handler, "first\n"), "");

@@ -31,7 +31,7 @@ class LogTest : public testing::Test {
     void SetUp() override { REQUIRE_SANDBOX(); }
 };
 
-TEST_F(LogTest, FirstCallTellsThatTheSinkWasMadeOnce) {
+TEST_F(LogTest, FirstCallReportsOnceThatTheSinkWasMade) {
     EXPECT_EQ(runAnew([] {
                   Log(LOG_ERROR, "first");
                   LogQuick(LOG_TRACE, "filtered out");

@@ -214,7 +214,7 @@ TEST_F(NvmeSsdTemperatureTest, PositionIsTheDevicesNumberWhateverTheListHolds) {
     });
 }
 
-TEST_F(NvmeSsdTemperatureTest, MissingDeviceReadsAsZeroAndIsTold) {
+TEST_F(NvmeSsdTemperatureTest, MissingDeviceReadsAsZeroAndIsReported) {
     const std::string standardError = runWithFullLog([] {
         EXPECT_EQ(NvmeSsd().getSsdTemperature(3), 0);
         EXPECT_EQ(NvmeSsd().getSsdTemperature(-1), 0);

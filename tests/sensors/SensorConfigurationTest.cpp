@@ -99,7 +99,7 @@ TEST_F(SensorConfigurationTest, EmptyOrMissingFileSetsNothing) {
     EXPECT_EQ(missing.standardError, "");
 }
 
-TEST_F(SensorConfigurationTest, UnknownKeysAreToldOncePerLineAndReadingGoesOn) {
+TEST_F(SensorConfigurationTest, UnknownKeysAreReportedOncePerLineAndReadingGoesOn) {
     expect("# NvmeReadings=1\nOther=1\nNvmeReadings=1\n[Section]\nx=\n", 1, UNKNOWN_KEY + UNKNOWN_KEY + UNKNOWN_KEY);
 }
 

@@ -86,7 +86,7 @@ TEST(OwnershipTest, OnlyClonesCanBeReleased) {
 }
 
 TEST(OwnershipTest, BrokerFreesForgottenClones) {
-    // A leak would be the address sanitizer's to tell.
+    // The address sanitizer would report a leak.
     Broker broker;
     const CMPIString* string = newString(broker);
     string->ft->clone(string, nullptr);
@@ -95,7 +95,7 @@ TEST(OwnershipTest, BrokerFreesForgottenClones) {
 
 using ServicesTest = BrokerTest;
 
-TEST_F(ServicesTest, ObjectsTellTheirType) {
+TEST_F(ServicesTest, TypeOfEachObjectIsNamed) {
     CMPIInstance* instance = newInstance();
     EXPECT_EQ("CMPIInstance", textOf(mb->eft->getType(mb, instance, &status)));
     EXPECT_EQ("CMPIObjectPath", textOf(mb->eft->getType(mb, newPath(), nullptr)));
