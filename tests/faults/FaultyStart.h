@@ -1,5 +1,5 @@
-// What the tests of failures at every point share: the terminal, the requests, and the requestCase of one of them with
-// something failing while it is served, and nowhere else.
+// What the tests of failures at every point share: the terminal, the requests, and a way to send one of them while
+// something fails, and only while it is served.
 #ifndef ZELSENSORS_TESTS_FAULTS_FAULTYSTART_H
 #define ZELSENSORS_TESTS_FAULTS_FAULTYSTART_H
 
@@ -26,7 +26,7 @@ const std::vector<RequestCase>& allRequestCases();
 struct Answered {
     CMPIrc status = CMPI_RC_OK;
     unsigned doneCalls = 0;
-    std::size_t count = 0;
+    std::size_t count = 0;  // of paths or instances
 };
 
 CMPIStatus enter(const CMPIInstanceMI* mi, RequestCase::Entry entry, const broker::Request& request,

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "OpenDescriptors.h"
+
 namespace fs = std::filesystem;
 
 namespace {

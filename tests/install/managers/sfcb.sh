@@ -3,8 +3,8 @@
 # sfcbrepos moves the repository away before it fails, and takes what anybody has staged; sfcbunstage stops at a file that
 # is not staged.
 #
-# Its directories are below its prefix: share/sfcb/CIM, var/lib/sfcb/stage (or SFCB_STAGE), var/lib/sfcb/registration. What it was called with
-# goes to var/calls; var/fail-<tool> holds a status to answer without doing anything.
+# Its directories are below its prefix: share/sfcb/CIM, var/lib/sfcb/stage (or SFCB_STAGE), var/lib/sfcb/registration.
+# What it was called with goes to var/calls; var/fail-<tool> holds a status to answer without doing anything.
 set -eu
 tool=${0##*/}
 prefix=$(readlink -f "$0")
