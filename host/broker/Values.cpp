@@ -108,11 +108,11 @@ CMPIrc copyNonNumber(Broker::State& state, const CMPIValue& from, CMPIType type,
 }
 
 bool isCimType(CMPIType type) {
-    static constexpr CMPIType TYPES[] = {CMPI_boolean,  CMPI_char16, CMPI_uint8,  CMPI_uint16,   CMPI_uint32,
+    static constexpr CMPIType types[] = {CMPI_boolean,  CMPI_char16, CMPI_uint8,  CMPI_uint16,   CMPI_uint32,
                                          CMPI_uint64,   CMPI_sint8,  CMPI_sint16, CMPI_sint32,   CMPI_sint64,
                                          CMPI_real32,   CMPI_real64, CMPI_string, CMPI_dateTime, CMPI_ref,
                                          CMPI_instance, CMPI_chars};
-    return std::find(std::begin(TYPES), std::end(TYPES), elementTypeOf(type)) != std::end(TYPES);
+    return std::find(std::begin(types), std::end(types), elementTypeOf(type)) != std::end(types);
 }
 
 void handOutNumber(const Value& value, CMPIData& data) {

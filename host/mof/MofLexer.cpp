@@ -154,10 +154,10 @@ Token Lexer::characterToken() {
 }
 
 Token Lexer::symbolToken() {
-    static constexpr std::string_view SYMBOLS = "()[]{},;:=$#";
+    static constexpr std::string_view symbols = "()[]{},;:=$#";
     const host::Character character = host::firstCharacter(m_text.substr(m_at));
     const std::string_view text = m_text.substr(m_at, character.length);
-    if (SYMBOLS.find(peek()) == std::string_view::npos) fail(m_line, shown(text) + " has no meaning here");
+    if (symbols.find(peek()) == std::string_view::npos) fail(m_line, shown(text) + " has no meaning here");
     advance();
     return {Token::Kind::Symbol, m_line, std::string(text), {}};
 }
@@ -190,17 +190,17 @@ void Lexer::appendPlain(std::string& text) {
 }
 
 char32_t Lexer::escape() {
-    static constexpr std::string_view LETTERS = "btnfr\"'\\";
-    static constexpr std::string_view MEANINGS = "\b\t\n\f\r\"'\\";
+    static constexpr std::string_view letters = "btnfr\"'\\";
+    static constexpr std::string_view meanings = "\b\t\n\f\r\"'\\";
     advance();
     const char letter = peek();
     if (letter == 'x' || letter == 'X') return hexEscape();
-    const std::size_t which = LETTERS.find(letter);
+    const std::size_t which = letters.find(letter);
     if (which == std::string_view::npos) {
         fail(m_line, "an unknown escape in the text, expected one of \\b \\t \\n \\f \\r \\\" \\' \\\\ \\x");
     }
     advance();
-    return static_cast<unsigned char>(MEANINGS[which]);
+    return static_cast<unsigned char>(meanings[which]);
 }
 
 char32_t Lexer::hexEscape() {

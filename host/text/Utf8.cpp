@@ -47,13 +47,13 @@ bool isControl(char32_t codePoint) {
 }
 
 std::string escaped(std::string_view bytes) {
-    static constexpr char DIGITS[] = "0123456789abcdef";
+    static constexpr char digits[] = "0123456789abcdef";
     std::string result;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const unsigned byte = byteAt(bytes, i);
         result += "\\x";
-        result += DIGITS[byte >> 4];
-        result += DIGITS[byte & 0x0f];
+        result += digits[byte >> 4];
+        result += digits[byte & 0x0f];
     }
     return result;
 }
