@@ -31,8 +31,8 @@ static void driveScanFloor(benchmark::State& state) {
             fcntl(drive, F_SETFD, FD_CLOEXEC);
             ioctl(drive, NVME_IOCTL_ID);
             for (int command = 0; command < 4; ++command) {
-                nvme_admin_cmd carried{};
-                ioctl(drive, NVME_IOCTL_ADMIN_CMD, &carried);
+                nvme_admin_cmd sent{};
+                ioctl(drive, NVME_IOCTL_ADMIN_CMD, &sent);
             }
             close(drive);
         }

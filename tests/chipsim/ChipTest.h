@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <utility>
@@ -27,12 +26,11 @@ class ChipTest : public testing::Test {
         fakeclock::useReal();
     }
 
-    std::string path() const { return (m_directory.path() / "scenario.toml").string(); }
+    std::string path() const { return m_directory.path("scenario.toml"); }
 
     // Names a file that holds the text.
     void useScenario(const std::string& text) const {
-        std::ofstream(path(), std::ios::binary) << text;
-        setenv("ZELCHIP_SCENARIO", path().c_str(), 1);
+        setenv("ZELCHIP_SCENARIO", m_directory.write("scenario.toml", text).c_str(), 1);
     }
 
     // An initialised chip on that scenario.

@@ -30,15 +30,7 @@ unsigned atEveryCall(const FailingFunction& failing, Attempt attempt) {
     return FAR_MORE_THAN_THERE_ARE;
 }
 
-class FailureCallsTest : public ProviderTest {
-  protected:
-    static ProcessOutcome onTheTerminal(const std::function<void()>& body) {
-        return inFreshProcess([&body] {
-            prepareTerminal();
-            body();
-        });
-    }
-};
+class FailureCallsTest : public FaultyStartTest {};
 
 // None of these calls is one that a request depends on: it is answered as ever.
 TEST_F(FailureCallsTest, RequestsAreAnsweredAsEver) {

@@ -38,15 +38,8 @@ void atEveryAllocationWithoutLeaks(Attempt attempt) {
     EXPECT_EQ(liveBlocks(), before) << "blocks leaked";
 }
 
-class FailureMemoryTest : public ProviderTest {
+class FailureMemoryTest : public FaultyStartTest {
   protected:
-    static ProcessOutcome onTheTerminal(const std::function<void()>& body) {
-        return inFreshProcess([&body] {
-            prepareTerminal();
-            body();
-        });
-    }
-
     // Serves the request with an allocation failing. Whether one failed.
     static bool attemptRequest(LoadedProvider& loaded, const RequestCase& requestCase, unsigned nth,
                                Shortage shortage) {
@@ -149,8 +142,7 @@ class FailureMemoryLogTest : public FailureMemoryTest {
   protected:
     // Makes the call with every allocation failing in turn, and then once more.
     static void expectSurvived(const std::function<void()>& log, const std::string& message) {
-        inFreshProcess([&] {
-            prepareTerminal();
+        onTheTerminal([&] {
             atEveryAllocationWithoutLeaks([&](unsigned nth, Shortage shortage) {
                 checkAndDeleteLog();  // so the call opens the file anew
                 bool failed = false;

@@ -2,6 +2,18 @@
 
 #include <filesystem>
 
+namespace {
+
+void prepareTerminal() {
+    sandbox::writeLogConfiguration("Level=4\n");
+    sandbox::writeSensorConfiguration("NvmeReadings=1\n");
+    fakeclock::set({1000, 0});
+    drives::clear();
+    drives::attach("/dev/nvme0", drives::Drive{}, 313);
+}
+
+}  // namespace
+
 std::ostream& operator<<(std::ostream& stream, const RequestCase& requestCase) {
     return stream << requestCase.what;
 }
@@ -37,14 +49,6 @@ CMPIStatus enter(const CMPIInstanceMI* mi, RequestCase::Entry entry, const broke
     }
 }
 
-void prepareTerminal() {
-    sandbox::writeLogConfiguration("Level=4\n");
-    sandbox::writeSensorConfiguration("NvmeReadings=1\n");
-    fakeclock::set({1000, 0});
-    drives::clear();
-    drives::attach("/dev/nvme0", drives::Drive{}, 313);
-}
-
 void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const RequestCase& requestCase) {
     fakeclock::advanceMilliseconds(3000);  // every reading is due
     const Answered answered = send(broker, mi, requestCase, [](const auto& call) { call(); });
@@ -60,4 +64,11 @@ void expectAllAnswered(broker::Broker& broker, const CMPIInstanceMI* mi) {
 void checkAndDeleteLog() {
     parseLog(sandbox::readLog());
     std::filesystem::remove("/var/log/tarn/tarn.log");
+}
+
+ProcessOutcome FaultyStartTest::onTheTerminal(const std::function<void()>& body) {
+    return inFreshProcess([&body] {
+        prepareTerminal();
+        body();
+    });
 }

@@ -42,12 +42,17 @@ Answered send(broker::Broker& broker, const CMPIInstanceMI* mi, const RequestCas
     return {status.rc, request.reply().doneCalls, request.reply().paths.size() + request.reply().instances.size()};
 }
 
-// The log at its most detailed, the readings of drives switched on, one drive, and the clock at 1000 s.
-void prepareTerminal();
 // All requests are answered as they should be when nothing fails.
 void expectAllAnswered(broker::Broker& broker, const CMPIInstanceMI* mi);
 void expectAnswered(broker::Broker& broker, const CMPIInstanceMI* mi, const RequestCase& requestCase);
 // Every line of the log is whole. Empties it, by deleting it.
 void checkAndDeleteLog();
+
+// Runs each body in a process of its own, on a terminal with one drive: the log at its most detailed, the readings of
+// drives switched on, and the clock at 1000 s.
+class FaultyStartTest : public ProviderTest {
+  protected:
+    static ProcessOutcome onTheTerminal(const std::function<void()>& body);
+};
 
 #endif

@@ -6,6 +6,7 @@
 #include <set>
 #include <thread>
 
+#include "OnThreads.h"
 #include "Provider.h"
 #include "log.h"
 
@@ -16,12 +17,6 @@ using testing::Contains;
 
 constexpr unsigned THREADS = 8;
 constexpr char LOG_FILE[] = "/var/log/tarn/tarn.log";
-
-void onEveryThread(const std::function<void(unsigned)>& work) {
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < THREADS; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-}
 
 std::string threeSensorsAndALog() {
     std::string scenario = "[event-log]\nlines = [\"one\", \"two\"]\n";
@@ -99,7 +94,7 @@ TEST_F(RaceTest, FactoriesRequestsAndTheFirstLogLineComeTogether) {
         OutputCapture error(STDERR_FILENO);
         {
             const broker::ProviderLibrary library(PROVIDER_LIBRARY);
-            onEveryThread([&](unsigned thread) {
+            onThreads(THREADS, [&](unsigned thread) {
                 for (unsigned i = 0; i < 14; ++i) act(thread * 3 + i, library, broker);
             });
             EXPECT_EQ(broker.liveObjects(), 0U);
@@ -126,7 +121,7 @@ TEST_F(RaceTest, ManyThreadsLogWhileTheFileComesAndGoes) {
             std::this_thread::yield();
         }
     });
-    onEveryThread([](unsigned thread) {
+    onThreads(THREADS, [](unsigned thread) {
         for (unsigned i = 0; i < 100; ++i) {
             Log(LOG_INFO, "thread %u, formatted line %u", thread, i);
             WLog(LOG_INFO, L"thread %u, wide line %u", thread, i);

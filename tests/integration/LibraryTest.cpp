@@ -1,13 +1,13 @@
 #include <dlfcn.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <fstream>
-#include <memory>
+#include <set>
 #include <sstream>
 
 #include "OpenDescriptors.h"
 #include "Provider.h"
+#include "Symbols.h"
 
 namespace {
 
@@ -16,21 +16,6 @@ using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::StartsWith;
-
-Strings outputLines(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    Strings lines;
-    char line[512];
-    while (std::fgets(line, sizeof line, pipe.get()) != nullptr) {
-        lines.emplace_back(line);
-        lines.back().pop_back();
-    }
-    return lines;
-}
-
-Strings dynamicEntries(const std::string& tag) {
-    return outputLines("LC_ALL=C readelf -dW " PROVIDER_LIBRARY " | sed -n 's/.*(" + tag + ").*\\[\\(.*\\)\\]/\\1/p'");
-}
 
 // "r--p", "rw-p" and the like, of the page at the address; empty where there is none.
 std::string protectionAt(const void* address) {
@@ -112,13 +97,12 @@ TEST_F(LibraryTest, HostMayExitWithoutCleaningUp) {
 
 // The file as it was built.
 TEST(LibraryFileTest, ExportsTheFactoryAlone) {
-    EXPECT_THAT(outputLines("nm -D --defined-only " PROVIDER_LIBRARY " | cut -d' ' -f3"),
-                ElementsAre("SensorProvider_Create_InstanceMI"));
+    EXPECT_THAT(exportedSymbols(PROVIDER_LIBRARY), ElementsAre("SensorProvider_Create_InstanceMI"));
 }
 
 TEST(LibraryFileTest, HasItsSonameAndNeedsOnlyTheChipLibraryAndTheSystem) {
-    EXPECT_THAT(dynamicEntries("SONAME"), ElementsAre("libzelsensors.so.0"));
-    const Strings needed = dynamicEntries("NEEDED");
+    EXPECT_THAT(dynamicEntries(PROVIDER_LIBRARY, "SONAME"), ElementsAre("libzelsensors.so.0"));
+    const std::set<std::string> needed = dynamicEntries(PROVIDER_LIBRARY, "NEEDED");
     EXPECT_THAT(needed, Contains("libzelchip.so.0"));
     EXPECT_THAT(needed, Each(AnyOf("libzelchip.so.0", "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "libc.so.6",
                                    "ld-linux-x86-64.so.2", StartsWith("libasan.so"), StartsWith("libubsan.so"))));

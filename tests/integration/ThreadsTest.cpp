@@ -1,6 +1,6 @@
 #include <set>
-#include <thread>
 
+#include "OnThreads.h"
 #include "Provider.h"
 
 namespace {
@@ -8,12 +8,6 @@ namespace {
 using testing::Contains;
 
 constexpr unsigned THREAD_COUNT = 8;
-
-void onEveryThread(const std::function<void(unsigned)>& work) {
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < THREAD_COUNT; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-}
 
 class ThreadsTest : public ProviderTest {};
 
@@ -23,7 +17,7 @@ TEST_F(ThreadsTest, FactoryCalledByAllAtOnceMakesOneProvider) {
         broker::Broker broker;
         const broker::ProviderLibrary library(PROVIDER_LIBRARY);
         std::vector<CMPIInstanceMI*> records(THREAD_COUNT);
-        onEveryThread([&](unsigned i) {
+        onThreads(THREAD_COUNT, [&](unsigned i) {
             CMPIStatus status = {CMPI_RC_ERR_FAILED, nullptr};
             const broker::Request request(broker);
             records[i] = library.factory("SensorProvider")(broker.handle(), request.context(), &status);
@@ -46,7 +40,7 @@ TEST_F(ThreadsTest, MixedRequestsOfEightThreadsAreAllAnswered) {
         useScenario(chipSensor(1, "CPU", {50, 51, 52}) + chipSensor(2, "Fan", {900, 901, 902}) +
                     "[event-log]\nlines = [\"one\", \"two\"]\n");
         LoadedProvider loaded;
-        onEveryThread([&](unsigned thread) {
+        onThreads(THREAD_COUNT, [&](unsigned thread) {
             for (unsigned i = 0; i < 50; ++i) {
                 broker::InstanceProvider& provider = loaded.provider;
                 switch ((thread + i) % 6) {

@@ -1,13 +1,10 @@
 #include "OutputCapture.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <iostream>
-#include <system_error>
 
 #include "MemoryFile.h"
 
@@ -19,24 +16,6 @@ void flushStream(int descriptor) {
 }
 
 }  // namespace
-
-int makeMemoryFile() {
-    const int file = memfd_create("output", MFD_CLOEXEC);
-    if (file < 0 || fcntl(file, F_SETFL, O_APPEND) != 0)
-        throw std::system_error(errno, std::generic_category(), "memfd_create");
-    return file;
-}
-
-std::string takeContents(int file) {
-    std::string contents;
-    char buffer[4096];
-    ssize_t length = 0;
-    while ((length = pread(file, buffer, sizeof buffer, static_cast<off_t>(contents.size()))) > 0)
-        contents.append(buffer, static_cast<std::size_t>(length));
-    if (length < 0 || ftruncate(file, 0) != 0)
-        throw std::system_error(errno, std::generic_category(), "captured output");
-    return contents;
-}
 
 OutputCapture::OutputCapture(int descriptor)
     : m_descriptor(descriptor), m_saved(fcntl(descriptor, F_DUPFD_CLOEXEC, 3)), m_file(makeMemoryFile()) {

@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
+#include "FileContents.h"
 #include "PrivateMounts.h"
 #include "SandboxEntry.h"
 
@@ -131,10 +131,7 @@ void writeSensorConfiguration(const std::string& contents) {
 }
 
 std::string readLog() {
-    std::ifstream file("/var/log/tarn/tarn.log", std::ios::binary);
-    std::ostringstream contents;
-    if (file) contents << file.rdbuf();
-    return contents.str();
+    return contentsOf("/var/log/tarn/tarn.log");
 }
 
 }  // namespace sandbox

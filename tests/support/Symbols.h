@@ -1,6 +1,6 @@
-// What binutils say about a file.
-#ifndef ZELSENSORS_TESTS_FAULTS_SYMBOLS_H
-#define ZELSENSORS_TESTS_FAULTS_SYMBOLS_H
+// What binutils say about a library.
+#ifndef ZELSENSORS_TESTS_SYMBOLS_H
+#define ZELSENSORS_TESTS_SYMBOLS_H
 
 #include <stdio.h>
 
@@ -29,12 +29,28 @@ inline std::set<std::string> symbolsOf(const std::string& nm) {
     return symbols;
 }
 
+inline std::set<std::string> exportedSymbols(const std::string& library) {
+    return symbolsOf("nm --dynamic --defined-only --format=posix " + library);
+}
+
 inline std::set<std::string> undefinedSymbols(const std::string& library) {
     return symbolsOf("nm --dynamic --undefined-only --format=posix " + library);
 }
 
 inline std::set<std::string> definedSymbols(const std::string& archive) {
     return symbolsOf("nm --defined-only --extern-only --format=posix " + archive);
+}
+
+// The texts in brackets of the dynamic section's entries with this tag, such as "NEEDED".
+inline std::set<std::string> dynamicEntries(const std::string& library, const std::string& tag) {
+    std::set<std::string> entries;
+    std::istringstream lines(outputOf("readelf --dynamic --wide " + library));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find('(' + tag + ')') == std::string::npos) continue;
+        const std::size_t begin = line.find('[') + 1;
+        entries.insert(line.substr(begin, line.find(']') - begin));
+    }
+    return entries;
 }
 
 #endif
