@@ -163,17 +163,17 @@ class FailureMemoryLogTest : public FailureMemoryTest {
     }
 };
 
-TEST_F(FailureMemoryLogTest, FormattedMessages) {
+TEST_F(FailureMemoryLogTest, FormattedMessageIsWrittenByTheCallAfterAFailure) {
     expectSurvived([] { Log(LOG_ERROR, "number %d of the messages that are formatted", 7); },
                    "number 7 of the messages that are formatted");
 }
 
-TEST_F(FailureMemoryLogTest, WideMessages) {
+TEST_F(FailureMemoryLogTest, WideMessageIsWrittenByTheCallAfterAFailure) {
     expectSurvived([] { WLog(LOG_ERROR, L"number %d of the messages that are wide", 7); },
                    "number 7 of the messages that are wide");
 }
 
-TEST_F(FailureMemoryLogTest, QuickMessages) {
+TEST_F(FailureMemoryLogTest, QuickMessageIsWrittenByTheCallAfterAFailure) {
     expectSurvived([] { LogQuick(LOG_ERROR, "a message that goes out just as it stands"); },
                    "a message that goes out just as it stands");
 }

@@ -366,7 +366,7 @@ class StatesTest : public LogStressTest {
     static void makeTooLong() { fs::resize_file(LOG_FILE, 4096); }
 };
 
-TEST_F(StatesTest, Closed) {
+TEST_F(StatesTest, ClosedSinkOpensTheFileWithTheNextLineIfItCan) {
     configure("MaxLength=4096\n");
     const std::string tooLong(5000, 'x');
     const std::string andLine = tooLong + "line\n";
@@ -383,7 +383,7 @@ TEST_F(StatesTest, Closed) {
         [](OpenHandler&) {}, State::Closed);
 }
 
-TEST_F(StatesTest, Open) {
+TEST_F(StatesTest, OpenSinkFollowsTheFileUntilItIsTooLong) {
     configure("MaxLength=4096\n");
     expectAll(
         {
@@ -414,7 +414,7 @@ TEST_F(StatesTest, Open) {
         [](OpenHandler& handler) { handler.write("first\n"); }, State::Open);
 }
 
-TEST_F(StatesTest, Stopped) {
+TEST_F(StatesTest, StoppedSinkStaysStopped) {
     configure("MaxLength=4096\n");
     expectAll(
         {

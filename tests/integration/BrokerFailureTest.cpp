@@ -104,31 +104,31 @@ class BrokerFailureTest : public ProviderTest {
     }
 };
 
-TEST_F(BrokerFailureTest, NamesOfSensors) {
+TEST_F(BrokerFailureTest, NamesOfSensorsSurviveEveryFailure) {
     expectEveryFailureHandled(
         [](broker::InstanceProvider& provider) { return provider.enumerateInstanceNames(classPath(SENSOR_CLASS)); },
         "enumerateInstanceNames");
 }
 
-TEST_F(BrokerFailureTest, NameOfTheEventLog) {
+TEST_F(BrokerFailureTest, NameOfTheEventLogSurvivesEveryFailure) {
     expectEveryFailureHandled(
         [](broker::InstanceProvider& provider) { return provider.enumerateInstanceNames(classPath(LOG_CLASS)); },
         "enumerateInstanceNames");
 }
 
-TEST_F(BrokerFailureTest, InstancesOfSensors) {
+TEST_F(BrokerFailureTest, InstancesOfSensorsSurviveEveryFailure) {
     expectEveryFailureHandled(
         [](broker::InstanceProvider& provider) { return provider.enumerateInstances(classPath(SENSOR_CLASS)); },
         "enumerateInstances");
 }
 
-TEST_F(BrokerFailureTest, InstanceOfTheEventLogInAnEnumeration) {
+TEST_F(BrokerFailureTest, EnumeratedEventLogSurvivesEveryFailure) {
     expectEveryFailureHandled(
         [](broker::InstanceProvider& provider) { return provider.enumerateInstances(classPath(LOG_CLASS)); },
         "enumerateInstances");
 }
 
-TEST_F(BrokerFailureTest, OneSensor) {
+TEST_F(BrokerFailureTest, OneSensorSurvivesEveryFailure) {
     expectEveryFailureHandled(
         [](broker::InstanceProvider& provider) {
             return provider.getInstance(namedPath(SENSOR_CLASS, "Fan(00000002)"));
@@ -136,7 +136,7 @@ TEST_F(BrokerFailureTest, OneSensor) {
         "getInstance");
 }
 
-TEST_F(BrokerFailureTest, TheEventLog) {
+TEST_F(BrokerFailureTest, SingleEventLogSurvivesEveryFailure) {
     expectEveryFailureHandled(
         [](broker::InstanceProvider& provider) { return provider.getInstance(namedPath(LOG_CLASS, LOG_NAME)); },
         "getInstance");

@@ -24,7 +24,7 @@ json property(Value value) {
     return parsed(answerOf(Command::Get, reply))["instances"][0]["properties"]["P"];
 }
 
-TEST(JsonFormatTest, WholeDocument) {
+TEST(JsonFormatTest, DocumentHasAllMembers) {
     const json expected = json::parse(R"({
         "command": "instances", "namespace": "root/cimv2", "class": "TQS_NumericSensor",
         "status": {"rc": 0, "name": "CMPI_RC_OK"},
@@ -37,7 +37,7 @@ TEST(JsonFormatTest, WholeDocument) {
     EXPECT_EQ(parsed(answerOf(Command::Instances, replyOf(CMPI_RC_OK, {sensorOf("CPU", -7, 2, 0)}))), expected);
 }
 
-TEST(JsonFormatTest, SameMembersWithoutData) {
+TEST(JsonFormatTest, MembersAreTheSameWithoutData) {
     Reply reply;
     reply.status = {CMPI_RC_ERR_NOT_SUPPORTED, "read-only"};
     const json document = parsed(answerOf(Command::Create, reply));
@@ -54,7 +54,7 @@ TEST(JsonFormatTest, PartialListComesWithItsError) {
     EXPECT_EQ(document["instances"].size(), 1U);
 }
 
-TEST(JsonFormatTest, PathsWithKeys) {
+TEST(JsonFormatTest, PathsAreListedWithTheirKeys) {
     Reply reply;
     reply.paths.push_back({"till7", "root/cimv2", "C", {{"Name", Value::ofText("A")}, {"Slot", Value::ofSigned(3)}}});
     EXPECT_EQ(parsed(answerOf(Command::Names, reply))["paths"],
@@ -72,7 +72,7 @@ TEST(JsonFormatTest, NumbersAreNumbersAndExact) {
     EXPECT_EQ(property(Value::ofUnsigned(65, CMPI_char16)), 65);
 }
 
-TEST(JsonFormatTest, OtherTypes) {
+TEST(JsonFormatTest, OtherTypesHaveTheirJsonForm) {
     EXPECT_EQ(property(Value::ofBoolean(true)), true);
     EXPECT_TRUE(property(Value::null(CMPI_string)).is_null());
     EXPECT_EQ(property(Value::ofArray({Value::ofText("a"), Value::null(CMPI_string), Value::ofText("")}, CMPI_string)),
@@ -80,7 +80,7 @@ TEST(JsonFormatTest, OtherTypes) {
     EXPECT_EQ(property(Value::ofText("20260101000000.000000+000", CMPI_dateTime)), "20260101000000.000000+000");
 }
 
-TEST(JsonFormatTest, ReferencesAndEmbeddedInstances) {
+TEST(JsonFormatTest, ReferencesArePathsAndEmbeddedInstancesAreInstances) {
     Value reference = Value::ofText("", CMPI_ref);
     reference.path = std::make_shared<broker::ObjectPath>(broker::ObjectPath{"", "root", "D", {}});
     EXPECT_EQ(property(reference), json::parse(R"({"namespace": "root", "class": "D", "keys": {}})"));
@@ -100,7 +100,7 @@ TEST(JsonFormatTest, TerminalControlsAreEscaped) {
               std::string::npos);
 }
 
-TEST(JsonFormatTest, OneLineForEachRound) {
+TEST(JsonFormatTest, RoundIsOneLine) {
     const std::string text = host::jsonText(answerOf(Command::Watch, replyOf(CMPI_RC_OK, {})), JsonLayout::OneLine);
     EXPECT_EQ(text.find('\n'), text.size() - 1);
     EXPECT_EQ(json::parse(text)["command"], "watch");

@@ -22,7 +22,7 @@ std::string around(const std::string& value) {
     return "instance of C {\n    P = " + value + ";\n};\n";
 }
 
-TEST(MofFormatTest, OneDeclarationForEachInstance) {
+TEST(MofFormatTest, EachInstanceIsADeclaration) {
     EXPECT_EQ(mofText(answerOf(Command::Instances,
                                replyOf(CMPI_RC_OK, {sensorOf("CPU", -7, 2, 0), instanceOf("Other", "O", {})}))),
               "instance of TQS_NumericSensor {\n"
@@ -48,7 +48,7 @@ TEST(MofFormatTest, ErrorIsAComment) {
               "// The provider ended with 1 CMPI_RC_ERR_FAILED: line\\x0abreak\n");
 }
 
-TEST(MofFormatTest, ValuesOfAllKinds) {
+TEST(MofFormatTest, ValuesOfAllKindsAreWrittenAsMof) {
     EXPECT_EQ(declared(Value::ofBoolean(true)), around("TRUE"));
     EXPECT_EQ(declared(Value::ofBoolean(false)), around("FALSE"));
     EXPECT_EQ(declared(Value::null(CMPI_sint32)), around("NULL"));

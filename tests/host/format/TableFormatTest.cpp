@@ -15,7 +15,7 @@ std::string textOf(const host::Answer& answer) {
     return host::tableText(answer, host::Charset::Utf8);
 }
 
-TEST(TableFormatTest, SensorsWithReadingStateAndLimits) {
+TEST(TableFormatTest, SensorsAreShownWithReadingStateAndLimits) {
     const broker::Instance cpu = sensorOf("CPU(0000001a)", 4200, 2, -2,
                                           {{"LowerThresholdNonCritical", 500},
                                            {"UpperThresholdNonCritical", 4000},
@@ -71,7 +71,7 @@ TEST(TableFormatTest, SuccessWithoutDataIsSaid) {
               "The provider answered 0 CMPI_RC_OK, without data.\n");
 }
 
-TEST(TableFormatTest, NamesInAColumnForEachKey) {
+TEST(TableFormatTest, NamesAreShownInAColumnForEachKey) {
     Reply reply;
     reply.paths.push_back({"", "root/cimv2", "C", {{"Name", Value::ofText("A")}}});
     reply.paths.push_back({"", "root/cimv2", "C", {{"name", Value::ofText("B\n")}, {"Slot", Value::ofSigned(3)}}});
@@ -81,7 +81,7 @@ TEST(TableFormatTest, NamesInAColumnForEachKey) {
               "B\\x0a  3\n");
 }
 
-TEST(TableFormatTest, OneInstanceWithAllItsProperties) {
+TEST(TableFormatTest, OneInstanceIsShownWithAllItsProperties) {
     broker::Instance sensor =
         sensorOf("CPU", 4200, 2, -2, {{"MinReadable", 0}, {"MaxReadable", 8400}, {"Accuracy", 5}});
     sensor.properties.push_back({"IsLinear", Value::ofBoolean(true)});
@@ -102,7 +102,7 @@ TEST(TableFormatTest, OneInstanceWithAllItsProperties) {
               "Between its limits: [--------------------|-------------------]\n");
 }
 
-TEST(TableFormatTest, EventLogWithLinesAndState) {
+TEST(TableFormatTest, EventLogIsShownWithLinesAndState) {
     const broker::Instance log = instanceOf(
         "TQS_SystemEventLog", "L",
         {{"LogFull", Value::ofBoolean(false)},
@@ -121,7 +121,7 @@ TEST(TableFormatTest, EventLogWithLinesAndState) {
               "LogMultipleEventTimeWindow: 60\n");
 }
 
-TEST(TableFormatTest, EventLogWithoutLines) {
+TEST(TableFormatTest, EventLogWithoutLinesSaysSo) {
     const broker::Instance log = instanceOf("TQS_SystemEventLog", "L", {{"LogValid", Value::ofBoolean(true)}});
     EXPECT_EQ(textOf(answerOf(Command::Log, replyOf(CMPI_RC_OK, {log}))),
               "The event log has no lines.\n\nLogValid: true\n");
@@ -135,7 +135,7 @@ TEST(TableFormatTest, InstancesOfOtherClassesShowTheirProperties) {
               "root/cimv2:Other.Name=\"O\\x1b\"\n\nProperty  Type    Value\nSize      uint32  3\n");
 }
 
-TEST(StatusTextTest, NumberNameAndMessage) {
+TEST(StatusTextTest, HasNumberNameAndMessage) {
     EXPECT_EQ(host::statusText({CMPI_RC_ERR_METHOD_NOT_AVAILABLE, {}}), "16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE");
     EXPECT_EQ(host::statusText({CMPI_RC_ERR_FAILED, "no\x07"}), "1 CMPI_RC_ERR_FAILED: no\\x07");
 }

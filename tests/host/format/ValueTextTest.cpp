@@ -13,7 +13,7 @@ using host::pathText;
 using host::realText;
 using host::valueText;
 
-TEST(ValueTextTest, NumbersBooleansAndNull) {
+TEST(ValueTextTest, NumbersBooleansAndNullAreWrittenOut) {
     EXPECT_EQ(valueText(Value::ofSigned(-5)), "-5");
     EXPECT_EQ(valueText(Value::ofUnsigned(18446744073709551615U, CMPI_uint64)), "18446744073709551615");
     EXPECT_EQ(valueText(Value::ofBoolean(true)), "true");
@@ -27,7 +27,7 @@ TEST(ValueTextTest, TextIsMadeFitForATerminal) {
     EXPECT_EQ(valueText(Value::ofText("")), "");
 }
 
-TEST(ValueTextTest, ArrayInBraces) {
+TEST(ValueTextTest, ArrayIsWrittenInBraces) {
     EXPECT_EQ(valueText(Value::ofArray({Value::ofText("a"), Value::null(CMPI_string)}, CMPI_string)), "{a, null}");
     EXPECT_EQ(valueText(Value::ofArray({}, CMPI_uint8)), "{}");
 }
@@ -40,7 +40,7 @@ TEST(ValueTextTest, RealsReadBackAndHaveAPoint) {
     EXPECT_EQ(valueText(Value::ofReal(2.5)), "2.5");
 }
 
-TEST(PathTextTest, KeysOfAllKinds) {
+TEST(PathTextTest, TextsInKeysAreQuotedAndOthersNot) {
     ObjectPath path{"", "root/cimv2", "C", {{"Name", Value::ofText("a\"b\\c")}, {"Number", Value::ofSigned(-1)}}};
     path.keys.push_back({"Flag", Value::ofBoolean(true)});
     EXPECT_EQ(pathText(path), "root/cimv2:C.Name=\"a\\\"b\\\\c\",Number=-1,Flag=TRUE");

@@ -22,7 +22,7 @@ std::vector<WatchLine> watchLines(const host::Answer& answer, const std::string&
     return host::watchLines(answer, head, host::Charset::Utf8);
 }
 
-TEST(WatchLinesTest, SensorsWithStateAndBar) {
+TEST(WatchLinesTest, SensorsAreShownWithStateAndBar) {
     const std::vector<WatchLine> lines =
         watchLines(answerOf(Command::Watch,
                             replyOf(CMPI_RC_OK, {sensorOf("Cool", 1, 2, 0, {{"MinReadable", 0}, {"MaxReadable", 2}}),
@@ -47,7 +47,7 @@ TEST(WatchLinesTest, FailedRoundShowsItsStatus) {
     EXPECT_EQ(none[1].text, "Status 1 CMPI_RC_ERR_FAILED; sensors: 0, past a threshold: 0");
 }
 
-TEST(WatchLinesTest, AsciiThroughout) {
+TEST(WatchLinesTest, LinesAreAsciiThroughout) {
     broker::Reply reply = replyOf(CMPI_RC_ERR_FAILED, {sensorOf("\u00c4", 1, 2, 0)});
     reply.status.message = "\u00f6";
     const std::vector<WatchLine> lines =
@@ -68,7 +68,7 @@ TEST(DrawnTest, LinesReplaceTheLastOnes) {
     EXPECT_EQ(drawn({{"a"}, {"b"}}, {0, 0}, false), "\x1b[Ha\x1b[K\nb\x1b[K\n\x1b[J");
 }
 
-TEST(DrawnTest, ColourByGravity) {
+TEST(DrawnTest, SeverityDecidesTheColour) {
     const std::string text = drawn(LINES, {80, 24}, true);
     EXPECT_THAT(text, HasSubstr("first\x1b[K"));
     EXPECT_THAT(text, HasSubstr("\x1b[33msecond\x1b[0m\x1b[K"));

@@ -9,7 +9,7 @@ namespace {
 
 using host::unitText;
 
-TEST(UnitsTest, CodesOfTheSensorsOfATerminal) {
+TEST(UnitsTest, CodesOfATerminalsSensorsHaveTheirUnits) {
     EXPECT_EQ(unitText(2, 0), "°C");
     EXPECT_EQ(unitText(5, 0), "V");
     EXPECT_EQ(unitText(6, 0), "A");
@@ -19,7 +19,7 @@ TEST(UnitsTest, CodesOfTheSensorsOfATerminal) {
 }
 
 // A list that lost or gained an entry shifts these.
-TEST(UnitsTest, CodesAlongTheList) {
+TEST(UnitsTest, CodesAlongTheListHaveTheirUnits) {
     EXPECT_EQ(unitText(15, 0), "kPa");
     EXPECT_EQ(unitText(25, 0), "weeks");
     EXPECT_EQ(unitText(35, 0), "fl oz");

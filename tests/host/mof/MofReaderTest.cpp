@@ -75,7 +75,7 @@ TEST(MofReaderTest, EmptyTextDeclaresNothing) {
     EXPECT_TRUE(read("\xef\xbb\xbf").classes().empty());
 }
 
-TEST(MofReaderTest, Comments) {
+TEST(MofReaderTest, CommentsAreSkippedAndTheirLinesCounted) {
     const Class declaration = onlyClass(
         "// class B {};\n/* class C {}; \n** / */ class /**/ A // after\n{ /* \" */ string P; // * /\n};//at the end");
     EXPECT_EQ(declaration.name, "A");
@@ -87,7 +87,7 @@ TEST(MofReaderTest, PragmasAreSkipped) {
     EXPECT_EQ(onlyClass("#pragma locale (\"en_US\")\n# PRAGMA Namespace(\"root\" \"/cimv2\") class A {};").name, "A");
 }
 
-TEST(MofReaderTest, QualifierDeclaration) {
+TEST(MofReaderTest, QualifierDeclarationsAreReadWithDefaultScopeAndFlavor) {
     const Schema schema = read(
         "Qualifier ArrayType : string = \"Bag\", Scope (property, Parameter), Flavor (DisableOverride, ToSubclass);\n"
         "qualifier Values : string[], scope(any);\n"
@@ -107,7 +107,7 @@ TEST(MofReaderTest, QualifierDeclaration) {
     EXPECT_EQ(schema.findQualifier("Other"), nullptr);
 }
 
-TEST(MofReaderTest, ClassHeader) {
+TEST(MofReaderTest, ClassIsReadWithAliasSuperclassAndQualifiers) {
     const Schema schema =
         read("class Base {};\n[Version (\"1\"), Terminal] CLASS Derived As $Alias : base { string P; };");
     ASSERT_EQ(schema.classes().size(), 2U);
@@ -123,7 +123,7 @@ TEST(MofReaderTest, ClassHeader) {
     EXPECT_EQ(schema.findClass("Deriv"), nullptr);
 }
 
-TEST(MofReaderTest, PropertiesOfAllTypes) {
+TEST(MofReaderTest, PropertiesHaveTheirDeclaredTypes) {
     const Class declaration = onlyClass(
         "class A { boolean a; STRING b; char16 c; uint8 d; sint8 e; uint16 f; sint16 g; uint32 h; sint32 i;"
         " uint64 j; sint64 k; real32 l; real64 m; datetime n; };");
@@ -134,7 +134,7 @@ TEST(MofReaderTest, PropertiesOfAllTypes) {
                                    CMPI_real64, CMPI_dateTime));
 }
 
-TEST(MofReaderTest, Arrays) {
+TEST(MofReaderTest, ArraysKeepTheirSizeWhichIsAtLeastOne) {
     const Class declaration = onlyClass("class A { string a[]; uint8 b[0x10] = {1, 2}; };");
     EXPECT_EQ(declaration.properties[0].type, CMPI_stringA);
     EXPECT_FALSE(declaration.properties[0].arraySize);
@@ -146,14 +146,14 @@ TEST(MofReaderTest, Arrays) {
     }
 }
 
-TEST(MofReaderTest, References) {
+TEST(MofReaderTest, ReferenceKeepsItsClassAndDefault) {
     const Class declaration = onlyClass("[Association] class A { [Key] CIM_Thing REF Thing = \"CIM_Thing.Id=1\"; };");
     EXPECT_EQ(declaration.properties[0].type, CMPI_ref);
     EXPECT_EQ(declaration.properties[0].referencedClass, "CIM_Thing");
     EXPECT_EQ(declaration.properties[0].defaultValue.value().text, "CIM_Thing.Id=1");
 }
 
-TEST(MofReaderTest, Methods) {
+TEST(MofReaderTest, MethodsAreReadWithResultAndParameters) {
     const Class declaration = onlyClass(
         "class A { [Description (\"x\")] uint32 Start([In, Out : ToSubclass] string Names[], B ref Which, C ref "
         "All[2]);"
@@ -172,7 +172,7 @@ TEST(MofReaderTest, Methods) {
     EXPECT_EQ(declaration.properties.size(), 1U);
 }
 
-TEST(MofReaderTest, QualifierLists) {
+TEST(MofReaderTest, QualifiersInAListKeepValuesFlavorsAndLines) {
     const Class declaration = onlyClass(
         "class A { [Key, Read (FALSE) : DisableOverride ToSubclass, ValueMap {\"0\", \"1\"}, MaxLen (-1),\n"
         "Null (null)] string P; };");
@@ -189,7 +189,7 @@ TEST(MofReaderTest, QualifierLists) {
     EXPECT_EQ(qualifiers[4].line, 2U);
 }
 
-TEST(MofReaderTest, Texts) {
+TEST(MofReaderTest, TextsAreJoinedAndTheirEscapesResolved) {
     EXPECT_EQ(textOf("\"a\" /* and */ \"b\"\n\"\" \"c\""), "abc");
     EXPECT_EQ(textOf("\"\\b\\t\\n\\f\\r\\\"\\'\\\\\""), "\b\t\n\f\r\"'\\");
     EXPECT_EQ(textOf("\"\\x41\\XE9\\x20ac1 \\x1\""),
@@ -198,13 +198,13 @@ TEST(MofReaderTest, Texts) {
     EXPECT_EQ(textOf("\"\xe2\x82\xac // \t /*\""), "\xe2\x82\xac // \t /*");
 }
 
-TEST(MofReaderTest, WrongTexts) {
+TEST(MofReaderTest, WrongTextsAreRefused) {
     EXPECT_THAT(valueComplaint("string", "\"\\q\""), StartsWith("some.mof:1: an unknown escape in the text, expected"));
     EXPECT_THAT(complaint("\"\\"), StartsWith("some.mof:1: an unknown escape"));
     EXPECT_EQ(valueComplaint("string", std::string("\"\0\"", 3)), "some.mof:1: a control character in the text: \\x00");
 }
 
-TEST(MofReaderTest, Integers) {
+TEST(MofReaderTest, IntegersAreReadInEveryNotation) {
     const auto number = [](const std::string& type, const std::string& text) {
         const Literal literal = valueOf(type, text);
         return std::make_pair(literal.isNegative, literal.magnitude);
@@ -223,7 +223,7 @@ TEST(MofReaderTest, Integers) {
     EXPECT_EQ(number("char16", "65535"), std::make_pair(false, std::uint64_t{65535}));
 }
 
-TEST(MofReaderTest, WrongNumbers) {
+TEST(MofReaderTest, WrongNumbersAreRefused) {
     for (const char* text :
          {"12abc", "08", "0x", "2b", "0xg", "1.", "1.5.2", "1.5e", "18446744073709551616", "1.0e999"}) {
         EXPECT_EQ(valueComplaint("real64", text),
@@ -233,14 +233,14 @@ TEST(MofReaderTest, WrongNumbers) {
               "some.mof:1: \"" + std::string(40, '9') + "...\" is no number, or too large a one");
 }
 
-TEST(MofReaderTest, Reals) {
+TEST(MofReaderTest, RealsAreReadWithSignPointAndExponent) {
     EXPECT_EQ(valueOf("real64", "1.5").real, 1.5);
     EXPECT_EQ(valueOf("real32", "-.5e+1").real, -5.0);
     EXPECT_EQ(valueOf("real64", "+25.0E-1").real, 2.5);
     EXPECT_EQ(valueOf("real64", "3").magnitude, 3U);
 }
 
-TEST(MofReaderTest, OtherValues) {
+TEST(MofReaderTest, BooleansNullsCharactersAndDatesAreRead) {
     EXPECT_EQ(valueOf("boolean", "TRUE").magnitude, 1U);
     EXPECT_EQ(valueOf("boolean", "false").magnitude, 0U);
     EXPECT_EQ(valueOf("uint8", "NULL").kind, Literal::Kind::Null);

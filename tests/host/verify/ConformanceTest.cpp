@@ -67,12 +67,12 @@ TEST(ConformanceTest, PropertyThatIsNotSetConforms) {
     EXPECT_THAT(faultsWithout("Reading"), IsEmpty());
 }
 
-TEST(ConformanceTest, CharsAreAString) {
+TEST(ConformanceTest, CharsConformToString) {
     EXPECT_THAT(faultsWithKey("Name", Value::ofText("a", CMPI_chars)), IsEmpty());
     EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("x", CMPI_chars)), IsEmpty());
 }
 
-TEST(ConformanceTest, WrongNamespace) {
+TEST(ConformanceTest, WrongNamespaceIsAFault) {
     ObjectPath path = goodPath();
     path.nameSpace = "Root/CIMv2";
     EXPECT_THAT(faultsOf(path, thing()), IsEmpty());
@@ -82,7 +82,7 @@ TEST(ConformanceTest, WrongNamespace) {
     }
 }
 
-TEST(ConformanceTest, WrongClass) {
+TEST(ConformanceTest, WrongClassIsAFault) {
     for (const char* other : {"", "Thin", "thing"}) {
         ObjectPath path = goodPath();
         path.className = other;
@@ -90,7 +90,7 @@ TEST(ConformanceTest, WrongClass) {
     }
 }
 
-TEST(ConformanceTest, MissingKey) {
+TEST(ConformanceTest, EachMissingKeyIsAFault) {
     ObjectPath path = goodPath();
     path.keys.pop_back();
     EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key Slot is missing"));
@@ -98,7 +98,7 @@ TEST(ConformanceTest, MissingKey) {
     EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key Name is missing", "key Slot is missing"));
 }
 
-TEST(ConformanceTest, KeyThatIsNoneInTheSchema) {
+TEST(ConformanceTest, KeyThatIsNoneInTheSchemaIsAFault) {
     ObjectPath path = goodPath();
     path.keys.push_back({"Caption", Value::ofText("x")});
     path.keys.push_back({"Other\x1b", Value::ofText("x")});
@@ -106,33 +106,33 @@ TEST(ConformanceTest, KeyThatIsNoneInTheSchema) {
                 ElementsAre("key Caption is not declared as a key", "key Other\\x1b is not declared as a key"));
 }
 
-TEST(ConformanceTest, KeyOfAnotherType) {
+TEST(ConformanceTest, KeyOfAnotherTypeIsAFault) {
     EXPECT_THAT(faultsWithKey("Name", Value::ofUnsigned(1)), ElementsAre("key Name is uint32, declared as string"));
     EXPECT_THAT(faultsWithKey("Slot", Value::ofUnsigned(3)), ElementsAre("key Slot is uint32, declared as uint16"));
     EXPECT_THAT(faultsWithKey("Name", Value::ofArray({}, CMPI_string)),
                 ElementsAre("key Name is string[], declared as string"));
 }
 
-TEST(ConformanceTest, NullKey) {
+TEST(ConformanceTest, NullKeyIsAFault) {
     EXPECT_THAT(faultsWithKey("Name", Value::null(CMPI_string)), ElementsAre("key Name is null"));
 }
 
-TEST(ConformanceTest, KeySpelledOtherwise) {
+TEST(ConformanceTest, KeySpelledOtherwiseIsAFault) {
     ObjectPath path = goodPath();
     path.keys[0].name = "name";
     EXPECT_THAT(faultsOf(path, thing()), ElementsAre("key name is spelled Name in the schema"));
 }
 
-TEST(ConformanceTest, UndeclaredProperty) {
+TEST(ConformanceTest, UndeclaredPropertyIsAFault) {
     EXPECT_THAT(faultsWithProperty("Colour", Value::ofText("red")), ElementsAre("property Colour is not declared"));
 }
 
-TEST(ConformanceTest, PropertySpelledOtherwise) {
+TEST(ConformanceTest, PropertySpelledOtherwiseIsAFault) {
     EXPECT_THAT(faultsWithProperty("caption", Value::ofText("x")),
                 ElementsAre("property caption is spelled Caption in the schema"));
 }
 
-TEST(ConformanceTest, PropertyOfAnotherType) {
+TEST(ConformanceTest, PropertyOfAnotherTypeIsAFault) {
     Instance instance = goodInstance();
     instance.properties[2].value = Value::ofText("-5");
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is string, declared as sint32"));
@@ -142,14 +142,14 @@ TEST(ConformanceTest, PropertyOfAnotherType) {
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("property Reading is sint64, declared as sint32"));
 }
 
-TEST(ConformanceTest, NullPropertyHasItsTypeToo) {
+TEST(ConformanceTest, NullPropertyMustHaveItsTypeToo) {
     EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_string)), IsEmpty());
     EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_null)), IsEmpty());
     EXPECT_THAT(faultsWithProperty("Caption", Value::null(CMPI_uint8)),
                 ElementsAre("property Caption is uint8, declared as string"));
 }
 
-TEST(ConformanceTest, ArrayForScalarAndScalarForArray) {
+TEST(ConformanceTest, ArrayForScalarAndScalarForArrayAreFaults) {
     Instance instance = goodInstance();
     instance.properties[2].value = Value::ofArray({Value::ofSigned(1)}, CMPI_sint32);
     instance.properties[3].value = Value::ofText("x");
@@ -178,7 +178,7 @@ TEST(ConformanceTest, InstancesPathIsCheckedToo) {
     EXPECT_THAT(faultsOf(instance, thing()), ElementsAre("the class is not Thing"));
 }
 
-TEST(ConformanceTest, TextThatXmlCannotCarry) {
+TEST(ConformanceTest, TextThatXmlCannotCarryIsAFault) {
     EXPECT_THAT(faultsWithProperty("Caption", Value::ofText("a\xff")),
                 ElementsAre("property Caption holds text that is not valid UTF-8 or has control characters: a\\xff"));
     Instance instance = goodInstance();
@@ -189,7 +189,7 @@ TEST(ConformanceTest, TextThatXmlCannotCarry) {
                 ElementsAre("key Name holds text that is not valid UTF-8 or has control characters: \\x1b"));
 }
 
-TEST(ConformanceTest, FitForXml) {
+TEST(ConformanceTest, OnlyPermittedCharactersAreFitForXml) {
     for (const char* text : {"", "a b", "\t\r\n", "\xc2\xb0\xe2\x82\xac\xf0\x9f\x98\x80", "\x7f"}) {
         EXPECT_TRUE(isFitForXml(text)) << text;
     }

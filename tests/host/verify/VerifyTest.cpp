@@ -108,7 +108,7 @@ TEST_F(VerifyTest, OtherInstanceThanAskedForIsAProblem) {
                                     "root/cimv2:Thing.Name=\"b\"\nThing: "));
 }
 
-TEST_F(VerifyTest, SingleRequestHasOneInstance) {
+TEST_F(VerifyTest, SingleRequestWithoutExactlyOneInstanceIsAProblem) {
     m_names.paths.pop_back();
     m_get = replyOf(CMPI_RC_OK, {thingOf("a", 1), thingOf("a", 1)});
     EXPECT_THAT(
@@ -130,7 +130,7 @@ TEST_F(VerifyTest, FailedRequestsAreProblemsAndTheFirstIsKept) {
               "Thing: 1 name, 0 instances, 1 single request, 3 problems\n");
 }
 
-TEST_F(VerifyTest, Json) {
+TEST_F(VerifyTest, JsonListsClassesWithTheirProblems) {
     m_names.paths[0].className = "Th\xffing\xc2\xb0";
     const std::string text = verificationJson(verified());
     EXPECT_EQ(nlohmann::json::parse(text), nlohmann::json::parse(R"({
@@ -142,7 +142,7 @@ TEST_F(VerifyTest, Json) {
     EXPECT_EQ(text.back(), '\n');
 }
 
-TEST_F(VerifyTest, JsonOfWhatConforms) {
+TEST_F(VerifyTest, JsonOfWhatConformsHasNoProblems) {
     const auto document = nlohmann::json::parse(verificationJson(verified()));
     EXPECT_EQ(document["conforms"], true);
     EXPECT_EQ(document["classes"][0]["problems"], nlohmann::json::array());
