@@ -4,10 +4,10 @@
 
 namespace {
 
-int figuresChecked;
+int s_figuresChecked;
 
 void expectFigure(const char* what, long long expected, long long actual) {
-    ++figuresChecked;
+    ++s_figuresChecked;
     EXPECT_EQ(actual, expected) << what;
 }
 
@@ -17,7 +17,7 @@ class CmpiLayoutTest : public testing::Test {
         if (sizeof(void*) != 8) {
             GTEST_SKIP() << "the figures are those of systems with pointers of 8 bytes";
         }
-        figuresChecked = 0;
+        s_figuresChecked = 0;
     }
 };
 
@@ -25,17 +25,17 @@ class CmpiLayoutTest : public testing::Test {
 
 TEST_F(CmpiLayoutTest, FiguresHoldAtLevel100) {
     checkLayoutAtLevel100(expectFigure);
-    EXPECT_EQ(figuresChecked, 713);
+    EXPECT_EQ(s_figuresChecked, 713);
 }
 
 TEST_F(CmpiLayoutTest, FiguresHoldAtLevel200) {
     checkLayoutAtLevel200(expectFigure);
-    EXPECT_EQ(figuresChecked, 856);
+    EXPECT_EQ(s_figuresChecked, 856);
 }
 
 TEST_F(CmpiLayoutTest, FiguresHoldAtLevel210) {
     checkLayoutAtLevel210(expectFigure);
-    EXPECT_EQ(figuresChecked, 930);
+    EXPECT_EQ(s_figuresChecked, 930);
 }
 
 }  // namespace

@@ -162,42 +162,42 @@ CMPIString* newString(const CMPIBroker*, const char* text, CMPIStatus*) {
     return &string;
 }
 
-std::string messageGiven;
+std::string s_messageGiven;
 
 CMPIString* getMessage(const CMPIBroker*, const char* id, const char* defText, CMPIStatus*, CMPICount count, ...) {
-    messageGiven = std::string(id) + "|" + defText + "|" + std::to_string(count);
+    s_messageGiven = std::string(id) + "|" + defText + "|" + std::to_string(count);
     va_list arguments;
     va_start(arguments, count);
     for (CMPICount i = 0; i < count; ++i) {
-        messageGiven += "|";
+        s_messageGiven += "|";
         switch (va_arg(arguments, int)) {
             case CMPI_sint32:
-                messageGiven += "sint32 " + std::to_string(va_arg(arguments, long));
+                s_messageGiven += "sint32 " + std::to_string(va_arg(arguments, long));
                 break;
             case CMPI_uint32:
-                messageGiven += "uint32 " + std::to_string(va_arg(arguments, unsigned long));
+                s_messageGiven += "uint32 " + std::to_string(va_arg(arguments, unsigned long));
                 break;
             case CMPI_sint64:
-                messageGiven += "sint64 " + std::to_string(va_arg(arguments, long long));
+                s_messageGiven += "sint64 " + std::to_string(va_arg(arguments, long long));
                 break;
             case CMPI_uint64:
-                messageGiven += "uint64 " + std::to_string(va_arg(arguments, unsigned long long));
+                s_messageGiven += "uint64 " + std::to_string(va_arg(arguments, unsigned long long));
                 break;
             case CMPI_real64:
-                messageGiven += "real64 " + std::to_string(va_arg(arguments, double));
+                s_messageGiven += "real64 " + std::to_string(va_arg(arguments, double));
                 break;
             case CMPI_boolean:
-                messageGiven += "boolean " + std::to_string(va_arg(arguments, int));
+                s_messageGiven += "boolean " + std::to_string(va_arg(arguments, int));
                 break;
             case CMPI_chars:
-                messageGiven += std::string("chars ") + va_arg(arguments, const char*);
+                s_messageGiven += std::string("chars ") + va_arg(arguments, const char*);
                 break;
             case CMPI_string:
-                messageGiven +=
+                s_messageGiven +=
                     std::string("string ") + static_cast<const char*>(va_arg(arguments, const CMPIString*)->hdl);
                 break;
             default:
-                messageGiven += "?";
+                s_messageGiven += "?";
         }
     }
     va_end(arguments);
@@ -206,7 +206,7 @@ CMPIString* getMessage(const CMPIBroker*, const char* id, const char* defText, C
 
 CMPIString* getMessage2(const CMPIBroker*, const char* id, CMPIMsgFileHandle handle, const char* defText, CMPIStatus*,
                         CMPICount count, ...) {
-    messageGiven =
+    s_messageGiven =
         std::string(id) + "|" + static_cast<const char*>(handle) + "|" + defText + "|" + std::to_string(count);
     return nullptr;
 }
@@ -293,16 +293,16 @@ TEST_F(CmpiStatusTest, MessageArgumentsKeepTypeAndValue) {
                  CMFmtArgs8(CMFmtSint(-5), CMFmtUint(4000000000u), CMFmtSint64(-5000000000LL),
                             CMFmtUint64(18446744073709551615ULL), CMFmtReal(1.5f), CMFmtBoolean(2), CMFmtChars("c"),
                             CMFmtString(&text)));
-    EXPECT_EQ(messageGiven,
+    EXPECT_EQ(s_messageGiven,
               "id|def|8|sint32 -5|uint32 4000000000|sint64 -5000000000|uint64 18446744073709551615|real64 1.500000|"
               "boolean 1|chars c|string s");
 
     CMGetMessage(&broker, "id", "def", nullptr, CMFmtArgs0());
-    EXPECT_EQ(messageGiven, "id|def|0");
+    EXPECT_EQ(s_messageGiven, "id|def|0");
 
     char handle[] = "handle";
     CMGetMessage2(&broker, "id", handle, "def", nullptr, CMFmtArgs1(CMFmtSint(1)));
-    EXPECT_EQ(messageGiven, "id|handle|def|1");
+    EXPECT_EQ(s_messageGiven, "id|handle|def|1");
 }
 
 TEST(CmpiDataTest, PredicatesGiveZeroOrOne) {
@@ -380,21 +380,21 @@ CMPIStatus SampleEnumInstancesFiltered(CMPIInstanceMI*, const CMPIContext*, cons
     return NOT_SUPPORTED;
 }
 
-CMPIrc initialisationAnswer;
-const CMPIContext* initialisationContext;
+CMPIrc s_initialisationAnswer;
+const CMPIContext* s_initialisationContext;
 
 CMPIStatus SampleInstanceInitialize(CMPIInstanceMI* mi, const CMPIContext* ctx) {
     mi->hdl = "initialised";
-    initialisationContext = ctx;
-    return {initialisationAnswer, nullptr};
+    s_initialisationContext = ctx;
+    return {s_initialisationAnswer, nullptr};
 }
 
-const CMPIBroker* keptBroker;
+const CMPIBroker* s_keptBroker;
 
 }  // namespace
 
-CMInstanceMIStub(Sample, PlainSample, keptBroker, CMNoHook)
-    CMInstanceMIStub(Sample, HookedSample, keptBroker, CMInitHook(Sample, Instance))
+CMInstanceMIStub(Sample, PlainSample, s_keptBroker, CMNoHook)
+    CMInstanceMIStub(Sample, HookedSample, s_keptBroker, CMInitHook(Sample, Instance))
 
         namespace {
     TEST(CmpiFactoryTest, StubFillsTheTableAndKeepsTheBroker) {
@@ -404,7 +404,7 @@ CMInstanceMIStub(Sample, PlainSample, keptBroker, CMNoHook)
 
         ASSERT_NE(mi, nullptr);
         EXPECT_EQ(status.rc, CMPI_RC_OK);
-        EXPECT_EQ(keptBroker, &broker);
+        EXPECT_EQ(s_keptBroker, &broker);
         EXPECT_EQ(mi->ft->ftVersion, 210);
         EXPECT_EQ(mi->ft->miVersion, 210);
         EXPECT_STREQ(mi->ft->miName, "instancePlainSample");
@@ -425,14 +425,14 @@ CMInstanceMIStub(Sample, PlainSample, keptBroker, CMNoHook)
         const CMPIContext context{};
         CMPIStatus status{CMPI_RC_ERROR, nullptr};
 
-        initialisationAnswer = CMPI_RC_OK;
+        s_initialisationAnswer = CMPI_RC_OK;
         const CMPIInstanceMI* mi = HookedSample_Create_InstanceMI(&broker, &context, &status);
         ASSERT_NE(mi, nullptr);
         EXPECT_STREQ(static_cast<const char*>(mi->hdl), "initialised");
-        EXPECT_EQ(initialisationContext, &context);
+        EXPECT_EQ(s_initialisationContext, &context);
         EXPECT_EQ(status.rc, CMPI_RC_OK);
 
-        initialisationAnswer = CMPI_RC_ERR_ACCESS_DENIED;
+        s_initialisationAnswer = CMPI_RC_ERR_ACCESS_DENIED;
         EXPECT_EQ(HookedSample_Create_InstanceMI(&broker, &context, &status), nullptr);
         EXPECT_EQ(status.rc, CMPI_RC_ERR_ACCESS_DENIED);
         EXPECT_EQ(HookedSample_Create_InstanceMI(&broker, &context, nullptr), nullptr);

@@ -22,42 +22,42 @@ long liveBlocks() {
 
 namespace {
 
-thread_local unsigned allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
-thread_local bool staysShort = false;
-thread_local bool failed = false;
-std::atomic<long> blocks{0};
+thread_local unsigned s_allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
+thread_local bool s_staysShort = false;
+thread_local bool s_failed = false;
+std::atomic<long> s_blocks{0};
 
 bool isToFail() {
-    if (allocationsLeft == 0 || --allocationsLeft > 0) return false;
-    failed = true;
-    if (staysShort) allocationsLeft = 1;
+    if (s_allocationsLeft == 0 || --s_allocationsLeft > 0) return false;
+    s_failed = true;
+    if (s_staysShort) s_allocationsLeft = 1;
     errno = ENOMEM;
     return true;
 }
 
 void* counted(void* block) {
-    if (block != nullptr) blocks.fetch_add(1, std::memory_order_relaxed);
+    if (block != nullptr) s_blocks.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
 
 }  // namespace
 
 FailingMemory::FailingMemory(unsigned nth, Shortage shortage) {
-    failed = false;
-    staysShort = shortage == Shortage::AllFromThere;
-    allocationsLeft = nth;
+    s_failed = false;
+    s_staysShort = shortage == Shortage::AllFromThere;
+    s_allocationsLeft = nth;
 }
 
 FailingMemory::~FailingMemory() {
-    allocationsLeft = 0;
+    s_allocationsLeft = 0;
 }
 
 bool FailingMemory::hasFailed() const {
-    return failed;
+    return s_failed;
 }
 
 long liveBlocks() {
-    return blocks.load(std::memory_order_relaxed);
+    return s_blocks.load(std::memory_order_relaxed);
 }
 
 // The C library's own functions under their other names.
@@ -82,7 +82,7 @@ REPLACED void* realloc(void* block, std::size_t size) noexcept {
 }
 
 REPLACED void free(void* block) noexcept {
-    if (block != nullptr) blocks.fetch_sub(1, std::memory_order_relaxed);
+    if (block != nullptr) s_blocks.fetch_sub(1, std::memory_order_relaxed);
     __libc_free(block);
 }
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-std::atomic<int> reading{50};
+std::atomic<int> s_reading{50};
 
 }  // namespace
 
@@ -34,7 +34,7 @@ sscode CChip::GetSensorInformation(unsigned int handle, CSensorInformation& info
 }
 
 sscode CChip::ReadSensor(unsigned int, CSensorReading& result) {
-    result.value = reading.fetch_add(1);
+    result.value = s_reading.fetch_add(1);
     return 0;
 }
 

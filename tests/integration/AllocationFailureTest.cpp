@@ -6,13 +6,13 @@
 
 namespace {
 
-int callsToFailure = 0;  // 0: none fails
+int s_callsToFailure = 0;  // 0: none fails
 
 }  // namespace
 
 // Stands in for the C++ library's own, for the loaded library too.
 __attribute__((visibility("default"))) void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    if (callsToFailure > 0 && --callsToFailure == 0) return nullptr;
+    if (s_callsToFailure > 0 && --s_callsToFailure == 0) return nullptr;
     try {
         return ::operator new(size);
     } catch (...) {
@@ -38,9 +38,9 @@ class AllocationFailureTest : public ProviderTest {
             sandbox::writeLogConfiguration("Level=4\n");
             const ProcessOutcome outcome = inFreshProcess([&] {
                 useScenario(chipSensor(1, "CPU", {50}));
-                callsToFailure = nth;
+                s_callsToFailure = nth;
                 LoadedProvider loaded;
-                callsToFailure = 0;
+                s_callsToFailure = 0;
                 const Strings log = takeLog();
                 if (std::find(log.begin(), log.end(), text) == log.end()) return;
                 std::puts("met");

@@ -13,43 +13,43 @@
 
 namespace {
 
-std::string throwing;   // the operation that throws
-std::string disturbed;  // the operation in which `disturbance` happens
-std::function<void()> disturbance;
+std::string s_throwing;   // the operation that throws
+std::string s_disturbed;  // the operation in which `s_disturbance` happens
+std::function<void()> s_disturbance;
 
-int chips = 0;
-std::atomic<int> callsInside{0};
-std::atomic<bool> hadTwoInside{false};
+int s_chips = 0;
+std::atomic<int> s_callsInside{0};
+std::atomic<bool> s_hadTwoInside{false};
 
 // Stays a moment in the library, so that another caller would be met.
 class Visit {
   public:
     Visit() {
-        if (callsInside.fetch_add(1) != 0) hadTwoInside = true;
+        if (s_callsInside.fetch_add(1) != 0) s_hadTwoInside = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    ~Visit() { callsInside.fetch_sub(1); }
+    ~Visit() { s_callsInside.fetch_sub(1); }
     Visit(const Visit&) = delete;
     Visit& operator=(const Visit&) = delete;
 };
 
 void perform(const std::string& operation) {
     const Visit visit;
-    if (operation == disturbed) disturbance();
-    if (operation == throwing) throw std::runtime_error(operation + " thrown");
-    if (operation + " number" == throwing) throw 42;
+    if (operation == s_disturbed) s_disturbance();
+    if (operation == s_throwing) throw std::runtime_error(operation + " thrown");
+    if (operation + " number" == s_throwing) throw 42;
 }
 
 }  // namespace
 
 CChip::CChip() : m_state(nullptr) {
     perform("constructor");
-    ++chips;
+    ++s_chips;
 }
 
 CChip::~CChip() {
     m_state = nullptr;
-    --chips;
+    --s_chips;
 }
 
 sscode CChip::Initialise() {
@@ -107,9 +107,9 @@ TEST_F(OwnChipTest, ExceptionWhileStartingStaysInTheFactory) {
                                   "GetSensorInformation", "ReadSensor", "IsGrebel"}) {
         SCOPED_TRACE(operation);
         inFreshProcess([operation] {
-            throwing = operation;
+            s_throwing = operation;
             LoadedProvider loaded;  // checks that the factory answers a record and status 0
-            throwing.clear();
+            s_throwing.clear();
             const Strings log = takeLog();
             EXPECT_THAT(log.back(), StartsWith("Error SensorProvider_Create_InstanceMI - "));
             EXPECT_THAT(log, Not(Contains("Info SensorProvider created and initialised")));
@@ -128,14 +128,14 @@ TEST_F(OwnChipTest, ExceptionInARequestIsThatRequestsFailure) {
         LoadedProvider loaded;
         const broker::ObjectPath cpu = namedPath(SENSOR_CLASS, "CPU(00000001)");
         fakeclock::advanceMilliseconds(1000);
-        throwing = "ReadSensor number";
+        s_throwing = "ReadSensor number";
         const broker::Reply failed = loaded.provider.getInstance(cpu);
         EXPECT_EQ(failed.status.rc, CMPI_RC_ERR_FAILED);
         EXPECT_EQ(failed.doneCalls, 1U);
         EXPECT_THAT(takeLog(), Contains("Error SensorProvider::getInstance -  Unknown Exception").Times(1));
-        throwing = "GetSystemEventLog";
+        s_throwing = "GetSystemEventLog";
         EXPECT_EQ(loaded.provider.enumerateInstances(classPath(LOG_CLASS)).status.rc, CMPI_RC_ERR_FAILED);
-        throwing.clear();
+        s_throwing.clear();
         EXPECT_EQ(loaded.provider.getInstance(cpu).status.rc, CMPI_RC_OK);
         EXPECT_EQ(loaded.provider.enumerateInstances(classPath(LOG_CLASS)).status.rc, CMPI_RC_OK);
     });
@@ -154,7 +154,7 @@ TEST_F(OwnChipTest, OneThreadAtATimeIsInTheChipLibrary) {
                 }
             });
         for (std::thread& thread : threads) thread.join();
-        EXPECT_FALSE(hadTwoInside);
+        EXPECT_FALSE(s_hadTwoInside);
     });
 }
 
@@ -164,8 +164,8 @@ TEST_F(OwnChipTest, ReadsAreRefusedWithoutWaitingWhileTheProviderStarts) {
         LoadedProvider loaded;
         loaded.provider.cleanUp(false);
         std::vector<CMPIrc> answers;
-        disturbed = "Initialise";
-        disturbance = [&] {
+        s_disturbed = "Initialise";
+        s_disturbance = [&] {
             answers.push_back(loaded.provider.enumerateInstanceNames(classPath(SENSOR_CLASS)).status.rc);
             answers.push_back(loaded.provider.enumerateInstances(classPath(LOG_CLASS)).status.rc);
             answers.push_back(loaded.provider.getInstance(namedPath(SENSOR_CLASS, "CPU(00000001)")).status.rc);
@@ -181,8 +181,8 @@ TEST_F(OwnChipTest, ChangesAndQueriesAreRefusedWithoutWaitingForARequest) {
         LoadedProvider loaded;
         const broker::ObjectPath cpu = namedPath(SENSOR_CLASS, "CPU(00000001)");
         std::vector<CMPIrc> answers;
-        disturbed = "ReadSensor";
-        disturbance = [&] {
+        s_disturbed = "ReadSensor";
+        s_disturbance = [&] {
             answers.push_back(loaded.provider.createInstance(cpu, {}).status.rc);
             answers.push_back(loaded.provider.modifyInstance(cpu, {}).status.rc);
             answers.push_back(loaded.provider.deleteInstance(cpu).status.rc);
@@ -207,16 +207,16 @@ TEST_F(OwnChipTest, FactoryReturnsOnlyWhenTheProviderIsReady) {
                 EXPECT_EQ(provider->enumerateInstances(classPath(SENSOR_CLASS)).status.rc, CMPI_RC_OK);
             });
         for (std::thread& thread : threads) thread.join();
-        EXPECT_EQ(chips, 1);
+        EXPECT_EQ(s_chips, 1);
     });
 }
 
 TEST_F(OwnChipTest, CleanupDeletesTheChipObject) {
     inFreshProcess([] {
         LoadedProvider loaded;
-        EXPECT_EQ(chips, 1);
+        EXPECT_EQ(s_chips, 1);
         loaded.provider.cleanUp(true);
-        EXPECT_EQ(chips, 0);
+        EXPECT_EQ(s_chips, 0);
     });
 }
 

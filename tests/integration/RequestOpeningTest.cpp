@@ -154,16 +154,16 @@ TEST_F(RequestOpeningTest, MissingNamespaceOrClassTextIsAFailure) {
 }
 
 // As brokers do that write the status without looking whether a record was given.
-const CMPIObjectPathFT* wholePath = nullptr;
+const CMPIObjectPathFT* s_wholePath = nullptr;
 
 CMPIString* nameSpaceWithStatus(const CMPIObjectPath* path, CMPIStatus* status) {
     *status = {CMPI_RC_ERR_ACCESS_DENIED, nullptr};
-    return wholePath->getNameSpace(path, nullptr);
+    return s_wholePath->getNameSpace(path, nullptr);
 }
 
 CMPIString* classNameWithStatus(const CMPIObjectPath* path, CMPIStatus* status) {
     *status = {CMPI_RC_ERR_ACCESS_DENIED, nullptr};
-    return wholePath->getClassName(path, nullptr);
+    return s_wholePath->getClassName(path, nullptr);
 }
 
 TEST_F(RequestOpeningTest, BrokerIsGivenAStatusRecordWhichIsNotLookedAt) {
@@ -173,7 +173,7 @@ TEST_F(RequestOpeningTest, BrokerIsGivenAStatusRecordWhichIsNotLookedAt) {
         for (const RequestKind& kind : KINDS) {
             broker::Request request(loaded.broker);
             CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
-            wholePath = path->ft;
+            s_wholePath = path->ft;
             CMPIObjectPathFT table = *path->ft;
             table.getNameSpace = nameSpaceWithStatus;
             table.getClassName = classNameWithStatus;
@@ -184,10 +184,10 @@ TEST_F(RequestOpeningTest, BrokerIsGivenAStatusRecordWhichIsNotLookedAt) {
     });
 }
 
-CMPIString* thrownMessage = nullptr;
+CMPIString* s_thrownMessage = nullptr;
 
 CMPIString* throwStatusObject(const CMPIObjectPath*, CMPIStatus*) {
-    throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, thrownMessage};
+    throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, s_thrownMessage};
 }
 
 TEST_F(RequestOpeningTest, StatusObjectThatIsThrownIsLoggedWithCodeAndText) {
@@ -198,7 +198,7 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownIsLoggedWithCodeAndText) {
             for (const bool hasText : {true, false}) {
                 takeLog();
                 broker::Request request(loaded.broker);
-                thrownMessage = hasText ? CMNewString(loaded.broker.handle(), "keep out", nullptr) : nullptr;
+                s_thrownMessage = hasText ? CMNewString(loaded.broker.handle(), "keep out", nullptr) : nullptr;
                 CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
                 CMPIObjectPathFT table = *path->ft;
                 table.getClassName = throwStatusObject;
@@ -215,21 +215,21 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownIsLoggedWithCodeAndText) {
 }
 
 // A result that takes one path or instance, and throws a status object with the next.
-const CMPIResultFT* wholeResult = nullptr;
-unsigned taken = 0;
+const CMPIResultFT* s_wholeResult = nullptr;
+unsigned s_taken = 0;
 
 void refuseAfterOne() {
-    if (++taken > 1) throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, nullptr};
+    if (++s_taken > 1) throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, nullptr};
 }
 
 CMPIStatus takeOnePath(const CMPIResult* result, const CMPIObjectPath* path) {
     refuseAfterOne();
-    return wholeResult->returnObjectPath(result, path);
+    return s_wholeResult->returnObjectPath(result, path);
 }
 
 CMPIStatus takeOneInstance(const CMPIResult* result, const CMPIInstance* instance) {
     refuseAfterOne();
-    return wholeResult->returnInstance(result, instance);
+    return s_wholeResult->returnInstance(result, instance);
 }
 
 TEST_F(RequestOpeningTest, StatusObjectThatIsThrownLaterKeepsWhatWasReturned) {
@@ -240,8 +240,8 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownLaterKeepsWhatWasReturned) {
             takeLog();
             broker::Request request(loaded.broker);
             auto* result = const_cast<CMPIResult*>(request.result());  // the broker made it changeable
-            wholeResult = result->ft;
-            taken = 0;
+            s_wholeResult = result->ft;
+            s_taken = 0;
             CMPIResultFT table = *result->ft;
             table.returnObjectPath = takeOnePath;
             table.returnInstance = takeOneInstance;
@@ -253,7 +253,7 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownLaterKeepsWhatWasReturned) {
             EXPECT_EQ(reply.doneCalls, 1U) << kind.entry;
             EXPECT_EQ(reply.paths.size() + reply.instances.size(), 1U) << kind.entry;
             EXPECT_EQ(takeLog().back(), std::string(kind.thrownStatus) + "2, ") << kind.entry;
-            result->ft = wholeResult;
+            result->ft = s_wholeResult;
         }
     });
 }

@@ -16,12 +16,12 @@ using testing::ElementsAre;
 
 namespace {
 
-void (*logFromModule)(const char* message) = nullptr;
+void (*s_logFromModule)(const char* message) = nullptr;
 
 void* load() {
     void* const module = dlopen(LOADED_MODULE, RTLD_NOW | RTLD_GLOBAL);
     if (module == nullptr) throw std::runtime_error(dlerror());
-    logFromModule = reinterpret_cast<void (*)(const char*)>(dlsym(module, "logFromModule"));
+    s_logFromModule = reinterpret_cast<void (*)(const char*)>(dlsym(module, "logFromModule"));
     return module;
 }
 
@@ -34,7 +34,7 @@ TEST_F(UnloadTest, UnloadingDeletesTheSinkAndLoadingMakesAnother) {
     const std::string output = runAnew([] {
         for (const char* message : {"first", "second"}) {
             void* const module = load();
-            logFromModule(message);
+            s_logFromModule(message);
             EXPECT_EQ(openDescriptors("/var/log/tarn/tarn.log"), 1U);
             dlclose(module);
             EXPECT_EQ(dlopen(LOADED_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
@@ -51,9 +51,9 @@ TEST_F(UnloadTest, UnloadingWithoutASinkDoesNothing) {
 
 TEST_F(UnloadTest, SinkOutlivesTheExitHandlers) {
     const std::string output = runAnew([] {
-        std::atexit([] { logFromModule("last"); });  // before the library's own, so it runs after them
+        std::atexit([] { s_logFromModule("last"); });  // before the library's own, so it runs after them
         load();
-        logFromModule("first");
+        s_logFromModule("first");
     });
     EXPECT_EQ(output, "Logger created\nlink count=1\n");
     EXPECT_THAT(loggedMessages(), ElementsAre("first", "last"));

@@ -20,12 +20,12 @@ struct SetValue {
     std::array<unsigned char, sizeof(CMPIValue)> bytes;
 };
 
-std::vector<SetValue> setValues;
+std::vector<SetValue> s_setValues;
 
 CMPIStatus keepWholeValue(const CMPIInstance*, const char* name, const CMPIValue* value, CMPIType type) {
     SetValue set{name, type, {}};
     std::memcpy(set.bytes.data(), value, sizeof(CMPIValue));
-    setValues.push_back(set);
+    s_setValues.push_back(set);
     return {CMPI_RC_OK, nullptr};
 }
 
@@ -46,7 +46,7 @@ CMPIInstance* giveTheOneInstance(const CMPIBroker*, const CMPIObjectPath*, CMPIS
 class CopyingBroker {
   public:
     CopyingBroker() {
-        setValues.clear();
+        s_setValues.clear();
         m_functions.newInstance = giveTheOneInstance;
         m_broker.eft = &m_functions;
     }
@@ -132,11 +132,11 @@ TEST(CimModelTest, NumbersAndArraysTravelInAWholeZeroedValue) {
         {0xA1}, {0xB2, 0xB1}, {0xC4, 0xC3, 0xC2, 0xC1}, {0xFE, 0xFF, 0xFF, 0xFF}, {1}, {0}, {0}};
     const std::vector<CMPIType> types = {CMPI_uint8,   CMPI_uint16,  CMPI_uint32, CMPI_sint32,
                                          CMPI_boolean, CMPI_boolean, CMPI_charsA};
-    ASSERT_EQ(setValues.size(), expected.size());
+    ASSERT_EQ(s_setValues.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
         std::array<unsigned char, sizeof(CMPIValue)> whole{};
         std::copy(expected[i].begin(), expected[i].end(), whole.begin());
-        EXPECT_EQ(setValues[i].bytes, whole) << setValues[i].property;
-        EXPECT_EQ(setValues[i].type, types[i]) << setValues[i].property;
+        EXPECT_EQ(s_setValues[i].bytes, whole) << s_setValues[i].property;
+        EXPECT_EQ(s_setValues[i].type, types[i]) << s_setValues[i].property;
     }
 }

@@ -5,14 +5,14 @@
 
 namespace {
 
-thread_local unsigned allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
-thread_local bool failed = false;
-thread_local bool staysFailed = false;
+thread_local unsigned s_allocationsLeft = 0;  // up to and including the one that fails; 0: none fails
+thread_local bool s_failed = false;
+thread_local bool s_staysFailed = false;
 
 void* allocate(std::size_t size) noexcept {
-    if (allocationsLeft > 0 && --allocationsLeft == 0) {
-        failed = true;
-        if (staysFailed) allocationsLeft = 1;
+    if (s_allocationsLeft > 0 && --s_allocationsLeft == 0) {
+        s_failed = true;
+        if (s_staysFailed) s_allocationsLeft = 1;
         return nullptr;
     }
     return std::malloc(size == 0 ? 1 : size);
@@ -27,17 +27,17 @@ void* allocateOrThrow(std::size_t size) {
 }  // namespace
 
 FailingAllocation::FailingAllocation(unsigned n, bool andAllAfter) {
-    failed = false;
-    staysFailed = andAllAfter;
-    allocationsLeft = n;
+    s_failed = false;
+    s_staysFailed = andAllAfter;
+    s_allocationsLeft = n;
 }
 
 FailingAllocation::~FailingAllocation() {
-    allocationsLeft = 0;
+    s_allocationsLeft = 0;
 }
 
 bool FailingAllocation::hasFailed() {
-    return failed;
+    return s_failed;
 }
 
 void* operator new(std::size_t size) {

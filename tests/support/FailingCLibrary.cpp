@@ -21,14 +21,14 @@
 
 namespace {
 
-thread_local Function failing = Function::Open;
-thread_local unsigned callsLeft = 0;  // up to and including the one that fails; 0: none fails
-thread_local int failure = 0;
-thread_local std::optional<int> setfdFlags;
+thread_local Function s_failing = Function::Open;
+thread_local unsigned s_callsLeft = 0;  // up to and including the one that fails; 0: none fails
+thread_local int s_failure = 0;
+thread_local std::optional<int> s_setfdFlags;
 
 bool isToFail(Function function) {
-    if (function != failing || callsLeft == 0 || --callsLeft > 0) return false;
-    errno = failure;
+    if (function != s_failing || s_callsLeft == 0 || --s_callsLeft > 0) return false;
+    errno = s_failure;
     return true;
 }
 
@@ -73,26 +73,26 @@ FailingCall::FailingCall(Function function, unsigned nth, int error) : m_functio
     } else if (function == Function::Gettimeofday) {
         fakeclock::failCall(nth, error);
     } else {
-        failing = function;
-        failure = error;
-        callsLeft = nth;
+        s_failing = function;
+        s_failure = error;
+        s_callsLeft = nth;
     }
 }
 
 FailingCall::~FailingCall() {
     drives::failCall(0, 0);
     fakeclock::failCall(0, 0);
-    callsLeft = 0;
+    s_callsLeft = 0;
 }
 
 bool FailingCall::hasCome() const {
     if (m_function == Function::Ioctl) return !drives::isFailurePending();
     if (m_function == Function::Gettimeofday) return !fakeclock::isFailurePending();
-    return callsLeft == 0;
+    return s_callsLeft == 0;
 }
 
 std::optional<int> lastSetfdFlags() {
-    return setfdFlags;
+    return s_setfdFlags;
 }
 
 std::string withSystemCallRefused(long systemCall, int descriptor, int error, const std::function<void()>& action) {
@@ -167,7 +167,7 @@ FAKED int fcntl(int descriptor, int command, ...) {
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
     if (isToFail(Function::Fcntl)) return -1;
-    if (command == F_SETFD) setfdFlags = static_cast<int>(reinterpret_cast<long>(argument));
+    if (command == F_SETFD) s_setfdFlags = static_cast<int>(reinterpret_cast<long>(argument));
     static const auto real = next<int (*)(int, int, ...)>("fcntl");
     return real(descriptor, command, argument);
 }

@@ -22,12 +22,12 @@ namespace {
 constexpr std::uint32_t IDENTIFY_LENGTH = 4096;
 constexpr std::uint32_t HEALTH_PAGE_LENGTH = 512;
 
-std::mutex guard;
-std::deque<drives::Expectation> expected;
-unsigned calls = 0;
-std::vector<drives::Expectation> attached;
-unsigned callsToFailure = 0;  // 0: no single call is to fail
-int singleFailure = 0;
+std::mutex s_guard;
+std::deque<drives::Expectation> s_expected;
+unsigned s_calls = 0;
+std::vector<drives::Expectation> s_attached;
+unsigned s_callsToFailure = 0;  // 0: no single call is to fail
+int s_singleFailure = 0;
 
 std::string nodeOf(int descriptor) {
     std::array<char, PATH_MAX> name{};
@@ -93,29 +93,29 @@ int answer(const drives::Answer& given, nvme_admin_cmd* command) {
 
 // The attached drives' answer to this command; null when they have none.
 const drives::Expectation* findAttached(const std::string& node, unsigned long request, const nvme_admin_cmd* command) {
-    const auto found = std::find_if(attached.begin(), attached.end(), [&](const drives::Expectation& one) {
+    const auto found = std::find_if(s_attached.begin(), s_attached.end(), [&](const drives::Expectation& one) {
         if (one.node != node || one.request != request) return false;
         return command == nullptr || (one.command.opcode == command->opcode && one.command.cdw10 == command->cdw10 &&
                                       one.command.cdw11 == command->cdw11);
     });
-    return found == attached.end() ? nullptr : &*found;
+    return found == s_attached.end() ? nullptr : &*found;
 }
 
 int playDrive(int descriptor, unsigned long request, nvme_admin_cmd* command) {
-    const std::lock_guard<std::mutex> lock(guard);
-    ++calls;
+    const std::lock_guard<std::mutex> lock(s_guard);
+    ++s_calls;
     const std::string node = nodeOf(descriptor);
     // Not by fcntl, which a test may have replaced too.
     if ((syscall(SYS_fcntl, descriptor, F_GETFL) & O_ACCMODE) != O_RDONLY)
         return refuse(node + " was opened for writing");
-    if (callsToFailure > 0 && --callsToFailure == 0) {
-        errno = singleFailure;
+    if (s_callsToFailure > 0 && --s_callsToFailure == 0) {
+        errno = s_singleFailure;
         return -1;
     }
     if (const drives::Expectation* one = findAttached(node, request, command)) return answer(one->answer, command);
-    if (expected.empty()) return refuse("unexpected ioctl: " + describe(node, request, command));
-    const drives::Expectation one = expected.front();
-    expected.pop_front();
+    if (s_expected.empty()) return refuse("unexpected ioctl: " + describe(node, request, command));
+    const drives::Expectation one = s_expected.front();
+    s_expected.pop_front();
     std::ostringstream differences;
     if (node != one.node) differences << "  node: expected " << one.node << ", got " << node << "\n";
     compareField(differences, "request", one.request, request);
@@ -214,8 +214,8 @@ std::vector<Expectation> identification(const std::string& node, const Drive& dr
 }
 
 void expect(Expectation expectation) {
-    const std::lock_guard<std::mutex> lock(guard);
-    expected.push_back(std::move(expectation));
+    const std::lock_guard<std::mutex> lock(s_guard);
+    s_expected.push_back(std::move(expectation));
 }
 
 void expect(const std::vector<Expectation>& expectations) {
@@ -225,39 +225,39 @@ void expect(const std::vector<Expectation>& expectations) {
 void attach(const std::string& node, const Drive& drive, std::uint16_t kelvin) {
     makeNode(node);
     const std::vector<Expectation> usual = identification(node, drive);
-    const std::lock_guard<std::mutex> lock(guard);
-    attached.insert(attached.end(), usual.begin(), usual.end());
-    attached.push_back(healthPage(node, kelvin));
+    const std::lock_guard<std::mutex> lock(s_guard);
+    s_attached.insert(s_attached.end(), usual.begin(), usual.end());
+    s_attached.push_back(healthPage(node, kelvin));
 }
 
 void failCall(unsigned nth, int error) {
-    const std::lock_guard<std::mutex> lock(guard);
-    callsToFailure = nth;
-    singleFailure = error;
+    const std::lock_guard<std::mutex> lock(s_guard);
+    s_callsToFailure = nth;
+    s_singleFailure = error;
 }
 
 bool isFailurePending() {
-    const std::lock_guard<std::mutex> lock(guard);
-    return callsToFailure > 0;
+    const std::lock_guard<std::mutex> lock(s_guard);
+    return s_callsToFailure > 0;
 }
 
 void verifyAllMet() {
-    const std::lock_guard<std::mutex> lock(guard);
-    for (const Expectation& one : expected) ADD_FAILURE() << "expected ioctl that never came: " << describe(one);
-    expected.clear();
+    const std::lock_guard<std::mutex> lock(s_guard);
+    for (const Expectation& one : s_expected) ADD_FAILURE() << "expected ioctl that never came: " << describe(one);
+    s_expected.clear();
 }
 
 void clear() {
-    const std::lock_guard<std::mutex> lock(guard);
-    expected.clear();
-    attached.clear();
-    callsToFailure = 0;
-    calls = 0;
+    const std::lock_guard<std::mutex> lock(s_guard);
+    s_expected.clear();
+    s_attached.clear();
+    s_callsToFailure = 0;
+    s_calls = 0;
 }
 
 unsigned callCount() {
-    const std::lock_guard<std::mutex> lock(guard);
-    return calls;
+    const std::lock_guard<std::mutex> lock(s_guard);
+    return s_calls;
 }
 
 }  // namespace drives

@@ -23,8 +23,8 @@ namespace {
 const fs::path MACHINE_ETC = "/var/log/.machine-etc";
 const fs::path DEV_STAGE = "/var/log/.dev";
 
-std::string reason = "the program did not enter its sandbox";
-std::set<std::string> ownDeviceNames;
+std::string s_reason = "the program did not enter its sandbox";
+std::set<std::string> s_ownDeviceNames;
 
 [[noreturn]] void fail(const std::string& what) {
     throw std::system_error(errno, std::generic_category(), what);
@@ -74,7 +74,7 @@ void replaceDev() {
     fs::create_symlink("/proc/self/fd/2", DEV_STAGE / "stderr");
     mountOver(DEV_STAGE.c_str(), "/dev", "none", MS_MOVE, nullptr);
     for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
-        ownDeviceNames.insert(entry.path().filename());
+        s_ownDeviceNames.insert(entry.path().filename());
 }
 
 void makeNamespace() {
@@ -104,22 +104,22 @@ namespace sandbox {
 void enter() {
     try {
         makeNamespace();
-        reason.clear();
+        s_reason.clear();
     } catch (const std::exception& error) {
-        reason = std::string("no private mount namespace: ") + error.what();
+        s_reason = std::string("no private mount namespace: ") + error.what();
     }
 }
 
 const std::string& whyUnavailable() {
-    return reason;
+    return s_reason;
 }
 
 void reset() {
-    if (!reason.empty()) throw std::runtime_error(reason);  // these would be the machine's directories
+    if (!s_reason.empty()) throw std::runtime_error(s_reason);  // these would be the machine's directories
     emptyDirectory("/etc/tarn");
     emptyDirectory("/var/log/tarn");
     for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
-        if (ownDeviceNames.count(entry.path().filename()) == 0) fs::remove_all(entry.path());
+        if (s_ownDeviceNames.count(entry.path().filename()) == 0) fs::remove_all(entry.path());
 }
 
 void writeLogConfiguration(const std::string& contents) {

@@ -16,11 +16,11 @@ int echoCleanups[2];
 
 namespace {
 
-const CMPIBroker* echoBroker = nullptr;
-CMPIObjectPath* kept = nullptr;
+const CMPIBroker* s_echoBroker = nullptr;
+CMPIObjectPath* s_kept = nullptr;
 
 CMPIStatus answer(CMPIrc rc, const std::string& text) {
-    return {rc, echoBroker->eft->newString(echoBroker, text.c_str(), nullptr)};
+    return {rc, s_echoBroker->eft->newString(s_echoBroker, text.c_str(), nullptr)};
 }
 
 const CMPIValue* chars(const char* text) {
@@ -30,8 +30,8 @@ const CMPIValue* chars(const char* text) {
 CMPIStatus cleanup(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean terminating) {
     ++echoCleanups[terminating];
     if (terminating == 0) return {CMPI_RC_DO_NOT_UNLOAD, nullptr};
-    if (kept != nullptr) kept->ft->release(kept);
-    kept = nullptr;
+    if (s_kept != nullptr) s_kept->ft->release(s_kept);
+    s_kept = nullptr;
     return {CMPI_RC_OK, nullptr};
 }
 
@@ -39,8 +39,8 @@ CMPIStatus cleanup(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean terminating)
 CMPIStatus enumerateInstanceNames(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result,
                                   const CMPIObjectPath* classPath) {
     const CMPIString* className = classPath->ft->getClassName(classPath, nullptr);
-    CMPIObjectPath* path =
-        echoBroker->eft->newObjectPath(echoBroker, "root/echo", className->ft->getCharPtr(className, nullptr), nullptr);
+    CMPIObjectPath* path = s_echoBroker->eft->newObjectPath(s_echoBroker, "root/echo",
+                                                            className->ft->getCharPtr(className, nullptr), nullptr);
     path->ft->addKey(path, "Id", chars("1"), CMPI_chars);
     result->ft->returnObjectPath(result, path);
     path->ft->addKey(path, "Id", chars("2"), CMPI_chars);
@@ -51,7 +51,7 @@ CMPIStatus enumerateInstanceNames(CMPIInstanceMI*, const CMPIContext*, const CMP
 // An instance with the context's namespace, and either a property for each that was asked for or the property All.
 CMPIStatus enumerateInstances(CMPIInstanceMI*, const CMPIContext* context, const CMPIResult* result,
                               const CMPIObjectPath* classPath, const char** properties) {
-    CMPIInstance* instance = echoBroker->eft->newInstance(echoBroker, classPath, nullptr);
+    CMPIInstance* instance = s_echoBroker->eft->newInstance(s_echoBroker, classPath, nullptr);
     const CMPIData nameSpace = context->ft->getEntry(context, CMPIInitNameSpace, nullptr);
     instance->ft->setProperty(instance, "NameSpace", &nameSpace.value, nameSpace.type);
     if (properties == nullptr) instance->ft->setProperty(instance, "All", nullptr, CMPI_string);
@@ -86,7 +86,7 @@ CMPIStatus modifyInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*
 
 // Keeps a clone of the path until cleanup.
 CMPIStatus deleteInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath* path) {
-    kept = path->ft->clone(path, nullptr);
+    s_kept = path->ft->clone(path, nullptr);
     return {CMPI_RC_OK, nullptr};
 }
 
@@ -95,18 +95,18 @@ CMPIStatus execQuery(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, con
     return answer(CMPI_RC_ERR_INVALID_QUERY, std::string(language) + ": " + query);
 }
 
-CMPIInstanceMIFT echoFunctions = {100,
-                                  100,
-                                  "Echo",
-                                  cleanup,
-                                  enumerateInstanceNames,
-                                  enumerateInstances,
-                                  getInstance,
-                                  createInstance,
-                                  modifyInstance,
-                                  deleteInstance,
-                                  execQuery};
-CMPIInstanceMI echo = {nullptr, &echoFunctions};
+CMPIInstanceMIFT s_echoFunctions = {100,
+                                    100,
+                                    "Echo",
+                                    cleanup,
+                                    enumerateInstanceNames,
+                                    enumerateInstances,
+                                    getInstance,
+                                    createInstance,
+                                    modifyInstance,
+                                    deleteInstance,
+                                    execQuery};
+CMPIInstanceMI s_echo = {nullptr, &s_echoFunctions};
 
 CMPIStatus unreadyCleanup(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean) {
     std::puts("gone");
@@ -124,26 +124,26 @@ CMPIStatus refuseInstances(CMPIInstanceMI*, const CMPIContext*, const CMPIResult
     return {CMPI_RC_ERR_METHOD_NOT_AVAILABLE, nullptr};
 }
 
-CMPIInstanceMIFT unreadyFunctions = {100,
-                                     100,
-                                     "Unready",
-                                     unreadyCleanup,
-                                     refuseNames,
-                                     refuseInstances,
-                                     getInstance,
-                                     createInstance,
-                                     modifyInstance,
-                                     deleteInstance,
-                                     execQuery};
-CMPIInstanceMI unready = {nullptr, &unreadyFunctions};
+CMPIInstanceMIFT s_unreadyFunctions = {100,
+                                       100,
+                                       "Unready",
+                                       unreadyCleanup,
+                                       refuseNames,
+                                       refuseInstances,
+                                       getInstance,
+                                       createInstance,
+                                       modifyInstance,
+                                       deleteInstance,
+                                       execQuery};
+CMPIInstanceMI s_unready = {nullptr, &s_unreadyFunctions};
 
 }  // namespace
 
 CMPI_EXTERN_C CMPIInstanceMI* Echo_Create_InstanceMI(const CMPIBroker* mb, const CMPIContext* context, CMPIStatus* rc) {
-    echoBroker = mb;
+    s_echoBroker = mb;
     echoCleanups[0] = echoCleanups[1] = 0;
     context->ft->getEntry(context, CMPIInitNameSpace, rc);
-    return &echo;
+    return &s_echo;
 }
 
 CMPI_EXTERN_C CMPIInstanceMI* Null_Create_InstanceMI(const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
@@ -153,10 +153,10 @@ CMPI_EXTERN_C CMPIInstanceMI* Null_Create_InstanceMI(const CMPIBroker*, const CM
 CMPI_EXTERN_C CMPIInstanceMI* Failing_Create_InstanceMI(const CMPIBroker* mb, const CMPIContext*, CMPIStatus* rc) {
     std::fputs("no device\n", stderr);
     *rc = {CMPI_RC_ERR_ACCESS_DENIED, mb->eft->newString(mb, "out of order", nullptr)};
-    return &echo;
+    return &s_echo;
 }
 
 CMPI_EXTERN_C CMPIInstanceMI* Unready_Create_InstanceMI(const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
     std::puts("no driver");
-    return &unready;
+    return &s_unready;
 }

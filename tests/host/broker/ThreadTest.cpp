@@ -82,9 +82,9 @@ void* exitWithArgument(void* argument) {
     return nullptr;
 }
 
-int initCalls = 0;
+int s_initCalls = 0;
 void countInit() {
-    ++initCalls;
+    ++s_initCalls;
 }
 
 }  // namespace
@@ -137,10 +137,10 @@ TEST_F(ThreadTest, KeysHoldAValuePerThread) {
 
 TEST_F(ThreadTest, OnceIsOnce) {
     int once = 0;
-    initCalls = 0;
+    s_initCalls = 0;
     mb->xft->threadOnce(&once, countInit);
     mb->xft->threadOnce(&once, countInit);
-    EXPECT_EQ(1, initCalls);
+    EXPECT_EQ(1, s_initCalls);
 }
 
 TEST_F(ThreadTest, FileNamesAreNotResolved) {
