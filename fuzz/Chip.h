@@ -1,5 +1,5 @@
-// The chip library and the wall clock out of the fuzzer's hand: a program that links this brings CChip and CPOSSystem
-// of its own, and gettimeofday gives the time that was set.
+// The chip library and the wall clock as the fuzzer wants them: a program that links this has its own CChip and
+// CPOSSystem, and its gettimeofday gives the time that was set.
 #ifndef ZELSENSORS_FUZZ_CHIP_H
 #define ZELSENSORS_FUZZ_CHIP_H
 

@@ -1,4 +1,4 @@
-// The two configuration files, out of the fuzzer's hand: in a program that links this, fopen of their paths gives what
+// The two configuration files as the fuzzer wants them: in a program that links this, fopen of their paths gives what
 // was set here, and anything else is opened as usual. Nothing of the machine is read or written.
 #ifndef ZELSENSORS_FUZZ_CONFIGURATIONFILES_H
 #define ZELSENSORS_FUZZ_CONFIGURATIONFILES_H

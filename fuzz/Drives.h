@@ -1,4 +1,4 @@
-// NVMe drives out of the fuzzer's hand: in a program that links this, glob, open, fcntl, ioctl and close of the drives
+// NVMe drives as the fuzzer wants them: in a program that links this, glob, open, fcntl, ioctl and close of the drives
 // are answered from here, and every command is checked to be one of those that the provider sends. Calls that concern
 // anything else go to the C library.
 #ifndef ZELSENSORS_FUZZ_DRIVES_H

@@ -11,7 +11,7 @@ inline void require(bool holds, const char* what) {
     if (!holds) fail(what);
 }
 
-// Shows both sides. `Text` is anything that std::string is made of.
+// Shows both sides.
 void requireSame(const std::string& actual, const std::string& expected, const char* what);
 void requireSame(long long actual, long long expected, const char* what);
 

@@ -35,8 +35,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL provider simulator host)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 
-# The chip library is in none of the packages that the provider's names as needed: the terminal has its own, and on any
-# other machine the simulator is chosen knowingly.
+# The provider's package depends on no package with a chip library: the terminal has its own, and on any other machine
+# the administrator chooses to install the simulator.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/chipsim)
 

@@ -20,7 +20,7 @@ missing_of() {
     done
 }
 
-# install_packages SECTION: brings what is missing, and does nothing, without root, where nothing is.
+# install_packages SECTION: installs the missing packages; needs root only if there are any.
 install_packages() {
     command -v dpkg-query >/dev/null || fail "no dpkg-query here; this is made for Debian 12 and 13"
     missing=$(missing_of "$1")

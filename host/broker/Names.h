@@ -9,7 +9,7 @@
 
 namespace broker {
 
-// Whether two names are the same to CIM, which does not regard the case of ASCII letters.
+// Whether two names are the same to CIM, which ignores the case of ASCII letters.
 bool sameName(std::string_view left, std::string_view right);
 
 // "CMPI_RC_ERR_FAILED" for 1; "CMPI_RC_<number>" for a number that CMPI does not name.

@@ -6,7 +6,7 @@
 
 namespace broker {
 
-// Each fills a table as the options say, and stands in the source file that holds the table's functions.
+// Each fills a table as the options say.
 void fillBrokerTable(CMPIBrokerFT& table, const BrokerOptions& options);
 void fillEncapsulationTable(CMPIBrokerEncFT& table, const BrokerOptions& options);
 void fillThreadTable(CMPIBrokerExtFT& table, const BrokerOptions& options);

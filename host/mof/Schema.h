@@ -15,7 +15,7 @@
 
 namespace mof {
 
-// CIM does not regard the case of names.
+// CIM ignores the case of names.
 struct NameLess {
     bool operator()(const std::string& left, const std::string& right) const;
 };

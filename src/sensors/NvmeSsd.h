@@ -28,7 +28,7 @@ class NvmeSsd {
     // refuses (not logged). The index is a number in /dev, not a position in the list.
     unsigned short getSsdTemperature(int index);
 
-    // In whole degrees. For whoever needs it; the readings above are converted already.
+    // In whole degrees. The readings above are converted already.
     int kelvinToCelsius(int kelvin);
 
   protected:

@@ -38,8 +38,8 @@ constexpr off_t ROTATED_SIZE = 4 * MEGABYTE;
 constexpr off_t FULL_SPEED_SIZE = 7 * MEGABYTE;
 constexpr off_t WAITING_SIZE = 9 * MEGABYTE;
 constexpr unsigned MOST_REQUESTS = 300000;  // several times those that the rotations take
-// The rule looks for late lines until three seconds after it has deleted the log: whoever took longer may have lost
-// his.
+// The rule looks for late lines until three seconds after it has deleted the log: the line of a slower request may
+// be lost.
 constexpr auto SLOW = 2500ms;
 const std::string LOG_FILE = "/var/log/tarn/tarn.log";
 const std::string RULE = "/var/log/rotation-rule";  // logrotate wants its rule's owner and mode to be right
@@ -57,9 +57,9 @@ struct Sent {
     std::set<unsigned> slow;  // on a machine so busy that the rotation did not wait for their lines
 };
 
-// Each request logs its name. At full speed while the file is small, then slowly, and none any more shortly before the
-// provider's limit, which is so on no machine reached before the rotation is through. Reports the number of requests,
-// then the slow ones.
+// Each request logs its name. Requests come at full speed while the file is small, then slowly; they stop shortly
+// before the provider's limit. So the rotation ends before the limit, however slow the machine. Reports the number of
+// requests, then the slow ones.
 void sendRequests(int stopPipe, int reportPipe) {
     const StreamsTo silence(StreamsTo::nowhere());
     broker::Broker broker;

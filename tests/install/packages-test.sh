@@ -64,7 +64,7 @@ done
 if grep -q 'zel' "$work/depends"; then fail "it depends on one of ours: $(cat "$work/depends")"; fi
 dpkg-deb -c "$simulator" >"$work/simulator.list"
 grep -qF ' ./usr/share/doc/zelsensors-simulator/scenario-format.md' "$work/simulator.list" ||
-    fail "the simulator's package has no description of scenarios"
+    fail "the simulator's package does not contain scenario-format.md"
 dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
 
 step "A scratch root"

@@ -1,4 +1,4 @@
-// Root may open whatever he likes, whatever its mode; a test that wants a refusal does without.
+// Root may open every file, whatever its mode: a test that expects a refusal gives up root's rights.
 #ifndef ZELSENSORS_TESTS_WITHOUTROOTSRIGHTS_H
 #define ZELSENSORS_TESTS_WITHOUTROOTSRIGHTS_H
 
