@@ -1,5 +1,5 @@
-# From one of callgrind's dumps of bench_paths, for each function the path, the function, and its instructions in one run
-# of that path. What a measured function calls elsewhere counts whole, under the name of what it called.
+# From one of callgrind's dumps of bench_paths, for each function the path, the function, and its instructions in one
+# run of that path. What a measured function calls elsewhere counts whole, under the name of what it called.
 #
 # Counted are those of the measured code (the shared library; for the log and the drives, which are linked in, the
 # program itself), and of whatever that calls in other libraries, but not the broker's (which is in the program) nor the

@@ -1,8 +1,8 @@
 # Finds the declarations of CMPI, the Common Manageability Programming Interface.
 #
 # A system's own headers are taken where they are found (cmpi/cmpidt.h on the usual include path, or under
-# -DCMPI_INCLUDE_DIR=<directory that holds cmpi/>); otherwise the declarations that come with this project. Never both: the
-# two must not meet on one include path.
+# -DCMPI_INCLUDE_DIR=<directory that holds cmpi/>); otherwise the declarations that come with this project. Never both:
+# the two must not meet on one include path.
 #
 # Makes the target CMPI::CMPI.
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH CMPI_OWN_HEADERS)

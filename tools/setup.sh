@@ -1,5 +1,5 @@
 # shellcheck shell=sh
-# Sourced by ./run, ./check and the tools: what they share. The caller has changed to the project's directory and set -eu.
+# What ./run, ./check and the tools share; they source it after "set -eu" and a change to the project's directory.
 
 say() { printf '==> %s\n' "$*"; }
 

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Compiles each CMPI header alone and twice over, at every level, by both ways of naming it, with warnings as errors;
-# and sees that an unknown level is refused. Arguments: the directory that holds cmpi/, then the compiler with its options.
+# and sees that an unknown level is refused. Arguments: the directory that holds cmpi/, then the compiler with its
+# options.
 set -eu
 root=$1
 shift

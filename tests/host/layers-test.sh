@@ -1,5 +1,6 @@
 #!/bin/sh
-# layers-test.sh HOST: each file of the host's directories includes its own directory and those below it, and names the directory.
+# layers-test.sh HOST: each file of the host's directories includes its own directory and those below it, and names the
+# directory.
 set -eu
 cd "$1"
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Makes the Debian packages, checks them with lintian, installs them into a scratch root, uses what they installed there,
-# and looks at what their removal leaves behind.
+# Makes the Debian packages, checks them with lintian, installs them into a scratch root, uses what they installed
+# there, and looks at what their removal leaves behind.
 #
 # usage: packages-test.sh SOURCE-DIRECTORY WORK-DIRECTORY CMAKE IN-PRIVATE-MOUNTS
 set -eu
@@ -102,8 +102,8 @@ inside() { PATH=/usr/sbin:/usr/bin:/sbin:/bin TZ='' LC_ALL=C chroot "$root" "$@"
 contents() { find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/proc" -prune -o -path "$root/dev" -prune -o \
     -path "$root/etc/ld.so.cache" -prune -o -path "$root/var/cache" -prune -o -path "$root/opt" -prune -o -print |
     sed "s|^$root||" | sort; }
-# Stand-ins for the tools of both object managers, neither of which has the DMTF schema; /var/lib/sfcb is where packages of
-# sfcb have its directory.
+# Stand-ins for the tools of both object managers, neither of which has the DMTF schema; /var/lib/sfcb is where packages
+# of sfcb have its directory.
 manager=$root/opt/manager
 mkdir -p "$manager/bin" "$manager/lib" "$manager/share/sfcb/CIM" "$manager/var/lib/sfcb/stage/mofs/root/cimv2" \
     "$manager/var/lib/sfcb/stage/regs" "$manager/var/lib/sfcb/registration" "$manager/var/qualifiers" \

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Stands in for OpenPegasus's cimconfig, cimprovider, cimmof and cimcli, by the name that it is called with. As bad as the
-# real ones: cimmof answers 0 for a class that it leaves as it was.
+# Stands in for OpenPegasus's cimconfig, cimprovider, cimmof and cimcli, by the name that it is called with. As bad as
+# the real ones: cimmof answers 0 for a class that it leaves as it was.
 #
 # The server is the directory var/ below its prefix: running (a file), providerDir, modules, namespaces/<name>/<class>,
 # qualifiers/<name>. What it was called with goes to var/calls; var/fail-<tool> holds a status and a pattern of the

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Stands in for sfcb's sfcbstage, sfcbunstage and sfcbrepos, by the name that it is called with. As bad as the real ones:
-# sfcbrepos moves the repository away before it fails, and takes what anybody has staged; sfcbunstage stops at a file that
-# is not staged.
+# Stands in for sfcb's sfcbstage, sfcbunstage and sfcbrepos, by the name that it is called with. As bad as the real
+# ones: sfcbrepos moves the repository away before it fails, and takes what anybody has staged; sfcbunstage stops at a
+# file that is not staged.
 #
 # Its directories are below its prefix: share/sfcb/CIM, var/lib/sfcb/stage (or SFCB_STAGE), var/lib/sfcb/registration.
 # What it was called with goes to var/calls; var/fail-<tool> holds a status to answer without doing anything.
