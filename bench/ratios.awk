@@ -51,6 +51,8 @@ END {
         row("written line / spdlog*, " n " threads", "writtenLine/Log" t, "writtenLine/spdlogWithFstat" t, "1.00")
     }
     row("written LogQuick / floor", "writtenLine/LogQuick/threads:1", "writtenLine/floor/threads:1", "")
+    row("ReadSensor / sensors_get_value", "linuxRead/ReadSensor", "linuxRead/sensors_get_value", "1.20")
+    row("start, 50 sensors / sensors_init", "linuxStartUp/Initialise", "linuxStartUp/sensors_init", "")
     print "* after the same fstat and line on standard output, which the provider's log owes for each line"
     printf "one compared sensor: %.0f ns, of the floor %.0f ns\n",
         (time["lastInstance/provider/1000"] - time["firstInstance/provider/1000"]) / 999,

@@ -25,6 +25,7 @@ const fs::path DEV_STAGE = "/var/log/.dev";
 
 std::string s_reason = "the program did not enter its sandbox";
 std::set<std::string> s_ownDeviceNames;
+bool s_isHardwareHidden = false;
 
 [[noreturn]] void fail(const std::string& what) {
     throw std::system_error(errno, std::generic_category(), what);
@@ -97,6 +98,12 @@ void writeFile(const fs::path& path, const std::string& contents) {
     if (!file) throw std::runtime_error("cannot write " + path.string());
 }
 
+void emptyHardware() {
+    for (const char* directory : {"/sys/class", "/sys/devices", "/sys/firmware", "/etc/sensors.d"})
+        emptyDirectory(directory);
+    fs::remove("/etc/sensors3.conf");
+}
+
 }  // namespace
 
 namespace sandbox {
@@ -120,6 +127,7 @@ void reset() {
     emptyDirectory("/var/log/tarn");
     for (const fs::directory_entry& entry : fs::directory_iterator("/dev"))
         if (s_ownDeviceNames.count(entry.path().filename()) == 0) fs::remove_all(entry.path());
+    if (s_isHardwareHidden) emptyHardware();
 }
 
 void writeLogConfiguration(const std::string& contents) {
@@ -128,6 +136,19 @@ void writeLogConfiguration(const std::string& contents) {
 
 void writeSensorConfiguration(const std::string& contents) {
     writeFile("/etc/tarn/sensor.conf", contents);
+}
+
+void hideHardware() {
+    if (!s_reason.empty()) throw std::runtime_error(s_reason);
+    if (s_isHardwareHidden) return;
+    for (const char* directory : {"/sys/class", "/sys/devices", "/sys/firmware"}) mountMemory(directory);
+    fs::remove("/etc/sensors.d");  // the machine's, a link
+    s_isHardwareHidden = true;
+    emptyHardware();
+}
+
+void writeLibsensorsConfiguration(const std::string& contents) {
+    writeFile("/etc/sensors3.conf", contents);
 }
 
 std::string readLog() {

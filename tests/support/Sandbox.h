@@ -22,6 +22,12 @@ void reset();
 void writeLogConfiguration(const std::string& contents);     // /etc/tarn/log.conf
 void writeSensorConfiguration(const std::string& contents);  // /etc/tarn/sensor.conf
 
+// Hides the machine's sensors and its firmware too: /sys/class, /sys/devices and /sys/firmware are empty directories in
+// memory from now on, which a test fills as it likes and reset() empties, and libsensors has no settings. /sys itself
+// stays the kernel's, as libsensors asks. Before the first thread.
+void hideHardware();
+void writeLibsensorsConfiguration(const std::string& contents);  // /etc/sensors3.conf; throws std::runtime_error
+
 // The default log file's contents; empty when there is none.
 std::string readLog();
 
