@@ -46,11 +46,13 @@ std::map<std::string, Strings> sectionsOf(const Strings& transcript) {
 // on how busy this machine is. The hour is there to end an emulator that hangs. The files' paths hold no quotes.
 std::string commandLine(const Machine& machine, const std::filesystem::path& run) {
     std::ostringstream line;
-    line << "timeout -k 5 3500 qemu-system-x86_64 -accel tcg -icount shift=2,sleep=off -machine q35 -m 512 -nodefaults "
+    line << "cd '" << run.string()
+         << "' && timeout -k 5 3500 qemu-system-x86_64 -accel tcg -icount shift=2,sleep=off -machine q35 -m 512 "
+            "-nodefaults "
             "-display none -no-reboot"
          << " -device isa-debug-exit,iobase=0xf4,iosize=1 -kernel '" << GUEST << "/vmlinuz' -initrd '" << GUEST
          << "/initrd.cpio' -append 'console=ttyS0 panic=-1 quiet group=" << machine.group << ' ' << machine.kernel
-         << "' -serial file:'" << run.string() << "/console' -serial file:'" << run.string() << "/transcript'";
+         << "' -serial file:console -serial file:transcript " << machine.devices;
     for (unsigned i = 0; i < machine.drives; ++i) {
         line << " -blockdev null-co,node-name=n" << i << ",size=16777216,read-zeroes=on -device nvme,serial=ZEL" << i
              << ",drive=n" << i;
@@ -58,9 +60,9 @@ std::string commandLine(const Machine& machine, const std::filesystem::path& run
     if (machine.hasTrace) {
         for (const char* event : {"admin_cmd", "identify", "getfeat", "get_log", "map_prp", "enqueue_req_completion"})
             line << " -trace pci_nvme_" << event;
-        line << " -trace 'pci_nvme_err*' -D '" << run.string() << "/trace'";
+        line << " -trace 'pci_nvme_err*' -D trace";
     }
-    line << " </dev/null >'" << run.string() << "/emulator' 2>&1";
+    line << " </dev/null >emulator 2>&1";
     return line.str();
 }
 
@@ -70,12 +72,13 @@ void GuestTest::boot(const Machine& machine) {
     outcome = Outcome();
     if (!std::filesystem::exists(GUEST "/initrd.cpio")) {
         outcome.unavailable = contentsOf(GUEST "/unavailable");
-        if (outcome.unavailable.empty()) outcome.unavailable = "the test Vm.Guest has not made a guest";
+        if (outcome.unavailable.empty()) outcome.unavailable = "the test " GUEST_TEST " has not made a guest";
         return;
     }
     const std::filesystem::path run = std::filesystem::path(RUNS) / machine.group;
     std::filesystem::remove_all(run);
     std::filesystem::create_directories(run);
+    for (const auto& [name, contents] : machine.files) std::ofstream(run / name, std::ios::binary) << contents;
     const int status = std::system(commandLine(machine, run).c_str());
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     // Only the guest's own word gives 3; a panic and a power-off give 0.

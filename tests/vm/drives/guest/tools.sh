@@ -1,6 +1,15 @@
 # shellcheck shell=sh
 # What the shell steps of the groups use. A drive is told by its number in /dev/nvmeN.
 
+# What plays the steps, and what it finds.
+session() { drive_session "$@"; }
+set_up() {
+    printf 'NvmeReadings=1\n' >/etc/tarn/sensor.conf
+    printf 'Level=4\n' >/etc/tarn/log.conf
+    export ZELCHIP_SCENARIO=/grebel.toml
+    ifconfig lo 127.0.0.1 up
+}
+
 # drive N [KEY=VALUE ...]: how the scripted controller behaves from now on; what is not named is as it was at first.
 drive() {
     number=$1
@@ -16,10 +25,7 @@ await() {
 
 # connect N: starts a scripted controller and lets the kernel's driver connect to it. N must be the next free number.
 connect() {
-    if [ ! -e /dev/nvme-fabrics ]; then
-        insmod /lib/modules/nvme-fabrics.ko
-        insmod /lib/modules/nvme-tcp.ko
-    fi
+    [ -e /dev/nvme-fabrics ] || modprobe nvme-tcp
     mkdir -p "/run/drive-$1"
     drive "$1"
     scripted_controller "$((4420 + $1))" "/run/drive-$1"

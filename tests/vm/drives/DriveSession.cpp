@@ -2,10 +2,9 @@
 //
 //     drive_session FILE OUTPUT
 //
-// OUTPUT takes what it tells; the provider writes lines of its own to standard output. Of FILE's lines, those with "##
-// " begin a section, and "# " a remark. The steps:
+// OUTPUT takes what it tells; the provider writes lines of its own to standard output. The steps, besides those of
+// GuestSteps:
 //
-//     ! COMMAND      runs it in the shell with the guest's tools; the session ends if it fails
 //     start          makes the provider and shows the drive sensors
 //     stop           has the provider clean up
 //     read N         a second later, gets the instance of drive N (from 1) and shows its reading
@@ -45,6 +44,7 @@
 #include <vector>
 
 #include "FakeClock.h"
+#include "GuestSteps.h"
 #include "NvmeSsd.h"
 #include "broker/Broker.h"
 #include "broker/ProviderLibrary.h"
@@ -120,35 +120,11 @@ unsigned openDescriptors() {
 
 class Session {
   public:
-    explicit Session(const char* output) : m_outputPath(output), m_output(output, std::ios::app) {}
+    explicit Session(const char* output) : m_steps(output, steps()) {}
 
-    void play(const std::string& line) {
-        if (line.empty() || line.compare(0, 2, "# ") == 0) return;
-        if (line.compare(0, 3, "## ") == 0) {
-            m_output << line << '\n';
-            return;
-        }
-        if (line.compare(0, 2, "! ") == 0) {
-            runInShell(line.substr(2));
-            return;
-        }
-        std::istringstream words(line);
-        std::string step;
-        unsigned number = 0;
-        words >> step >> number;
-        const auto known = m_steps.find(step);
-        if (known == m_steps.end()) throw std::runtime_error("unknown step: " + line);
-        known->second(number);
-        showTroubles();
-    }
+    void play(const char* file) { m_steps.play(file); }
 
   private:
-    void runInShell(const std::string& command) {
-        m_output << std::flush;
-        const int status = std::system((". /tools.sh; set -e; exec >>" + m_outputPath + "; " + command).c_str());
-        if (status != 0) throw std::runtime_error("status " + std::to_string(WEXITSTATUS(status)) + ": " + command);
-    }
-
     broker::InstanceProvider& provider() const {
         if (m_provider == nullptr) throw std::runtime_error("no provider; a start is missing");
         return *m_provider;
@@ -238,7 +214,6 @@ class Session {
         for (const std::string& line : m_errors.newLines()) {
             if (line.compare(0, 5, "/dev/") == 0) m_output << line << '\n';
         }
-        m_output << std::flush;
     }
 
     static void becomeUser(unsigned id) {
@@ -307,27 +282,39 @@ class Session {
 
     static void aSecondLater() { fakeclock::advanceMilliseconds(1000); }
 
-    using Steps = std::map<std::string, std::function<void(unsigned)>>;
-    const Steps m_steps{
-        {"start", [this](unsigned) { showStart(); }},
-        {"stop", [this](unsigned) { m_provider.reset(); }},
-        {"read", [this](unsigned drive) { aSecondLater(), showReading(drive); }},
-        {"again", [this](unsigned drive) { showReading(drive); }},
-        {"others", [this](unsigned) { aSecondLater(), showOthers(); }},
-        {"enumerate", [this](unsigned) { aSecondLater(), enumerate(); }},
-        {"names", [this](unsigned) { showNames(); }},
-        {"log", [this](unsigned) { showLog(); }},
-        {"user", [](unsigned id) { becomeUser(id); }},
-        {"mark", [](unsigned) { mark(); }},
-        {"settle", [](unsigned) { settle(); }},
-        {"reads", [this](unsigned count) { readMany(count); }},
-        {"direct", [this](unsigned count) { readDirectly(count); }},
-        {"restarts", [this](unsigned count) { restart(count); }},
-        {"descriptors", [this](unsigned) { showDescriptors(); }},
-    };
+    using NumberedStep = std::function<void(unsigned)>;
 
-    std::string m_outputPath;
-    std::ofstream m_output;
+    // What each step takes is a number, or nothing.
+    std::map<std::string, GuestSteps::Step> steps() {
+        const std::map<std::string, NumberedStep> numbered{
+            {"start", [this](unsigned) { showStart(); }},
+            {"stop", [this](unsigned) { m_provider.reset(); }},
+            {"read", [this](unsigned number) { aSecondLater(), showReading(number); }},
+            {"again", [this](unsigned number) { showReading(number); }},
+            {"others", [this](unsigned) { aSecondLater(), showOthers(); }},
+            {"enumerate", [this](unsigned) { aSecondLater(), enumerate(); }},
+            {"names", [this](unsigned) { showNames(); }},
+            {"log", [this](unsigned) { showLog(); }},
+            {"user", [](unsigned number) { becomeUser(number); }},
+            {"mark", [](unsigned) { mark(); }},
+            {"settle", [](unsigned) { settle(); }},
+            {"reads", [this](unsigned number) { readMany(number); }},
+            {"direct", [this](unsigned number) { readDirectly(number); }},
+            {"restarts", [this](unsigned number) { restart(number); }},
+            {"descriptors", [this](unsigned) { showDescriptors(); }},
+        };
+        std::map<std::string, GuestSteps::Step> steps;
+        for (const auto& [name, step] : numbered) {
+            steps[name] = [this, step = step](const std::string& argument) {
+                step(argument.empty() ? 0 : static_cast<unsigned>(std::stoul(argument)));
+                showTroubles();
+            };
+        }
+        return steps;
+    }
+
+    GuestSteps m_steps;
+    std::ostream& m_output = m_steps.output();
     GrowingFile m_log{LOG_FILE};
     GrowingFile m_logForTroubles{LOG_FILE};
     GrowingFile m_errors{"/run/errors"};
@@ -348,14 +335,8 @@ int main(int count, char** arguments) {
     timeval now{};
     gettimeofday(&now, nullptr);
     fakeclock::set(now);
-    std::ifstream steps(arguments[1]);
-    if (!steps) {
-        std::cerr << arguments[1] << ": no such group\n";
-        return EXIT_FAILURE;
-    }
-    Session session(arguments[2]);
     try {
-        for (std::string line; std::getline(steps, line);) session.play(line);
+        Session(arguments[2]).play(arguments[1]);
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';
         return EXIT_FAILURE;
