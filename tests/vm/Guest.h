@@ -17,7 +17,7 @@ struct Machine {
     bool hasTrace = false;     // whether the emulator records what its controllers are sent
     std::string kernel = "";   // more for the kernel's command line
     std::string devices = "";  // more for the emulator's
-    std::map<std::string, std::string> files = {};  // contents by name, in the folder where the emulator runs
+    std::map<std::string, std::string> files = {};  // contents by name, in the directory where the emulator runs
 };
 
 // Each suite boots once, in its SetUpTestSuite.

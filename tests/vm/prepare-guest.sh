@@ -115,8 +115,13 @@ for file; do
         *) copy "$root/bin" "$file" ;;
     esac
 done
-for library in $(libraries_of "$@"); do copy "$root/lib" "$library"; done
-cp -L /lib64/ld-linux-x86-64.so.2 "$root/lib64/"
+# A given library may stand in for another of its name.
+for library in $(libraries_of "$@"); do
+    [ -e "$root/lib/$(basename "$library")" ] || copy "$root/lib" "$library"
+done
+# The loader looks for itself by name where a library has a name space of its own.
+cp -L /lib64/ld-linux-x86-64.so.2 "$root/lib/"
+ln -s ../lib/ld-linux-x86-64.so.2 "$root/lib64/"
 chmod +x "$root/init"
 (cd "$root" && find . | LC_ALL=C sort | cpio --quiet --create --format=newc --owner=0:0) >"$guest/initrd.cpio"
 cp "$kernels/$kernel/vmlinuz" "$guest/vmlinuz"

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "Guest.h"
+#include "HostAnswer.h"
 #include "SensorProperties.h"
 
 namespace {
@@ -18,27 +19,7 @@ class OwnDrivesTest : public GuestTest {
   protected:
     static void SetUpTestSuite() { boot({"own-drives", 2, true}); }
 
-    static json answer(const std::string& title) {
-        std::string text;
-        for (const std::string& line : section(title)) text += line;
-        return json::parse(text, nullptr, false);
-    }
-
-    // "Name=value" for each, as in an instance's description, which has their types too.
-    static Strings valuesIn(const json& properties) {
-        Strings values;
-        for (const auto& [name, value] : properties.items())
-            values.push_back(name + "=" + (value.is_string() ? "'" + value.get<std::string>() + "'" : value.dump()));
-        return values;
-    }
-
-    static Strings withoutTypes(Strings properties) {
-        for (std::string& property : properties) {
-            const std::size_t type = property.find('=') + 1;
-            property.erase(type, property.find(' ') + 1 - type);
-        }
-        return properties;
-    }
+    static json answer(const std::string& title) { return answerIn(section(title)); }
 
     // The commands between the guest's marks, each with what the emulator records of it until it is completed.
     static std::vector<Strings> commandsBetweenMarks() {
