@@ -1,6 +1,8 @@
-# Three Debian packages by CPack: the provider, the simulated terminal, the host. Made by the preset "package".
-foreach(package zelsensors zelsensors-simulator zelhost)
+# The Debian packages by CPack: the provider, the chip library of any Linux machine, the simulated terminal, the host. Made
+# by the preset "package".
+foreach(package zelsensors zelsensors-linux zelsensors-simulator zelhost)
     set(component_of_zelsensors provider)
+    set(component_of_zelsensors-linux zelsensors-linux)
     set(component_of_zelsensors-simulator simulator)
     set(component_of_zelhost host)
     set(component ${component_of_${package}})
@@ -32,11 +34,11 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/FinishStaging.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL provider simulator host)
+set(CPACK_COMPONENTS_ALL provider zelsensors-linux simulator host)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 
 # The provider's package depends on no package with a chip library: the terminal has its own, and on any other machine
-# the administrator chooses to install the simulator.
+# the administrator chooses one.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/chipsim)
 
@@ -46,15 +48,34 @@ publishes the terminal's temperatures, voltages, currents and fan speeds as
 TQS_NumericSensor, and the motherboard's event log as TQS_SystemEventLog.
 
 The chip library libzelchip.so.0, which the provider needs, comes with the
-terminal and is in no Debian package. Elsewhere the package
-zelsensors-simulator stands in for it.")
+terminal and is in no Debian package. On another machine the package
+zelsensors-linux has one that shows that machine's sensors, and the package
+zelsensors-simulator one that plays a terminal.")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "logrotate")
-set(CPACK_DEBIAN_PROVIDER_PACKAGE_SUGGESTS "zelhost, zelsensors-simulator")
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_SUGGESTS "zelhost, zelsensors-linux, zelsensors-simulator")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/conffiles
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/postrm
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/prerm
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors/triggers)
+
+# libzelchip0 stands for whatever package brings the terminal's own library. On a terminal that has it from none,
+# preinst refuses.
+set(CPACK_DEBIAN_ZELSENSORS-LINUX_DESCRIPTION "chip library of any Linux machine for the provider zelsensors
+The library libzelchip.so.0 for machines that are no terminals. It shows what
+the kernel's drivers measure (temperatures, voltages, currents, power, fans,
+humidity), as libsensors reads it, and the event log of the firmware.
+
+It is installed where the system's loader finds it, and so must not be on a
+terminal, which has a library of that name for its own chip: installing it
+there is refused.")
+set(CPACK_DEBIAN_ZELSENSORS-LINUX_PACKAGE_PROVIDES "libzelchip0")
+set(CPACK_DEBIAN_ZELSENSORS-LINUX_PACKAGE_CONFLICTS "libzelchip0")
+set(CPACK_DEBIAN_ZELSENSORS-LINUX_PACKAGE_RECOMMENDS "zelsensors")
+set(CPACK_DEBIAN_ZELSENSORS-LINUX_PACKAGE_SUGGESTS "lm-sensors, zelhost")
+set(CPACK_DEBIAN_ZELSENSORS-LINUX_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-linux/preinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-linux/triggers)
 
 set(CPACK_DEBIAN_SIMULATOR_DESCRIPTION "simulated point-of-sale terminal for the provider zelsensors
 A chip library with the name and the symbols of the terminal's own, driven by

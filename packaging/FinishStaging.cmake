@@ -6,7 +6,8 @@ file(GLOB documents
 execute_process(COMMAND gzip -9n ${documents} COMMAND_ERROR_IS_FATAL ANY)
 
 file(GLOB_RECURSE candidates LIST_DIRECTORIES false
-    ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/* ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/*.so.*)
+    ${CPACK_TEMPORARY_DIRECTORY}/*/usr/bin/* ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/*.so.*
+    ${CPACK_TEMPORARY_DIRECTORY}/*/usr/lib/*/zelsensors-linux/*.so)
 execute_process(
     COMMAND strip --strip-unneeded --remove-section=.comment --remove-section=.note ${candidates}
     COMMAND_ERROR_IS_FATAL ANY)

@@ -46,10 +46,11 @@ step "Packing"
     { cat "$work/cpack.log"; fail "cpack failed"; }
 provider=$(ls "$work"/packages/zelsensors_*.deb)
 simulator=$(ls "$work"/packages/zelsensors-simulator_*.deb)
+linux=$(ls "$work"/packages/zelsensors-linux_*.deb)
 host=$(ls "$work"/packages/zelhost_*.deb)
 
 step "lintian"
-lintian --allow-root --display-info --fail-on error,warning,info "$provider" "$simulator" "$host" ||
+lintian --allow-root --display-info --fail-on error,warning,info "$provider" "$linux" "$simulator" "$host" ||
     fail "lintian has found something"
 
 step "What the packages hold"
@@ -65,12 +66,19 @@ if grep -q 'zel' "$work/depends"; then fail "it depends on one of ours: $(cat "$
 dpkg-deb -c "$simulator" >"$work/simulator.list"
 grep -qF ' ./usr/share/doc/zelsensors-simulator/scenario-format.md' "$work/simulator.list" ||
     fail "the simulator's package does not contain scenario-format.md"
+dpkg-deb -c "$linux" >"$work/linux.list"
+for file in "$libraries/libzelchip.so.0" "$libraries/zelsensors-linux/privatecopy.so" \
+    usr/share/doc/zelsensors-linux/linux-machines.md; do
+    grep -qF " ./$file" "$work/linux.list" || fail "no $file in the package of the chip library for Linux machines"
+done
+dpkg-deb -f "$linux" Depends | grep -q libsensors5 || fail "the chip library for Linux machines does not depend on libsensors5"
 dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
 
 step "A scratch root"
 # Enough to run maintainer scripts and our programs: a shell and the few tools that they use, with their libraries.
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers" "$root/usr/bin" \
-    "$root/usr/sbin" "$root/usr/lib" "$root/usr/lib64" "$root/proc" "$root/dev" "$root/tmp" "$root/etc" "$root/var/log"
+    "$root/usr/sbin" "$root/usr/lib" "$root/usr/lib64" "$root/proc" "$root/sys" "$root/dev" "$root/tmp" "$root/etc" \
+    "$root/var/log"
 for directory in bin sbin lib lib64; do ln -s "usr/$directory" "$root/$directory"; done
 copy_program() {
     program=$(command -v "$1")
@@ -83,12 +91,15 @@ copy_program() {
 for program in sh rm rmdir cat readlink awk cmp cp ln mkdir mv sort timeout; do copy_program "$program"; done
 cp -L /sbin/ldconfig "$root/usr/sbin/"
 # The packages' own dependencies, as this machine has them.
-needed="libc6 libgcc-s1 libstdc++6"
+needed="libc6 libgcc-s1 libstdc++6 libsensors-config libsensors5"
 : >"$root/var/lib/dpkg/status"
 for package in $needed; do
     dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
     echo >>"$root/var/lib/dpkg/status"
-    dpkg-query -L "$package" >"$root/var/lib/dpkg/info/$package:$(dpkg --print-architecture).list"
+    case $(dpkg-query -W -f '${Multi-Arch}' "$package") in
+        same) dpkg-query -L "$package" >"$root/var/lib/dpkg/info/$package:$(dpkg --print-architecture).list" ;;
+        *) dpkg-query -L "$package" >"$root/var/lib/dpkg/info/$package.list" ;;
+    esac
     for library in $(dpkg-query -L "$package" | grep -E '\.so[.0-9]*$'); do
         [ -f "$library" ] || continue
         mkdir -p "$root${library%/*}"
@@ -97,9 +108,15 @@ for package in $needed; do
 done
 mount --rbind /proc "$root/proc"
 mount --rbind /dev "$root/dev"
+# libsensors asks that /sys be the kernel's; the only chip is a directory here.
+mount --rbind /sys "$root/sys"
+mount -t tmpfs tmpfs "$root/sys/class"
+mkdir -p "$root/sys/class/hwmon/hwmon0"
+echo oven >"$root/sys/class/hwmon/hwmon0/name"
+echo 42500 >"$root/sys/class/hwmon/hwmon0/temp1_input"
 inside() { PATH=/usr/sbin:/usr/bin:/sbin:/bin TZ='' LC_ALL=C chroot "$root" "$@"; }
 # What is there but the package manager's own files and what is mounted.
-contents() { find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/proc" -prune -o -path "$root/dev" -prune -o \
+contents() { find "$root" -path "$root/var/lib/dpkg" -prune -o -path "$root/proc" -prune -o -path "$root/sys" -prune -o -path "$root/dev" -prune -o \
     -path "$root/etc/ld.so.cache" -prune -o -path "$root/var/cache" -prune -o -path "$root/opt" -prune -o -print |
     sed "s|^$root||" | sort; }
 # Stand-ins for the tools of both object managers, neither of which has the DMTF schema; /var/lib/sfcb is where packages
@@ -143,6 +160,34 @@ inside zelhost --provider "/$libraries/cmpi/libzelsensors.so" names >"$work/name
 status=0
 inside zelhost --chip system names >"$work/names" 2>&1 || status=$?
 [ "$status" = 3 ] || fail "the provider without a chip library: status $status instead of 3"
+
+step "The chip library of any Linux machine"
+install_linux() { dpkg --root="$root" --log=/dev/null -i "$linux" >"$work/install-linux.log" 2>&1; }
+cp "$root/$libraries/zelsensors/libzelchip.so.0" "$root/usr/lib/"
+inside ldconfig >"$work/ldconfig.log" 2>&1
+if install_linux; then fail "it is installed beside a chip library that is there"; fi
+grep -q 'has a chip library already: .*/libzelchip\.so\.0' "$work/install-linux.log" ||
+    { cat "$work/install-linux.log"; fail "the refusal does not name the chip library that is there"; }
+rm "$root/usr/lib/libzelchip.so.0"
+inside ldconfig >"$work/ldconfig.log" 2>&1
+mkdir -p "$work/terminal/DEBIAN"
+printf '%s\n' 'Package: terminal-chip' 'Version: 1' 'Architecture: all' 'Provides: libzelchip0' \
+    'Maintainer: nobody <nobody@quorvel.example>' 'Description: stands for a terminal' >"$work/terminal/DEBIAN/control"
+dpkg-deb --build "$work/terminal" "$work/terminal.deb" >/dev/null
+dpkg --root="$root" --log=/dev/null -i "$work/terminal.deb" >"$work/terminal.log" 2>&1
+if install_linux; then fail "it is installed beside a package that has the terminal's chip library"; fi
+grep -q 'terminal-chip provides libzelchip0' "$work/install-linux.log" ||
+    { cat "$work/install-linux.log"; fail "the refusal does not name the terminal's package"; }
+dpkg --root="$root" --log=/dev/null -P terminal-chip >"$work/terminal.log" 2>&1
+[ ! -e "$root/$libraries/libzelchip.so.0" ] || fail "a refused package has left the chip library"
+install_linux || { cat "$work/install-linux.log"; fail "it does not install"; }
+install_linux || { cat "$work/install-linux.log"; fail "it does not install over itself"; }
+inside zelhost --chip system instances >"$work/instances" || fail "zelhost instances failed on it"
+grep -q '^oven temp1(.*42\.5' "$work/instances" || { cat "$work/instances"; fail "no temperature of the chip"; }
+inside zelhost instances >"$work/instances" || fail "zelhost instances failed beside it"
+grep -q 'CPU Temperature(00000010)' "$work/instances" || fail "the simulated chip library is no longer zelhost's own"
+
+step "Registering without a manager"
 status=0
 inside zelsensors-register add >"$work/register" 2>&1 || status=$?
 [ "$status" = 1 ] || fail "zelsensors-register without a manager: status $status instead of 1"
@@ -167,8 +212,8 @@ left_after() {
 }
 
 step "Removing"
-PATH=/opt/manager/bin:$PATH dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-simulator zelhost \
-    >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
+PATH=/opt/manager/bin:$PATH dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-linux zelsensors-simulator \
+    zelhost >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
 [ ! -L "$manager/lib/libzelsensors.so" ] || fail "the link in OpenPegasus's provider directory is left"
 [ ! -s "$manager/var/modules" ] || fail "OpenPegasus has the module still"
 grep -qF 'sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof && sfcbrepos -f' "$work/remove.log" ||
@@ -179,7 +224,8 @@ left_after removal /etc/logrotate.d /etc/logrotate.d/zelsensors /etc/tarn /etc/t
 step "Purging"
 : >"$root/var/log/tarn/tarn.log.1"
 : >"$root/var/log/tarn/somebodys"
-dpkg --root="$root" --log=/dev/null -P zelsensors zelsensors-simulator zelhost >"$work/purge.log" 2>&1 ||
+dpkg --root="$root" --log=/dev/null -P zelsensors zelsensors-linux zelsensors-simulator zelhost \
+    >"$work/purge.log" 2>&1 ||
     { cat "$work/purge.log"; fail "the packages cannot be purged"; }
 left_after purging /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf /var/log/tarn /var/log/tarn/somebodys
 echo "The packages: all steps passed"
