@@ -5,7 +5,7 @@
 #include <fstream>
 #include <new>
 
-#include "../faults/Symbols.h"
+#include "Symbols.h"
 #include "LinuxChipTest.h"
 #include "OpenDescriptors.h"
 #include "TemporaryDirectory.h"

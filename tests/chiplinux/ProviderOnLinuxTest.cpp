@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "../faults/Symbols.h"
+#include "Symbols.h"
 #include "LinuxChipTest.h"
 
 namespace {
