@@ -48,6 +48,17 @@ void refuseWrongOptions(Grammar& grammar) {
     }
 }
 
+// Throws UsageError for a format that the command does not have.
+void refuseWrongFormat(const Options& options) {
+    const Command command = options.request.command;
+    if (options.format == Format::Csv && command != Command::Sensors) {
+        throw UsageError(std::string(nameOf(command)) + " has no CSV format; sensors has one");
+    }
+    const bool hasNoMof = command == Command::Sensors || command == Command::Verify;
+    if (options.format == Format::Mof && hasNoMof)
+        throw UsageError(std::string(nameOf(command)) + " has no MOF format");
+}
+
 // What was wrong where it was neither an unknown word nor a value.
 std::string reasonOf(const CLI::ParseError& error, Grammar& grammar, const std::string& lastWord) {
     if (grammar.app().get_option_no_throw(lastWord) != nullptr) return lastWord + " needs a value";
@@ -98,6 +109,7 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
         return ExitCode::WrongUsage;
     }
     refuseWrongOptions(grammar);
+    refuseWrongFormat(options);
     if (options.request.command == Command::Watch && options.request.className == EVENT_LOG_CLASS) {
         throw UsageError(std::string("watch: ") + EVENT_LOG_CLASS + " has no readings; log shows it");
     }

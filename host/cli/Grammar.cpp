@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "cli/Failure.h"
+#include "health/Sensor.h"
 
 namespace host {
 namespace {
@@ -55,7 +56,8 @@ class HelpLayout : public CLI::Formatter {
         std::string text;
         for (const CLI::Option* option : arguments) {
             const std::string name = option->get_name(true);
-            text += option->get_required() ? ' ' + name : " [" + name + ']';
+            const std::string repeated = option->get_expected_max() > 1 ? name + "..." : name;
+            text += option->get_required() ? ' ' + repeated : " [" + repeated + ']';
         }
         return text;
     }
@@ -99,7 +101,29 @@ Format formatIn(const std::string& text) {
     if (text == "table") return Format::Table;
     if (text == "json") return Format::Json;
     if (text == "mof") return Format::Mof;
-    throw UsageError("--format: '" + text + "' is not one of table, json, mof");
+    if (text == "csv") return Format::Csv;
+    throw UsageError("--format: '" + text + "' is not one of table, json, mof, csv");
+}
+
+Colouring colouringIn(const std::string& text) {
+    if (text == "auto") return Colouring::Auto;
+    if (text == "always") return Colouring::Always;
+    if (text == "never") return Colouring::Never;
+    throw UsageError("--color: '" + text + "' is not one of auto, always, never");
+}
+
+bool isWorstFirstIn(const std::string& text) {
+    if (text == "severity") return true;
+    throw UsageError("--sort: '" + text + "' is not severity");
+}
+
+std::string kindIn(const std::string& text) {
+    std::string kinds;
+    for (const char* kind : sensorKinds()) {
+        if (text == kind) return text;
+        kinds += (kinds.empty() ? "" : ", ") + std::string(kind);
+    }
+    throw UsageError("--type: '" + text + "' is not one of " + kinds);
 }
 
 // The value is taken when all has been read; an option that stands there twice is refused then.
@@ -125,8 +149,8 @@ void addClassArgument(CLI::App* command, Options& options) {
     command->add_option("CLASS", options.request.className, "CIM class")->type_name("")->capture_default_str();
 }
 
-CLI::Option* addNameArgument(CLI::App* command, Options& options) {
-    return command->add_option("NAME", options.request.instanceName, "Value of the key Name")->type_name("");
+CLI::Option* addNameArgument(CLI::App* command, Options& options, const char* description = "Value of the key Name") {
+    return command->add_option("NAME", options.request.instanceName, description)->type_name("");
 }
 
 }  // namespace
@@ -160,7 +184,8 @@ void Grammar::addCommonOptions(Options& options) {
             "scenarios",
             options.scenario);
     addText(m_app, "--namespace", "NAME", "CIM namespace", options.request.nameSpace);
-    addOption(m_app, "--format", "FORMAT", "Output format: table, json or mof (default: table)",
+    addOption(m_app, "--format", "FORMAT",
+              "Output format: table, json, mof (not of sensors and verify) or csv (of sensors) (default: table)",
               [&options](const std::string& text) { options.format = formatIn(text); });
     addText(m_app, "--provider-output", "FILE|-",
             "Where the provider's own lines go: a file, or - to show them on standard error at the end (default: "
@@ -180,6 +205,7 @@ void Grammar::addSpecialOptions(Options& options) {
                 ->default_str("2")] = {"watch"};
     special[addOption(m_app, "--count", "ROUNDS", "End watch after so many rounds (default: when interrupted)",
                       [&options](const std::string& text) { options.rounds = countIn(text); })] = {"watch"};
+    addSensorOptions(options.sensors);
     m_schema = m_app
                    .add_option("--schema", options.schema,
                                "MOF file with declarations of qualifiers or classes, for verify; may be given again, "
@@ -190,10 +216,32 @@ void Grammar::addSpecialOptions(Options& options) {
     special[m_schema] = {"verify"};
 }
 
+void Grammar::addSensorOptions(SensorOptions& sensors) {
+    SpecialOptions& special = *m_special;
+    special[m_app.add_flag("--problems", sensors.onlyProblems,
+                           "Show only sensors that are past a limit or have no reading")] = {"sensors"};
+    special[addOption(m_app, "--type", "KIND", "Show only sensors of that kind, such as temperature or fan",
+                      [&sensors](const std::string& text) { sensors.kind = kindIn(text); })] = {"sensors"};
+    special[addOption(m_app, "--sort", "ORDER", "severity: the worst first (default: the provider's order)",
+                      [&sensors](const std::string& text) { sensors.isWorstFirst = isWorstFirstIn(text); })] = {
+        "sensors"};
+    special[addOption(m_app, "--color", "WHEN", "Colours in the table: auto, always or never",
+                      [&sensors](const std::string& text) { sensors.colouring = colouringIn(text); })
+                ->default_str("auto")] = {"sensors"};
+    special[m_app.add_flag_callback(
+        "--no-header", [&sensors] { sensors.hasHeader = false; },
+        "Leave out the titles of table and CSV, and the table's last line")] = {"sensors"};
+}
+
 void Grammar::addReadingCommands(Options& options) {
+    addCommand(m_app, options, Command::Sensors, "Show the sensors, and how they stand to their limits")
+        ->add_option("NAME", options.sensors.names,
+                     "Only these: labels, handles, beginnings of names, or patterns with * and ?")
+        ->type_name("");
     addClassArgument(addCommand(m_app, options, Command::Names, "Show the names of a class's instances"), options);
     addClassArgument(addCommand(m_app, options, Command::Instances, "Show the instances of a class"), options);
-    addNameArgument(addCommand(m_app, options, Command::Get, "Show one instance with all its properties"), options)
+    addNameArgument(addCommand(m_app, options, Command::Get, "Show one instance with all its properties"), options,
+                    "Value of the key Name, or what sensors takes for one")
         ->required();
     addCommand(m_app, options, Command::Log, "Show the lines and the state of the event log");
     addClassArgument(addCommand(m_app, options, Command::Watch, "Show the sensors again and again"), options);

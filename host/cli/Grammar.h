@@ -44,6 +44,7 @@ class Grammar {
   private:
     void addCommonOptions(Options& options);
     void addSpecialOptions(Options& options);
+    void addSensorOptions(SensorOptions& sensors);
     void addReadingCommands(Options& options);
     void addWritingCommands(Options& options);
     void addOwnCommands();

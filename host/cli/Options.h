@@ -9,10 +9,22 @@
 
 namespace host {
 
-enum class Format { Table, Json, Mof };
+enum class Format { Table, Json, Mof, Csv };
+enum class Colouring { Auto, Always, Never };
+
+// What `sensors` shows.
+struct SensorOptions {
+    std::vector<std::string> names;  // as SensorNames.h takes them; empty: all
+    bool onlyProblems = false;
+    std::string kind;  // empty: all
+    bool isWorstFirst = false;
+    Colouring colouring = Colouring::Auto;
+    bool hasHeader = true;
+};
 
 struct Options {
     Request request;
+    SensorOptions sensors;
     double interval = 2;              // seconds between the rounds of watch
     unsigned rounds = 0;              // of watch; 0: until it is interrupted
     std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "cli/Failure.h"
 #include "cli/ProviderOutput.h"
+#include "cli/Sensors.h"
 #include "cli/Watch.h"
 #include "format/JsonFormat.h"
 #include "format/MofFormat.h"
@@ -94,10 +97,23 @@ int ask(const Options& options, const LibraryChoice& choice, Streams& streams) {
     Session session(choice, options.providerName);
     streams.provider.endStart();
     const Request& request = options.request;
-    const Answer answer{request.command, request.nameSpace, request.className, host::ask(session, request)};
+    NamedReply named =
+        request.command == Command::Get ? getNamed(request, session) : NamedReply{host::ask(session, request), ""};
+    const Answer answer{request.command, request.nameSpace, request.className, std::move(named.reply)};
     streams.output.write(textOf(answer, options.format, chipNote(choice), streams.output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return ExitCode::Fine;
     report(answer.reply.status, options, streams);
+    if (!named.hint.empty()) tell(streams.errors, "zelhost: " + printable(named.hint) + '\n');
+    return ExitCode::AnsweredError;
+}
+
+int askForSensors(const Options& options, const LibraryChoice& choice, Streams& streams) {
+    Session session(choice, options.providerName);
+    streams.provider.endStart();
+    const std::optional<broker::Status> failure =
+        showSensors(options, session, chipNote(choice), ChipInfo{choice.chip, choice.isChipSimulated}, streams.output);
+    if (!failure) return ExitCode::Fine;
+    report(*failure, options, streams);
     return ExitCode::AnsweredError;
 }
 
@@ -115,7 +131,6 @@ int askAgain(const Options& options, const LibraryChoice& choice, Streams& strea
 
 int verifyAnswers(const Options& options, const LibraryChoice& choice, const std::vector<std::string>& files,
                   Streams& streams) {
-    if (options.format == Format::Mof) throw UsageError("verify has no MOF format");
     const mof::Schema schema = readSchema(files);
     Session session(choice, options.providerName);
     streams.provider.endStart();
@@ -140,8 +155,14 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
         if (options.request.command == Command::Verify) {
             return verifyAnswers(options, choice, schemaFiles(options, tree), streams);
         }
-        const auto run = options.request.command == Command::Watch ? askAgain : ask;
-        return run(options, choice, streams);
+        switch (options.request.command) {
+            case Command::Sensors:
+                return askForSensors(options, choice, streams);
+            case Command::Watch:
+                return askAgain(options, choice, streams);
+            default:
+                return ask(options, choice, streams);
+        }
     } catch (const ReaderGone&) {
         return ExitCode::BrokenPipe;
     } catch (const UsageError& failure) {

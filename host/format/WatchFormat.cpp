@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "format/Colour.h"
 #include "text/TextTable.h"
 #include "text/Utf8.h"
 
@@ -10,20 +11,6 @@ namespace host {
 namespace {
 
 constexpr std::size_t BAR_CELLS = 24;
-
-const char* colourOf(Severity severity) {
-    switch (severity) {
-        case Severity::Normal:
-            return "";
-        case Severity::NonCritical:
-            return "\x1b[33m";
-        case Severity::Critical:
-            return "\x1b[31m";
-        case Severity::Fatal:
-            return "\x1b[1;31m";
-    }
-    return "";
-}
 
 }  // namespace
 
@@ -69,8 +56,7 @@ std::string drawn(const std::vector<WatchLine>& lines, Output::Size size, bool i
     std::string text = "\x1b[H";
     for (const WatchLine& line : shown) {
         const std::string cut = size.columns > 0 ? cutToColumns(line.text, size.columns) : line.text;
-        const std::string colour = inColour ? colourOf(line.severity) : "";
-        text += colour.empty() ? cut : colour + cut + "\x1b[0m";
+        text += inColour ? coloured(cut, line.severity) : cut;
         text += "\x1b[K\n";
     }
     return text + "\x1b[J";

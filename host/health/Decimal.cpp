@@ -3,7 +3,6 @@
 namespace host {
 
 std::string scaledDecimal(std::int64_t value, std::int64_t modifier) {
-    constexpr std::int64_t LARGEST_SHIFT = 18;
     const std::string sign = value < 0 ? "-" : "";
     const auto bits = static_cast<std::uint64_t>(value);
     std::string digits = std::to_string(value < 0 ? 0 - bits : bits);

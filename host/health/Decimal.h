@@ -7,8 +7,11 @@
 
 namespace host {
 
+// The farthest that a point is moved; no real unit needs more.
+constexpr std::int64_t LARGEST_SHIFT = 18;
+
 // value × 10^modifier, exactly, by moving the decimal point: all digits of the value are kept ("42.00" for 4200 and
-// -2). A modifier beyond ±18, which no real unit needs, is written out: "5×10^25".
+// -2). A modifier beyond ±LARGEST_SHIFT is written out: "5×10^25".
 std::string scaledDecimal(std::int64_t value, std::int64_t modifier);
 
 }  // namespace host

@@ -234,6 +234,10 @@ std::string Sensor::withUnit(Number number) const {
     return unit.empty() || !number ? scaled(number) : scaled(number) + ' ' + unit;
 }
 
+std::vector<const char*> sensorKinds() {
+    return {KINDS.begin(), KINDS.end()};
+}
+
 bool isSensor(const Instance& instance) {
     return numberOf(instance, "CurrentReading").has_value();
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "broker/Model.h"
 
@@ -36,10 +37,11 @@ struct Sensor {
     std::int64_t modifier = 0;
     std::string unit;
 
-    Number reading;      // none: there is no reading, see `reason`
-    Number rawReading;   // CurrentReading as the provider gave it; none where it gave no such number
-    std::string reason;  // why there is no reading; empty where there is one; fit for a terminal
-    SensorState state;   // Normal where there is no reading
+    Number reading;                         // none: there is no reading, see `reason`
+    Number rawReading;                      // CurrentReading as the provider gave it; none where it gave no such number
+    std::string reason;                     // why there is no reading; empty where there is one; fit for a terminal
+    std::optional<broker::Status> failure;  // why the provider gave none, where the request for it failed
+    SensorState state;                      // Normal where there is no reading
     Number lowerNonCritical, lowerCritical, lowerFatal;
     Number upperNonCritical, upperCritical, upperFatal;
     Number minReadable, maxReadable;
@@ -62,6 +64,9 @@ struct Sensor {
     // As scaled(), with the unit: "42.00 °C".
     std::string withUnit(Number number) const;
 };
+
+// The words of Sensor::kind() for the types that CIM names.
+std::vector<const char*> sensorKinds();
 
 // Whether the instance has a CurrentReading that is a number, as sensors have.
 bool isSensor(const broker::Instance& instance);

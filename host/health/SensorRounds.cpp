@@ -1,11 +1,13 @@
 #include "health/SensorRounds.h"
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
+#include <thread>
 #include <utility>
 
+#include "health/SensorNames.h"
 #include "source/Answer.h"
-#include "text/Utf8.h"
 
 namespace host {
 namespace {
@@ -13,29 +15,37 @@ namespace {
 using broker::Instance;
 using broker::ObjectPath;
 using broker::Reply;
+using Clock = RoundTiming::Clock;
 
-std::string nameIn(const ObjectPath& path) {
-    const broker::Value* name = path.findKey("Name");
-    return name == nullptr ? "" : name->text;
+// The provider's update interval, and some of its clock's grain and pace.
+constexpr Clock::duration NEXT_READING = std::chrono::milliseconds(1100);
+
+Sensor failed(const std::string& name, const broker::Status& status) {
+    Sensor sensor = Sensor::withoutReading(name, "the provider answered " + statusText(status));
+    sensor.failure = status;
+    return sensor;
 }
 
-bool isDriveSensor(const ObjectPath& path) {
-    return isNameOfDriveSensor(nameIn(path));
-}
+}  // namespace
 
 // One round's requests.
-class Asking {
+class SensorRounds::Asking {
   public:
-    Asking(Source& source, const ObjectPath& classPath) : m_source(source), m_classPath(classPath) {}
+    explicit Asking(SensorRounds& rounds) : m_rounds(rounds), m_source(rounds.m_source), m_before(rounds.m_failures) {}
 
-    Round round() {
-        const Reply names = ask([this] { return m_source.enumerateInstanceNames(m_classPath); });
-        Round round;
-        round.status = names.status;
-        if (names.paths.empty()) return round;
-        if (std::none_of(names.paths.begin(), names.paths.end(), isDriveSensor) && takeAll(round)) return round;
-        for (const ObjectPath& path : names.paths) round.sensors.push_back(single(path));
-        return round;
+    Round round(const ChooseNames* choose) {
+        m_names = ask([this] { return m_source.enumerateInstanceNames(m_rounds.m_classPath); });
+        m_round.status = m_names.status;
+        m_nameTexts = namesIn(m_names.paths);
+        if (m_nameTexts.empty()) return std::move(m_round);
+        std::vector<std::size_t> wanted(m_nameTexts.size());
+        std::iota(wanted.begin(), wanted.end(), 0U);
+        if (choose != nullptr) wanted = (*choose)(m_nameTexts);
+        m_rounds.m_failures.clear();
+        const bool isWorthAll = wanted.size() * 2 > m_nameTexts.size();
+        const bool hasDrives = std::any_of(m_nameTexts.begin(), m_nameTexts.end(), isNameOfDriveSensor);
+        if (!isWorthAll || hasDrives || !m_before.empty() || !takeAll(wanted)) takeEach(wanted);
+        return std::move(m_round);
     }
 
   private:
@@ -48,34 +58,69 @@ class Asking {
         return m_source.restart() ? operation() : reply;
     }
 
-    bool takeAll(Round& round) {
-        const Reply all = ask([this] { return m_source.enumerateInstances(m_classPath); });
-        if (all.status.rc != CMPI_RC_OK) return false;
-        for (const Instance& instance : all.instances) round.sensors.push_back(Sensor::of(instance));
-        return true;
+    // False where the answer is not one instance for each name.
+    bool takeAll(const std::vector<std::size_t>& wanted) {
+        const Reply all = ask([this] { return m_source.enumerateInstances(m_rounds.m_classPath); });
+        if (all.status.rc == CMPI_RC_ERR_FAILED) m_rounds.m_timing.wait(NEXT_READING);
+        if (all.status.rc != CMPI_RC_OK || all.instances.size() != m_names.paths.size()) return false;
+        for (const std::size_t place : wanted) m_round.sensors.push_back(Sensor::of(all.instances.at(place)));
+        const auto isOther = [this, n = std::size_t{0}](std::size_t place) mutable {
+            return m_round.sensors[n++].name != m_nameTexts[place];
+        };
+        if (std::none_of(wanted.begin(), wanted.end(), isOther)) return true;
+        m_round.sensors.clear();
+        return false;
     }
 
-    Sensor single(const ObjectPath& path) {
-        const Reply reply = ask([&] { return m_source.getInstance(path); });
-        if (reply.status.rc != CMPI_RC_OK) {
-            return Sensor::withoutReading(nameIn(path), "the provider answered " + statusText(reply.status));
+    void takeEach(const std::vector<std::size_t>& wanted) {
+        for (const std::size_t place : wanted)
+            m_round.sensors.push_back(single(m_nameTexts.at(place), m_names.paths[place]));
+    }
+
+    Sensor single(const std::string& name, const ObjectPath& path) {
+        const auto before = m_before.find(name);
+        if (before != m_before.end() && m_rounds.m_timing.now() - before->second.time < NEXT_READING) {
+            m_rounds.m_failures.insert(*before);
+            return before->second.sensor;
         }
-        if (reply.instances.empty()) return Sensor::withoutReading(nameIn(path), "the answer is empty");
-        return Sensor::of(reply.instances.front());
+        const Reply reply = ask([&] { return m_source.getInstance(path); });
+        if (reply.status.rc == CMPI_RC_OK && !reply.instances.empty()) return Sensor::of(reply.instances.front());
+        if (reply.status.rc == CMPI_RC_OK) return Sensor::withoutReading(name, "the provider's answer is empty");
+        Sensor sensor = failed(name, reply.status);
+        m_rounds.m_failures[name] = {m_rounds.m_timing.now(), sensor};
+        return sensor;
     }
 
+    SensorRounds& m_rounds;
     Source& m_source;
-    const ObjectPath& m_classPath;
+    const std::map<std::string, Failure> m_before;
+    Reply m_names;
+    std::vector<std::string> m_nameTexts;  // of m_names
+    Round m_round;
     bool m_hasRestarted = false;
 };
 
-}  // namespace
+std::optional<broker::Status> firstFailure(const Round& round) {
+    if (round.status.rc != CMPI_RC_OK) return round.status;
+    for (const Sensor& sensor : round.sensors) {
+        if (sensor.failure) return sensor.failure;
+    }
+    return std::nullopt;
+}
 
-SensorRounds::SensorRounds(Source& source, const std::string& nameSpace)
-    : m_source(source), m_classPath{"", nameSpace, SENSOR_CLASS, {}} {}
+RoundTiming realTiming() {
+    return {Clock::now, [](Clock::duration time) { std::this_thread::sleep_for(time); }};
+}
+
+SensorRounds::SensorRounds(Source& source, const std::string& nameSpace, RoundTiming timing)
+    : m_source(source), m_classPath{"", nameSpace, SENSOR_CLASS, {}}, m_timing(std::move(timing)) {}
 
 Round SensorRounds::next() {
-    return Asking(m_source, m_classPath).round();
+    return Asking(*this).round(nullptr);
+}
+
+Round SensorRounds::next(const ChooseNames& choose) {
+    return Asking(*this).round(&choose);
 }
 
 }  // namespace host

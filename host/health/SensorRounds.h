@@ -2,6 +2,9 @@
 #ifndef ZELSENSORS_HEALTH_SENSORROUNDS_H
 #define ZELSENSORS_HEALTH_SENSORROUNDS_H
 
+#include <chrono>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -16,18 +19,49 @@ struct Round {
     broker::Status status;        // other than 0: the names could not be had, or not all of them
 };
 
+// The first status other than 0 in the round, its own or a sensor's.
+std::optional<broker::Status> firstFailure(const Round& round);
+
+// Which of the names are wanted, by their places; may throw, which ends the round.
+using ChooseNames = std::function<std::vector<std::size_t>(const std::vector<std::string>&)>;
+
+// The clock that the rounds look at, and how they wait; watch waits until it is interrupted.
+struct RoundTiming {
+    using Clock = std::chrono::steady_clock;
+    std::function<Clock::time_point()> now;
+    std::function<void(Clock::duration)> wait;
+};
+RoundTiming realTiming();
+
+// One after the other, of the sensor class in a namespace.
+//
+// The provider takes no second reading within a second, not even after a failure: asked again so soon it gives the
+// value from before, as if all were well. So a round that has to ask again after a failure waits for that second, and
+// rounds that follow each other faster repeat the failure.
 class SensorRounds {
   public:
-    // Asks the source for the sensor class in the namespace; the source must outlive this object.
-    SensorRounds(Source& source, const std::string& nameSpace);
+    // The source must outlive this object.
+    SensorRounds(Source& source, const std::string& nameSpace, RoundTiming timing = realTiming());
 
-    // Asks once. A sensor that fails costs itself alone. After status 16 the source is restarted, once in a round at
-    // most, and asked again. Throws what the source throws.
+    // Asks for all sensors, or those chosen, which come in the order of the choice. Asks for the names first; then for
+    // all instances at once where that is safe, and for each by itself where there are sensors of drives (see
+    // isNameOfDriveSensor()), where few are wanted, and where asking at once has failed: a sensor that fails costs
+    // itself alone. After status 16 the source is restarted, once in a round at most, and asked again. Throws what
+    // the source and the choice throw.
     Round next();
+    Round next(const ChooseNames& choose);
 
   private:
+    class Asking;  // one round
+    struct Failure {
+        RoundTiming::Clock::time_point time;
+        Sensor sensor;  // as it was shown
+    };
+
     Source& m_source;
     broker::ObjectPath m_classPath;
+    RoundTiming m_timing;
+    std::map<std::string, Failure> m_failures;  // of the last round, by name
 };
 
 }  // namespace host

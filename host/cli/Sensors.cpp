@@ -1,0 +1,129 @@
+#include "cli/Sensors.h"
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+
+#include "cli/Failure.h"
+#include "cli/Spelling.h"
+#include "format/SensorsTable.h"
+#include "health/SensorNames.h"
+#include "text/Utf8.h"
+
+namespace host {
+namespace {
+
+std::string mayMeanSeveral(const std::string& word, const std::vector<std::size_t>& places,
+                           const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::size_t place : places) list += (list.empty() ? "" : ", ") + names.at(place);
+    return word + " may mean several: " + list;
+}
+
+// What is near is found among labels and names.
+std::string refusal(const std::string& word, const std::vector<std::string>& names) {
+    std::vector<std::string> candidates;
+    for (const std::string& name : names) candidates.push_back(labelOf(name));
+    candidates.insert(candidates.end(), names.begin(), names.end());
+    const std::string nearest = nearestTo(word, candidates);
+    return "nothing is named " + word + (nearest.empty() ? "" : "; did you mean " + nearest + "?");
+}
+
+// Throws NoSuchName, and UsageError for a beginning of several names.
+std::vector<std::size_t> meantBy(const std::string& word, const std::vector<std::string>& names) {
+    const NameMatch match = namesMeantBy(word, names);
+    if (match.places.empty()) throw NoSuchName(refusal(word, names));
+    if (match.isAmbiguous) throw UsageError(mayMeanSeveral(word, match.places, names));
+    return match.places;
+}
+
+// Each once, in the order of the words.
+std::vector<std::size_t> chosen(const std::vector<std::string>& words, const std::vector<std::string>& names) {
+    std::vector<std::size_t> all;
+    for (const std::string& word : words) {
+        for (const std::size_t place : meantBy(word, names)) {
+            if (std::find(all.begin(), all.end(), place) == all.end()) all.push_back(place);
+        }
+    }
+    return all;
+}
+
+// From the least to the gravest: what cannot be read may be worse than what deserves attention only.
+int gravity(const Sensor& sensor) {
+    if (!sensor.reading) return 2;
+    switch (sensor.state.severity) {
+        case Severity::Normal:
+            return 0;
+        case Severity::NonCritical:
+            return 1;
+        case Severity::Critical:
+            return 3;
+        case Severity::Fatal:
+            return 4;
+    }
+    return 0;
+}
+
+void narrow(std::vector<Sensor>& sensors, const SensorOptions& options) {
+    const auto isUnwanted = [&](const Sensor& sensor) {
+        return (options.onlyProblems && !sensor.isProblem()) ||
+               (!options.kind.empty() && sensor.kind() != options.kind);
+    };
+    sensors.erase(std::remove_if(sensors.begin(), sensors.end(), isUnwanted), sensors.end());
+    if (!options.isWorstFirst) return;
+    std::stable_sort(sensors.begin(), sensors.end(),
+                     [](const Sensor& left, const Sensor& right) { return gravity(left) > gravity(right); });
+}
+
+bool isColoured(Colouring colouring, const Output& output) {
+    return colouring == Colouring::Always || (colouring == Colouring::Auto && output.takesColour());
+}
+
+std::string tableOf(const Round& round, const SensorOptions& options, const std::string& note, const Output& output) {
+    if (round.sensors.empty() && round.status.rc != CMPI_RC_OK) return "";
+    const std::size_t columns = output.isTerminal() ? output.size().columns : 0;
+    const TableLayout layout{output.charset(), columns, options.hasHeader, isColoured(options.colouring, output)};
+    const std::string text = round.sensors.empty() ? "No sensor to show.\n" : sensorsTable(round.sensors, layout);
+    return options.hasHeader ? text + '\n' + shownIn(output.charset(), note) + '\n' : text;
+}
+
+}  // namespace
+
+std::optional<broker::Status> showSensors(const Options& options, Source& source, const std::string& note,
+                                          const std::optional<ChipInfo>& chip, Output& output) {
+    const SensorOptions& wanted = options.sensors;
+    const std::string& nameSpace = options.request.nameSpace;
+    const std::time_t time = std::time(nullptr);
+    SensorRounds rounds(source, nameSpace);
+    Round round = wanted.names.empty()
+                      ? rounds.next()
+                      : rounds.next([&](const std::vector<std::string>& names) { return chosen(wanted.names, names); });
+    const std::optional<broker::Status> failure = firstFailure(round);
+    narrow(round.sensors, wanted);
+    if (options.format == Format::Json) {
+        output.write(sensorsJson(round, nameSpace, time, chip));
+    } else if (options.format == Format::Csv) {
+        output.write(sensorsCsv(round.sensors, wanted.hasHeader));
+    } else {
+        output.write(tableOf(round, wanted, note, output));
+    }
+    return failure;
+}
+
+NamedReply getNamed(const Request& request, Source& source) {
+    broker::Reply reply = ask(source, request);
+    const bool mayBeUnknown = reply.status.rc == CMPI_RC_ERR_FAILED || reply.status.rc == CMPI_RC_ERR_NOT_FOUND;
+    if (!mayBeUnknown) return {std::move(reply), ""};
+    const std::vector<std::string> names =
+        namesIn(source.enumerateInstanceNames({"", request.nameSpace, request.className, {}}).paths);
+    const NameMatch match = namesMeantBy(request.instanceName, names);
+    if (match.places.empty()) return {std::move(reply), names.empty() ? "" : refusal(request.instanceName, names)};
+    if (match.places.size() > 1) throw UsageError(mayMeanSeveral(request.instanceName, match.places, names));
+    Request meant = request;
+    meant.instanceName = names[match.places.front()];
+    // What is there and failed has been asked.
+    if (meant.instanceName == request.instanceName) return {std::move(reply), ""};
+    return {ask(source, meant), ""};
+}
+
+}  // namespace host

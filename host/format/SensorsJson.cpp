@@ -1,0 +1,194 @@
+#include "format/SensorsJson.h"
+
+#include <array>
+#include <nlohmann/json.hpp>
+#include <utility>
+#include <vector>
+
+#include "broker/Names.h"
+#include "health/Decimal.h"
+
+namespace host {
+namespace {
+
+using Json = nlohmann::json;
+
+// Version 1 of the shape; see docs/json.md for what counts as another.
+constexpr int FORMAT_VERSION = 1;
+
+// Members by name. Numbers are written digit by digit, since the library would pass them through floating point.
+class Members {
+  public:
+    explicit Members(std::string indent) : m_indent(std::move(indent)) {}
+
+    Members& add(const char* name, const std::string& json) {
+        m_text += (m_text.empty() ? "{\n" : ",\n") + m_indent + "  \"" + name + "\": " + json;
+        return *this;
+    }
+    std::string text() const { return m_text + '\n' + m_indent + '}'; }
+
+  private:
+    std::string m_indent;
+    std::string m_text;
+};
+
+std::string jsonOf(const std::string& text) {
+    return Json(text).dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
+std::string textOrNull(const std::string& text) {
+    return text.empty() ? "null" : jsonOf(text);
+}
+
+std::string numberOrNull(const std::string& number) {
+    return number.empty() ? "null" : number;
+}
+
+// Exactly, in JSON's and CSV's form; empty for none.
+std::string exactNumber(Number number, std::int64_t modifier) {
+    if (!number) return "";
+    const bool isWritten = modifier >= -LARGEST_SHIFT && modifier <= LARGEST_SHIFT;
+    return isWritten ? scaledDecimal(*number, modifier) : std::to_string(*number) + 'e' + std::to_string(modifier);
+}
+
+std::string utcTime(std::time_t time) {
+    std::tm parts{};
+    gmtime_r(&time, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text.data();
+}
+
+struct NamedLimit {
+    const char* jsonName;
+    const char* column;
+    Number Sensor::*limit;
+};
+constexpr std::array LIMITS{
+    NamedLimit{"lowerNonCritical", "lower_non_critical", &Sensor::lowerNonCritical},
+    NamedLimit{"lowerCritical", "lower_critical", &Sensor::lowerCritical},
+    NamedLimit{"lowerFatal", "lower_fatal", &Sensor::lowerFatal},
+    NamedLimit{"upperNonCritical", "upper_non_critical", &Sensor::upperNonCritical},
+    NamedLimit{"upperCritical", "upper_critical", &Sensor::upperCritical},
+    NamedLimit{"upperFatal", "upper_fatal", &Sensor::upperFatal},
+};
+
+std::string limitsJson(const Sensor& sensor) {
+    Members limits("      ");
+    for (const NamedLimit& each : LIMITS) {
+        limits.add(each.jsonName, numberOrNull(exactNumber(sensor.*each.limit, sensor.modifier)));
+    }
+    return limits.text();
+}
+
+std::string severityOf(const Sensor& sensor) {
+    return sensor.reading ? severityWord(sensor.state.severity) : "";
+}
+
+std::string sideOf(const Sensor& sensor) {
+    if (sensor.state.severity == Severity::Normal) return "";
+    return sensor.state.isHigh ? "high" : "low";
+}
+
+std::string sensorJson(const Sensor& sensor) {
+    return Members("    ")
+        .add("name", jsonOf(sensor.name))
+        .add("kind", jsonOf(sensor.kind()))
+        .add("value", numberOrNull(exactNumber(sensor.reading, sensor.modifier)))
+        .add("unit", textOrNull(sensor.unit))
+        .add("raw", numberOrNull(exactNumber(sensor.rawReading, 0)))
+        .add("limits", limitsJson(sensor))
+        .add("severity", textOrNull(severityOf(sensor)))
+        .add("side", textOrNull(sideOf(sensor)))
+        .add("reason", textOrNull(sensor.reason))
+        .text();
+}
+
+std::string sensorsList(const std::vector<Sensor>& sensors) {
+    std::string text;
+    for (const Sensor& sensor : sensors) text += (text.empty() ? "\n    " : ",\n    ") + sensorJson(sensor);
+    return text.empty() ? "[]" : '[' + text + "\n  ]";
+}
+
+std::string statusJson(const broker::Status& status) {
+    return Members("  ")
+        .add("rc", std::to_string(static_cast<int>(status.rc)))
+        .add("name", jsonOf(broker::nameOfStatus(status.rc)))
+        .add("message", status.message ? jsonOf(*status.message) : "null")
+        .text();
+}
+
+std::string chipJson(const std::optional<ChipInfo>& chip) {
+    if (!chip) return "null";
+    return Members("  ")
+        .add("library", textOrNull(chip->library))
+        .add("simulated", chip->isSimulated ? "true" : "false")
+        .text();
+}
+
+std::string csvField(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+    std::string field = "\"";
+    for (const char c : text) field += c == '"' ? "\"\"" : std::string(1, c);
+    return field + '"';
+}
+
+std::string csvLine(const std::vector<std::string>& fields) {
+    std::string line;
+    for (const std::string& field : fields) line += csvField(field) + ',';
+    line.back() = '\n';
+    return line;
+}
+
+std::vector<std::string> columnNames() {
+    std::vector<std::string> names{"name", "kind", "value", "unit", "raw"};
+    for (const NamedLimit& each : LIMITS) names.emplace_back(each.column);
+    names.insert(names.end(), {"severity", "side", "reason"});
+    return names;
+}
+
+std::vector<std::string> fieldsOf(const Sensor& sensor) {
+    std::vector<std::string> fields{sensor.name, sensor.kind(), exactNumber(sensor.reading, sensor.modifier),
+                                    sensor.unit, exactNumber(sensor.rawReading, 0)};
+    for (const NamedLimit& each : LIMITS) fields.push_back(exactNumber(sensor.*each.limit, sensor.modifier));
+    fields.insert(fields.end(), {severityOf(sensor), sideOf(sensor), sensor.reason});
+    return fields;
+}
+
+}  // namespace
+
+const char* severityWord(Severity severity) {
+    switch (severity) {
+        case Severity::Normal:
+            return "ok";
+        case Severity::NonCritical:
+            return "non-critical";
+        case Severity::Critical:
+            return "critical";
+        case Severity::Fatal:
+            return "fatal";
+    }
+    return "";
+}
+
+std::string sensorsJson(const Round& round, const std::string& nameSpace, std::time_t time,
+                        const std::optional<ChipInfo>& chip) {
+    return Members("")
+               .add("format", std::to_string(FORMAT_VERSION))
+               .add("command", jsonOf("sensors"))
+               .add("time", jsonOf(utcTime(time)))
+               .add("namespace", jsonOf(nameSpace))
+               .add("chip", chipJson(chip))
+               .add("status", statusJson(round.status))
+               .add("sensors", sensorsList(round.sensors))
+               .text() +
+           '\n';
+}
+
+std::string sensorsCsv(const std::vector<Sensor>& sensors, bool hasHeader) {
+    std::string text = hasHeader ? csvLine(columnNames()) : "";
+    for (const Sensor& sensor : sensors) text += csvLine(fieldsOf(sensor));
+    return text;
+}
+
+}  // namespace host

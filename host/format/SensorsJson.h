@@ -1,0 +1,32 @@
+// The model's sensors as programs read them.
+#ifndef ZELSENSORS_FORMAT_SENSORSJSON_H
+#define ZELSENSORS_FORMAT_SENSORSJSON_H
+
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include "health/SensorRounds.h"
+
+namespace host {
+
+// Which chip library the readings come from.
+struct ChipInfo {
+    std::string library;  // a path; empty: the system's, as the loader found it
+    bool isSimulated = false;
+};
+
+// What docs/json.md says of `sensors`; none for the chip where it is not known. `time` is when the round was asked.
+std::string sensorsJson(const Round& round, const std::string& nameSpace, std::time_t time,
+                        const std::optional<ChipInfo>& chip);
+
+// A line for each sensor, and before them one with the names of the columns where it is wanted: RFC 4180, but lines end
+// in a line feed.
+std::string sensorsCsv(const std::vector<Sensor>& sensors, bool hasHeader);
+
+// "ok", "non-critical", "critical" or "fatal".
+const char* severityWord(Severity severity);
+
+}  // namespace host
+
+#endif
