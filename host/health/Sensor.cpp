@@ -107,9 +107,9 @@ void interpretDrive(Sensor& sensor) {
     sensor.unit = "°C";
     keepDriveLimits(sensor);
     if (!sensor.reading) return;
+    if (*sensor.reading == 0) sensor.reason = "the provider gave 0, as it does where a drive cannot be read";
+    if (*sensor.reading == ZERO_KELVIN + DRIVE_WRAP) sensor.reason = "the drive gave 0 K: it has no reading";
     if (*sensor.reading > LARGEST_DRIVE_READING) *sensor.reading -= DRIVE_WRAP;
-    if (*sensor.reading == 0) sensor.reason = "the drive gave 0, which it also does when it cannot be read";
-    if (*sensor.reading == ZERO_KELVIN) sensor.reason = "the drive gave 0 K, which means that it has no reading";
     if (!sensor.reason.empty()) sensor.reading = std::nullopt;
 }
 

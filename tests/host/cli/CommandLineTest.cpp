@@ -179,11 +179,44 @@ TEST(CommandLineTest, TooManyAndTooFewWordsAreNamed) {
     expectWrongUsage({"--format", "json", "names", "--format", "mof"}, "--format is given more than once", "names ");
 }
 
-TEST(CommandLineTest, FormatsAreTheThreeWords) {
-    for (const std::string word : {"xml", "csv", "1", "JSON", ""}) {
+TEST(CommandLineTest, FormatsAreTheFourWords) {
+    for (const std::string word : {"xml", "1", "JSON", ""}) {
         expectWrongUsage({"instances", "--format", word.c_str()},
-                         "--format: '" + word + "' is not one of table, json, mof", "instances ");
+                         "--format: '" + word + "' is not one of table, json, mof, csv", "instances ");
     }
+}
+
+TEST(CommandLineTest, EachFormatIsTakenWhereTheCommandHasIt) {
+    EXPECT_EQ(read({"sensors", "--format", "csv"}).options.format, Format::Csv);
+    EXPECT_EQ(read({"sensors", "--format", "json"}).options.format, Format::Json);
+    expectWrongUsage({"instances", "--format", "csv"}, "instances has no CSV format; sensors has one", "instances ");
+    expectWrongUsage({"sensors", "--format", "mof"}, "sensors has no MOF format", "sensors ");
+    expectWrongUsage({"verify", "--format", "mof"}, "verify has no MOF format", "verify ");
+}
+
+TEST(CommandLineTest, SensorsTakesNamesAndItsOptions) {
+    const Read plain = read({"sensors"});
+    ASSERT_EQ(plain.ended, std::nullopt) << plain.errors;
+    EXPECT_EQ(plain.options.request.command, Command::Sensors);
+    EXPECT_TRUE(plain.options.sensors.hasHeader);
+    EXPECT_FALSE(plain.options.sensors.onlyProblems);
+    const host::SensorOptions all = read({"sensors", "a", "b*", "--problems", "--type", "fan", "--sort", "severity",
+                                          "--color", "never", "--no-header"})
+                                        .options.sensors;
+    EXPECT_THAT(all.names, testing::ElementsAre("a", "b*"));
+    EXPECT_TRUE(all.onlyProblems && all.isWorstFirst && !all.hasHeader);
+    EXPECT_EQ(all.kind, "fan");
+    EXPECT_EQ(all.colouring, host::Colouring::Never);
+}
+
+TEST(CommandLineTest, SensorsRefusesWordsWithoutSense) {
+    expectWrongUsage({"sensors", "--color", "red"}, "--color: 'red' is not one of auto, always, never", "sensors ");
+    expectWrongUsage({"sensors", "--sort", "name"}, "--sort: 'name' is not severity", "sensors ");
+    expectWrongUsage({"sensors", "--type", "tachometer"},
+                     "--type: 'tachometer' is not one of unknown, other, temperature, voltage, current, fan, counter, "
+                     "switch, lock, humidity, smoke, presence, air-flow, power, power-production, pressure, intrusion",
+                     "sensors ");
+    expectWrongUsage({"instances", "--problems"}, "instances has no option --problems", "instances ");
 }
 
 TEST(CommandLineTest, WatchRefusesNumbersWithoutSense) {

@@ -106,10 +106,24 @@ TEST_F(ProgramTest, OneInstanceAsTable) {
 }
 
 TEST_F(ProgramTest, UnknownNameIsAnError) {
-    const ProgramEnd end = run({"get", "cpu(00000001)"});
+    const ProgramEnd end = run({"get", "CPU2"});
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(end.errors, "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n");
+    EXPECT_EQ(end.errors,
+              "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n"
+              "zelhost: nothing is named CPU2; did you mean CPU?\n");
+}
+
+TEST_F(ProgramTest, GetUnderstandsLabelsHandlesBeginningsAndPatterns) {
+    for (const char* word : {"cpu", "00000001", "0x1", "c", "*1)"}) {
+        const ProgramEnd end = run({"get", word});
+        EXPECT_EQ(end.exitCode, 0) << word << end.errors;
+        EXPECT_THAT(end.output, StartsWith("root/cimv2:TQS_NumericSensor.Name=\"CPU(00000001)\"\n"));
+    }
+    const ProgramEnd several = run({"get", "*"});
+    EXPECT_EQ(several.exitCode, 2);
+    EXPECT_EQ(several.output, "");
+    EXPECT_EQ(several.errors, "zelhost: * may mean several: CPU(00000001), Bad\\x1b[2J(0000001a)\n");
 }
 
 TEST_F(ProgramTest, EventLog) {

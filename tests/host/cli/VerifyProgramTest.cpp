@@ -229,7 +229,7 @@ TEST_F(VerifyProgramTest, MissingSchemaAndMofFormatAreWrongUsage) {
                                   " cannot be read (No such file or directory)\n");
     const ProgramEnd format = run({"verify", "--format", "mof"});
     EXPECT_EQ(format.exitCode, 2);
-    EXPECT_EQ(format.errors, "zelhost: verify has no MOF format\n");
+    EXPECT_EQ(format.errors, "zelhost: verify has no MOF format\nSee zelhost verify --help.\n");
 }
 
 TEST_F(VerifyProgramTest, ProviderThatCannotBeLoadedIsThree) {
