@@ -1,6 +1,7 @@
-// Terminals of any sensors, some of which fail, and source that may be down at first: each round of the model must show
+// Terminals of any sensors, some of which fail, and a source that may be down: each round of the model must show
 // every sensor once, in order, as a plain reading of its numbers says; a failing one costs itself alone; no instances
 // are enumerated where a drive is; the source is restarted once in a round at most.
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <set>
@@ -19,11 +20,12 @@ using broker::ObjectPath;
 using broker::Reply;
 using host::RoundTiming;
 
-constexpr unsigned MOST_SENSORS = 12;
+constexpr unsigned MOST_SENSORS = 7;
 
 struct Terminal {
     struct Place {
         NaiveSensor sensor;
+        broker::Instance instance;
         CMPIrc failure = CMPI_RC_OK;
     };
     std::vector<Place> places;
@@ -36,7 +38,7 @@ struct Terminal {
         Reply reply;
         if (isDown) reply.status.rc = CMPI_RC_ERR_METHOD_NOT_AVAILABLE;
         if (isDown) return reply;
-        for (const Place& place : places) reply.paths.push_back(place.sensor.instance().path);
+        for (const Place& place : places) reply.paths.push_back(place.instance.path);
         return reply;
     }
     Reply instances() {
@@ -45,7 +47,7 @@ struct Terminal {
         for (const Place& place : places) {
             reply.status.rc = place.failure;
             if (place.failure != CMPI_RC_OK) break;
-            reply.instances.push_back(place.sensor.instance());
+            reply.instances.push_back(place.instance);
         }
         return reply;
     }
@@ -54,7 +56,7 @@ struct Terminal {
         for (const Place& place : places) {
             if (place.sensor.name != name) continue;
             reply.status.rc = place.failure;
-            if (place.failure == CMPI_RC_OK) reply.instances.push_back(place.sensor.instance());
+            if (place.failure == CMPI_RC_OK) reply.instances.push_back(place.instance);
         }
         return reply;
     }
@@ -69,7 +71,9 @@ Terminal takeTerminal(Input& input) {
     terminal.canRestart = (flags & 4) != 0;
     std::set<std::string> names;
     for (unsigned left = input.choice(MOST_SENSORS); left > 0; --left) {
-        Terminal::Place place{NaiveSensor::made([&input](unsigned count) { return input.choice(count); })};
+        Terminal::Place place;
+        place.sensor = NaiveSensor::made([&input](unsigned count) { return input.choice(count); });
+        place.instance = place.sensor.instance();
         if (!names.insert(place.sensor.name).second) continue;
         if (input.choice(8) == 7) place.failure = failures.at(input.choice(failures.size()));
         terminal.places.push_back(std::move(place));

@@ -63,6 +63,7 @@ std::string nameOf(const Instance& instance) {
 // The number of the drive, from 1, whose sensor has the name; 0 where it is no such name.
 int driveNumberIn(const std::string& name) {
     constexpr int DRIVES = 10;
+    if (name.rfind("SSD", 0) != 0) return 0;
     for (int number = 1; number <= DRIVES; ++number) {
         std::array<char, 9> hexadecimal{};
         std::snprintf(hexadecimal.data(), hexadecimal.size(), "%08x", static_cast<unsigned>(number));
