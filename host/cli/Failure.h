@@ -8,9 +8,10 @@ namespace host {
 
 enum ExitCode : int {
     Fine = 0,
-    AnsweredError = 1,  // the provider's answer was an error or against the schema, or our output cannot be written
+    AnsweredError = 1,  // the provider's answer was an error or against the schema; also want of memory and the like
     WrongUsage = 2,     // also a schema that cannot be read
     NotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
+    NotWritten = 4,     // our output could not be written (OutputError)
     BrokenPipe = 141,   // what a shell shows for an end by SIGPIPE, which is how the program ends then
 };
 

@@ -20,10 +20,11 @@ constexpr const char* FOOTER =
     "\n"
     "Exit codes:\n"
     "  0  fine\n"
-    "  1  the provider's answer was an error (its CIM status is on standard error), verify found a\n"
-    "     problem, or the output could not be written\n"
+    "  1  the provider's answer was an error (its CIM status is on standard error), or verify found a\n"
+    "     problem\n"
     "  2  wrong usage, or a schema that cannot be read\n"
-    "  3  the provider or the chip library could not be loaded\n";
+    "  3  the provider or the chip library could not be loaded\n"
+    "  4  the output could not be written\n";
 
 constexpr const char* COMMON_GROUP = "Options of every command";
 constexpr const char* SPECIAL_GROUP = "Options of some commands";

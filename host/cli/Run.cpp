@@ -165,6 +165,8 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
         }
     } catch (const ReaderGone&) {
         return ExitCode::BrokenPipe;
+    } catch (const OutputError& failure) {
+        return complain(errors, failure, ExitCode::NotWritten);
     } catch (const UsageError& failure) {
         return complain(errors, failure, ExitCode::WrongUsage);
     } catch (const SchemaError& failure) {

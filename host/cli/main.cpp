@@ -31,6 +31,9 @@ int runReported(int count, char** arguments) {
         return runProgram(count, arguments);
     } catch (const host::ReaderGone&) {
         return host::ExitCode::BrokenPipe;
+    } catch (const host::OutputError& failure) {
+        std::fprintf(stderr, "zelhost: %s\n", failure.what());
+        return host::ExitCode::NotWritten;
     } catch (const host::UsageError& failure) {
         std::fprintf(stderr, "zelhost: %s\n", failure.what());
         return host::ExitCode::WrongUsage;
@@ -44,7 +47,7 @@ int runReported(int count, char** arguments) {
 int endWithoutReader(bool isSignalIgnored) {
     if (isSignalIgnored) {
         std::fprintf(stderr, "zelhost: the output cannot be written: %s\n", std::strerror(EPIPE));
-        return host::ExitCode::AnsweredError;
+        return host::ExitCode::NotWritten;
     }
     std::signal(SIGPIPE, SIG_DFL);
     std::raise(SIGPIPE);

@@ -246,6 +246,7 @@ TEST(CommandLineTest, HelpIsFineAndTellsTheExitCodes) {
     EXPECT_EQ(result.ended, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, HasSubstr("Exit codes:\n  0  fine\n"));
+    EXPECT_THAT(result.output, HasSubstr("\n  4  the output could not be written\n"));
     EXPECT_THAT(result.output, HasSubstr("--chip system"));
     for (const char* option : {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS",
                                "--count ROUNDS", "--language NAME", "--schema FILE"}) {

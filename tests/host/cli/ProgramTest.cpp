@@ -354,11 +354,12 @@ TEST_F(ProgramTest, HelpIsFine) {
     EXPECT_EQ(end.errors, "");
 }
 
-TEST_F(ProgramTest, FullDiskIsTold) {
-    for (const Arguments& arguments : {Arguments{"names"}, Arguments{"--help"}}) {
+TEST_F(ProgramTest, OutputThatCannotBeWrittenIsFour) {
+    for (const Arguments& arguments :
+         {Arguments{"names"}, Arguments{"--help"}, Arguments{"watch", "--count", "1"}, Arguments{"verify"}}) {
         const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
         const int errors = makeMemoryFile();
-        EXPECT_EQ(waitForProgram(startProgram(arguments, {full, errors, {}})), 1);
+        EXPECT_EQ(waitForProgram(startProgram(arguments, {full, errors, {}})), 4);
         EXPECT_EQ(takeContents(errors), "zelhost: the output cannot be written: No space left on device\n");
         close(full);
         close(errors);
@@ -399,7 +400,7 @@ TEST_F(ProgramTest, ProviderIsCleanedUpThoughTheReaderIsGone) {
 
 TEST_F(ProgramTest, WhereTheSignalIsIgnoredAReaderThatIsGoneIsTold) {
     const ProgramEnd end = runUnread({"-c", "trap '' PIPE; exec " ZELHOST " instances"}, "/bin/sh");
-    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.exitCode, 4);
     EXPECT_EQ(end.errors, "zelhost: the output cannot be written: Broken pipe\n");
 }
 
