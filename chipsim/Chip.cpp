@@ -8,7 +8,7 @@
 
 namespace {
 
-// Null, with one message on standard error, where the scenario cannot be used.
+// Null, with what is wrong on standard error, where the scenario cannot be used.
 Terminal* makeTerminal() {
     try {
         return new Terminal(loadScenario());

@@ -34,26 +34,39 @@ Values shared(std::vector<int> values) {
     return std::make_shared<const std::vector<int>>(std::move(values));
 }
 
+// In these three a number that is a mistake leaves the widest range to those that are measured by it.
+
 Values sine(const TableReader& reading) {
-    const int middle = reading.integer("middle");
-    const Range room = {0, std::min(ANY_INT.highest - middle, middle - ANY_INT.lowest)};
-    const auto amplitude =
-        reading.number("amplitude", {0, std::min<std::int64_t>(room.highest, std::numeric_limits<int>::max())});
-    return shared(sineValues(middle, static_cast<int>(amplitude),
-                             static_cast<unsigned>(reading.number("period", STEPS_PER_ROUND))));
+    int middle = 0;
+    int amplitude = 0;
+    unsigned period = 1;
+    reading.collect([&] { middle = reading.integer("middle"); });
+    const std::int64_t room = std::min(ANY_INT.highest - middle, middle - ANY_INT.lowest);
+    reading.collect([&] {
+        amplitude = static_cast<int>(reading.number("amplitude", {0, std::min(room, ANY_INT.highest)}));
+    });
+    reading.collect([&] { period = static_cast<unsigned>(reading.number("period", STEPS_PER_ROUND)); });
+    return shared(sineValues(middle, amplitude, period));
 }
 
 Values ramp(const TableReader& reading) {
-    return shared(rampValues(reading.integer("from"), reading.integer("to"),
-                             static_cast<unsigned>(reading.number("steps", STEPS_PER_ROUND))));
+    int first = 0;
+    int last = 0;
+    unsigned steps = 1;
+    reading.collect([&] { first = reading.integer("from"); });
+    reading.collect([&] { last = reading.integer("to"); });
+    reading.collect([&] { steps = static_cast<unsigned>(reading.number("steps", STEPS_PER_ROUND)); });
+    return shared(rampValues(first, last, steps));
 }
 
 WalkBounds walkBounds(const TableReader& reading) {
-    WalkBounds bounds{};
-    bounds.lowest = reading.integer("min");
-    bounds.highest = static_cast<int>(reading.number("max", {bounds.lowest, ANY_INT.highest}));
-    bounds.start = static_cast<int>(reading.number("start", {bounds.lowest, bounds.highest}));
-    bounds.step = static_cast<int>(reading.number("step", {1, ANY_INT.highest}));
+    WalkBounds bounds{0, 1, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+    reading.collect([&] { bounds.lowest = reading.integer("min"); });
+    reading.collect([&] {
+        bounds.highest = static_cast<int>(reading.number("max", {bounds.lowest, ANY_INT.highest}));
+    });
+    reading.collect([&] { bounds.start = static_cast<int>(reading.number("start", {bounds.lowest, bounds.highest})); });
+    reading.collect([&] { bounds.step = static_cast<int>(reading.number("step", {1, ANY_INT.highest})); });
     return bounds;
 }
 
@@ -91,8 +104,8 @@ MovementReader::MovementReader(const TableReader& sensor, std::uint64_t seed) : 
     const TableReader reading = sensor.table("reading", "reading", describe(ANY_INT) + " or a table with 'kind'");
     const auto kind = static_cast<MovementKind>(reading.word("kind", KINDS));
     reading.allowOnly(readingKeys(kind));
-    readSteps(reading);
-    readValues(reading, kind);
+    reading.collect([&] { readSteps(reading); });
+    reading.collect([&] { readValues(reading, kind); });
 }
 
 Movement MovementReader::movementOf(unsigned handle, std::uint64_t copy) const {
@@ -121,7 +134,7 @@ void MovementReader::readValues(const TableReader& reading, MovementKind kind) {
             m_movement.values = shared({reading.integer("value")});
             break;
         case MovementKind::Series:
-            m_movement.values = shared(reading.integers("values"));
+            reading.collect([&] { m_movement.values = shared(reading.integers("values")); });
             m_movement.atEnd = atEnd(reading, byClock);
             break;
         case MovementKind::Sine:

@@ -13,10 +13,10 @@ enum class MovementKind;
 // Reads from a [[sensor]] table how the sensor's reading moves.
 class MovementReader {
   public:
-    // Throws ScenarioError.
+    // Takes down mistakes inside the table `reading`; throws Mistake where there is no such table.
     MovementReader(const TableReader& sensor, std::uint64_t seed);
 
-    // For one of the table's sensors: `copy` counts them from 0.
+    // For one of the table's sensors: `copy` counts them from 0. Not after mistakes.
     Movement movementOf(unsigned handle, std::uint64_t copy) const;
 
   private:

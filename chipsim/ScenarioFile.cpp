@@ -8,6 +8,7 @@
 #include <fstream>
 #include <limits>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -60,17 +61,18 @@ constexpr NumberKey OPTIONAL_NUMBERS[] = {
 
 CSensorInformation readInformation(const TableReader& sensor) {
     CSensorInformation information{};
-    information.name = sensor.text("name");
-    information.sensorType = sensor.code("sensor-type", sensorTypeWords());
-    if (sensor.has("other-sensor-type-description")) {
+    sensor.collect([&] { information.name = sensor.text("name"); });
+    sensor.collect([&] { information.sensorType = sensor.code("sensor-type", sensorTypeWords()); });
+    sensor.collect([&] {
+        if (!sensor.has("other-sensor-type-description")) return;
         information.otherSensorTypeDescription = sensor.text("other-sensor-type-description");
-    }
-    information.baseUnits = sensor.code("base-units", baseUnitsWords());
-    information.rateUnits = sensor.code("rate-units", rateUnitsWords());
-    information.unitModifier = sensor.integer("unit-modifier", 0);
-    information.isLinear = sensor.boolean("is-linear", true);
+    });
+    sensor.collect([&] { information.baseUnits = sensor.code("base-units", baseUnitsWords()); });
+    sensor.collect([&] { information.rateUnits = sensor.code("rate-units", rateUnitsWords()); });
+    sensor.collect([&] { information.unitModifier = sensor.integer("unit-modifier", 0); });
+    sensor.collect([&] { information.isLinear = sensor.boolean("is-linear", true); });
     for (const NumberKey& number : OPTIONAL_NUMBERS) {
-        information.*number.member = sensor.integer(number.key, NOT_AVAILABLE);
+        sensor.collect([&] { information.*number.member = sensor.integer(number.key, NOT_AVAILABLE); });
     }
     return information;
 }
@@ -89,18 +91,25 @@ std::string numbered(std::string name, std::uint64_t number) {
     return name;
 }
 
-// Reads the whole file, part by part.
+// Reads the whole file, part by part, and collects its mistakes.
 class ScenarioReader {
   public:
     ScenarioReader(std::string_view text, const std::string& name) : m_file(TableReader::ofFile(text, name)) {}
 
     Scenario read() {
         m_file.allowOnly({"model", "seed", "sensor", "event-log", "fault"});
-        m_scenario.model = static_cast<Model>(m_file.word("model", MODELS, static_cast<int>(Model::None)));
-        m_seed = static_cast<std::uint64_t>(m_file.number("seed", {0, UINT32_TOP}, 1));
-        for (const TableReader& sensor : m_file.tables("sensor")) addSensors(sensor);
-        readEventLog();
-        for (const TableReader& fault : m_file.tables("fault")) addFault(fault);
+        m_file.collect([&] {
+            m_scenario.model = static_cast<Model>(m_file.word("model", MODELS, static_cast<int>(Model::None)));
+        });
+        m_file.collect([&] { m_seed = static_cast<std::uint64_t>(m_file.number("seed", {0, UINT32_TOP}, 1)); });
+        m_areHandlesKnown = m_file.collect([&] {
+            for (const TableReader& sensor : m_file.tables("sensor")) addSensors(sensor);
+        }) && m_areHandlesKnown;
+        m_file.collect([&] { readEventLog(); });
+        m_file.collect([&] {
+            for (const TableReader& fault : m_file.tables("fault")) addFault(fault);
+        });
+        m_file.throwMistakes();
         return std::move(m_scenario);
     }
 
@@ -115,17 +124,32 @@ class ScenarioReader {
 
     void addSensors(const TableReader& sensor) {
         allowSensorKeys(sensor);
-        const auto count = static_cast<std::uint64_t>(sensor.number("count", COUNT, 1));
-        const auto first = sensor.number("handle", {0, UINT32_TOP + 1 - static_cast<std::int64_t>(count)});
+        std::int64_t count = 1;
+        std::int64_t first = 0;
+        bool isKnown = sensor.collect([&] { count = sensor.number("count", COUNT, 1); });
+        isKnown &= sensor.collect([&] { first = sensor.number("handle", {0, UINT32_TOP + 1 - count}); });
+        isKnown &= sensor.collect([&] {
+            for (std::int64_t copy = 0; isKnown && copy < count; ++copy) {
+                claimHandle(sensor, static_cast<unsigned>(first + copy));
+            }
+        });
+        m_areHandlesKnown &= isKnown;
         const CSensorInformation information = readInformation(sensor);
-        const MovementReader movement(sensor, m_seed);
-        for (std::uint64_t copy = 0; copy < count; ++copy) {
-            const auto handle = static_cast<unsigned>(static_cast<std::uint64_t>(first) + copy);
-            claimHandle(sensor, handle);
-            m_scenario.sensors.push_back({handle, information, movement.movementOf(handle, copy)});
+        std::optional<MovementReader> movement;
+        sensor.collect([&] { movement.emplace(sensor, m_seed); });
+        if (!sensor.hasMistakes()) addCopies(sensor, {static_cast<unsigned>(first), information, {}}, count, *movement);
+    }
+
+    // So many sensors, from the first on.
+    void addCopies(const TableReader& sensor, const SimulatedSensor& first, std::int64_t count,
+                   const MovementReader& movement) {
+        for (std::int64_t copy = 0; copy < count; ++copy) {
+            const unsigned handle = first.handle + static_cast<unsigned>(copy);
+            const auto ahead = static_cast<std::uint64_t>(copy);
+            m_scenario.sensors.push_back({handle, first.information, movement.movementOf(handle, ahead)});
             if (sensor.has("count")) {
                 std::string& name = m_scenario.sensors.back().information.name;
-                name = numbered(name, copy + 1);
+                name = numbered(name, ahead + 1);
             }
         }
     }
@@ -143,28 +167,36 @@ class ScenarioReader {
         if (!m_file.has("event-log")) return;
         const TableReader reader = m_file.table("event-log", "[event-log]", "one [event-log] table");
         reader.allowOnly({"valid", "full", "multiple-event-count-increment", "multiple-event-time-window", "lines"});
-        log.logValid = reader.boolean("valid", true) ? 1 : 0;
-        log.logFull = reader.boolean("full", false) ? 1 : 0;
-        log.multipleEventCountIncrement =
-            static_cast<unsigned char>(reader.number("multiple-event-count-increment", ANY_BYTE, 0));
-        log.multipleEventTimeWindow =
-            static_cast<unsigned char>(reader.number("multiple-event-time-window", ANY_BYTE, 0));
-        log.lines = reader.texts("lines");
+        reader.collect([&] { log.logValid = reader.boolean("valid", true) ? 1 : 0; });
+        reader.collect([&] { log.logFull = reader.boolean("full", false) ? 1 : 0; });
+        const auto byte = [&](std::string_view key) {
+            return static_cast<unsigned char>(reader.number(key, ANY_BYTE, 0));
+        };
+        reader.collect([&] { log.multipleEventCountIncrement = byte("multiple-event-count-increment"); });
+        reader.collect([&] { log.multipleEventTimeWindow = byte("multiple-event-time-window"); });
+        reader.collect([&] { log.lines = reader.texts("lines"); });
     }
 
     void addFault(const TableReader& reader) {
         reader.allowOnly({"operation", "handle", "from-call", "calls", "status", "delay-ms"});
         constexpr Range anyCount = {1, UINT32_TOP};
         SimulatedFault fault;
-        fault.operation = static_cast<Operation>(reader.word("operation", OPERATIONS));
-        if (reader.has("handle")) fault.handle = faultHandle(reader, fault.operation);
-        fault.fromCall = static_cast<std::uint64_t>(reader.number("from-call", anyCount, 1));
-        if (reader.has("calls")) fault.calls = static_cast<std::uint64_t>(reader.number("calls", anyCount));
-        fault.delayMilliseconds = static_cast<unsigned>(reader.number("delay-ms", DELAY_MILLISECONDS, 0));
-        // A fault that only delays may leave the status out.
-        if (!reader.has("delay-ms") || reader.has("status")) {
+        fault.operation = Operation::Read;  // takes a handle, so that a mistake here does not make one of the handle
+        reader.collect([&] { fault.operation = static_cast<Operation>(reader.word("operation", OPERATIONS)); });
+        reader.collect([&] {
+            if (reader.has("handle")) fault.handle = faultHandle(reader, fault.operation);
+        });
+        reader.collect([&] { fault.fromCall = static_cast<std::uint64_t>(reader.number("from-call", anyCount, 1)); });
+        reader.collect([&] {
+            if (reader.has("calls")) fault.calls = static_cast<std::uint64_t>(reader.number("calls", anyCount));
+        });
+        reader.collect(
+            [&] { fault.delayMilliseconds = static_cast<unsigned>(reader.number("delay-ms", DELAY_MILLISECONDS, 0)); });
+        reader.collect([&] {
+            // A fault that only delays may leave the status out.
+            if (reader.has("delay-ms") && !reader.has("status")) return;
             fault.status = static_cast<sscode>(reader.number("status", {1, UINT32_TOP}));
-        }
+        });
         m_scenario.faults.push_back(fault);
     }
 
@@ -173,7 +205,7 @@ class ScenarioReader {
         if (operation != Operation::Information && operation != Operation::Read) {
             reader.wrong("handle", "given", "it with the operations information and read only");
         }
-        if (m_handleLines.count(static_cast<unsigned>(handle)) == 0) {
+        if (m_areHandlesKnown && m_handleLines.count(static_cast<unsigned>(handle)) == 0) {
             reader.wrong("handle", hexadecimal(handle), "the handle of a sensor of this file");
         }
         return static_cast<unsigned>(handle);
@@ -183,6 +215,7 @@ class ScenarioReader {
     Scenario m_scenario;
     std::uint64_t m_seed = 1;
     std::map<unsigned, std::uint64_t> m_handleLines;  // where each handle was given
+    bool m_areHandlesKnown = true;                    // no sensor's handles are a mistake
 };
 
 std::string readFile(const std::string& path) {
@@ -199,8 +232,12 @@ std::string readFile(const std::string& path) {
 
 }  // namespace
 
+Scenario readScenario(const std::string& path) {
+    return ScenarioReader(readFile(path), path).read();
+}
+
 Scenario loadScenario() {
     const char* path = std::getenv("ZELCHIP_SCENARIO");
     if (path == nullptr || *path == '\0') return ScenarioReader(BUILTIN_SCENARIO, "built-in scenario").read();
-    return ScenarioReader(readFile(path), path).read();
+    return readScenario(path);
 }

@@ -56,17 +56,18 @@ const char* typeName(const toml::node& node) {
     // A quoted key may hold any character, but the message is one line.
     std::replace_if(
         message.begin(), message.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
-    throw ScenarioError(message);
+    throw Mistake(line, message);
 }
 
 struct File {
     std::string name;
     toml::table root;
+    std::vector<Mistake> mistakes;
 };
 
 File parsed(std::string_view text, const std::string& name) {
     try {
-        return {name, toml::parse(asciiToml(text), std::string_view(name))};
+        return {name, toml::parse(asciiToml(text), std::string_view(name)), {}};
     } catch (const NotToml& error) {
         fail(name, error.line(), error.what(), "valid TOML");
     } catch (const toml::parse_error& error) {
@@ -77,7 +78,7 @@ File parsed(std::string_view text, const std::string& name) {
 }  // namespace
 
 struct TableReader::Table {
-    std::shared_ptr<const File> file;
+    std::shared_ptr<File> file;
     const toml::table& nodes;
     std::string where;
 
@@ -135,15 +136,46 @@ std::string describe(const Range& range) {
 TableReader::TableReader(std::shared_ptr<const Table> table) : m_table(std::move(table)) {}
 
 TableReader TableReader::ofFile(std::string_view text, const std::string& name) {
-    const auto file = std::make_shared<const File>(parsed(text, name));
-    return TableReader(std::make_shared<const Table>(Table{file, file->root, "the file"}));
+    try {
+        const auto file = std::make_shared<File>(parsed(text, name));
+        return TableReader(std::make_shared<const Table>(Table{file, file->root, "the file"}));
+    } catch (const Mistake& mistake) {
+        throw ScenarioError(mistake.what());
+    }
+}
+
+bool TableReader::collect(const std::function<void()>& reading) const {
+    try {
+        reading();
+        return true;
+    } catch (const Mistake& mistake) {
+        m_table->file->mistakes.push_back(mistake);
+        return false;
+    }
+}
+
+bool TableReader::hasMistakes() const {
+    return !m_table->file->mistakes.empty();
+}
+
+void TableReader::throwMistakes() const {
+    std::vector<Mistake>& mistakes = m_table->file->mistakes;
+    if (mistakes.empty()) return;
+    std::stable_sort(mistakes.begin(), mistakes.end(),
+                     [](const Mistake& left, const Mistake& right) { return left.line() < right.line(); });
+    std::string text;
+    for (const Mistake& mistake : mistakes) text.append(text.empty() ? "" : "\n").append(mistake.what());
+    throw ScenarioError(text);
 }
 
 void TableReader::allowOnly(const std::vector<std::string_view>& keys) const {
-    for (const auto& [key, node] : m_table->nodes) {
-        if (std::find(keys.begin(), keys.end(), key.str()) != keys.end()) continue;
-        fail(m_table->file->name, key.source().begin.line,
-             "unknown key '" + std::string(key.str()) + "' in " + m_table->where, "one of " + joined(keys));
+    for (const auto& [name, node] : m_table->nodes) {
+        if (std::find(keys.begin(), keys.end(), name.str()) != keys.end()) continue;
+        const toml::key& key = name;
+        collect([&] {
+            fail(m_table->file->name, key.source().begin.line,
+                 "unknown key '" + std::string(key.str()) + "' in " + m_table->where, "one of " + joined(keys));
+        });
     }
 }
 

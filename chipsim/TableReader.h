@@ -1,11 +1,14 @@
 // Reads the tables of a TOML file strictly: an unknown key, a missing one, and a value of another type or out of range
-// each throw a ScenarioError that names file and line, what is wrong, and what was expected.
+// are mistakes, each told with file and line, what is wrong, and what was expected. What reads a value throws the
+// mistake; collect() takes it down, so that the rest of the file is read too.
 #ifndef ZELSENSORS_CHIPSIM_TABLEREADER_H
 #define ZELSENSORS_CHIPSIM_TABLEREADER_H
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,15 +22,35 @@ struct Range {
 
 constexpr Range ANY_INT = {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
 
+// One mistake of a file.
+class Mistake : public std::runtime_error {
+  public:
+    Mistake(std::uint64_t line, const std::string& what) : std::runtime_error(what), m_line(line) {}
+    std::uint64_t line() const { return m_line; }
+
+  private:
+    std::uint64_t m_line;
+};
+
 // "an integer from 0 to 255"
 std::string describe(const Range& range);
 
-// One table. Copies read the same one; each keeps the whole file.
+// One table. Copies read the same one; each keeps the whole file, and the mistakes of all its tables. What reads throws
+// Mistake.
 class TableReader {
   public:
-    // The file's root table. `name` is how messages call the file.
+    // The file's root table. `name` is how messages call the file. Throws ScenarioError for what is no TOML.
     static TableReader ofFile(std::string_view text, const std::string& name);
 
+    // Does the reading, and takes down the mistake that it throws; false then. For what can be judged by itself:
+    // nothing that is read afterwards may rest on a value that the mistake has kept away.
+    bool collect(const std::function<void()>& reading) const;
+    // Of any of the file's tables, so far.
+    bool hasMistakes() const;
+    // Throws ScenarioError where mistakes have been taken down.
+    void throwMistakes() const;
+
+    // Takes down every key that is none of these.
     void allowOnly(const std::vector<std::string_view>& keys) const;
     bool has(std::string_view key) const;
 

@@ -1,6 +1,6 @@
 // The simulator's reader of scenario files. The input is the file. It is either accepted, and then makes a terminal
-// that answers as the file's own lists say, or refused with one line of the form "file:line: what is wrong, expected
-// what", whose line is one of the file's.
+// that answers as the file's own lists say, or refused with lines of the form "file:line: what is wrong, expected
+// what", whose line is one of the file's, in the file's order.
 #include <ScenarioFile.h>
 #include <Terminal.h>
 #include <sys/mman.h>
@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "Property.h"
@@ -47,7 +48,8 @@ bool isControl(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
 }
 
-void checkMessage(const std::string& message, const std::string& contents) {
+// Gives the number of the line.
+long checkMessage(const std::string& message, const std::string& contents) {
     const std::string start = scenarioFile().path() + ":";
     require(message.rfind(start, 0) == 0, "a message begins with the file's name");
     const std::size_t digits = message.find_first_not_of("0123456789", start.size());
@@ -60,6 +62,18 @@ void checkMessage(const std::string& message, const std::string& contents) {
         fail("line " + std::to_string(line) + " of " + std::to_string(lines) + ": " + message);
     require(message.find(", expected ") != std::string::npos, "a message says what was expected");
     require(std::none_of(message.begin(), message.end(), isControl), "a message is one line");
+    return line;
+}
+
+void checkMessages(const std::string& messages, const std::string& contents) {
+    long last = 0;
+    std::istringstream lines(messages);
+    for (std::string message; std::getline(lines, message);) {
+        const long line = checkMessage(message, contents);
+        require(line >= last, "the messages come in the order of the lines");
+        last = line;
+    }
+    require(last > 0, "a refusal has a message");
 }
 
 void checkSensor(Terminal& terminal, const SimulatedSensor& sensor) {
@@ -101,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         checkScenario(loadScenario());
     } catch (const ScenarioError& error) {
-        checkMessage(error.what(), contents);
+        checkMessages(error.what(), contents);
     }
     return 0;
 }
