@@ -824,5 +824,191 @@ expect_status 1
 expect_calls sfcb ""
 expect_error "no directory $work/elsewhere/share/zelsensors/schema"
 
+# ---- status
+
+# Stands in for the loader's ldd: $work/needs has what it says of every library.
+cat >"$work/ldd" <<TEXT
+#!/bin/sh
+exec cat "$work/needs"
+TEXT
+# Stands in for sfcb's client, which asks the daemon.
+cat >"$work/wbemcli" <<TEXT
+#!/bin/sh
+echo "wbemcli \$*" >>"$work/asked"
+exec cat "$work/names"
+TEXT
+chmod +x "$work/ldd" "$work/wbemcli"
+# start_status CASE [MANAGER...]: with those two, which find nothing wrong.
+start_status() {
+    start "$@"
+    echo "	libzelchip.so.0 => /lib/libzelchip.so.0 (0x1)" >"$work/needs"
+    echo "localhost:5988/root/cimv2:X.Name=\"one\"" >"$work/names"
+    rm -rf "$work/asking" "$work/asked"
+    mkdir "$work/asking"
+    ln -s "$work/ldd" "$work/wbemcli" "$work/asking/"
+    path=$work/asking:$path
+}
+# look_unchanged MANAGER STATUS: the status, and that the manager holds afterwards what it held before.
+everything_of() { (cd "$work/$1" && find . -type f ! -name calls -exec cat {} + -o -type l -print | cksum) }
+look_unchanged() {
+    before=$(everything_of "$1")
+    register status
+    expect_status "$2"
+    [ "$(everything_of "$1")" = "$before" ] || wrong "something of $1 has changed"
+    expect_changes ""
+}
+expect_report() {
+    printf '%s' "$1" >"$work/expected"
+    cmp -s "$work/output" "$work/expected" || wrong "another report than: $(cat "$work/expected")"
+}
+sfcb_well="zelsensors-register: sfcb: the schema is of version 3.10.15
+zelsensors-register: sfcb: the library loads: $library
+zelsensors-register: sfcb: TQS_NumericSensor answers
+zelsensors-register: sfcb: TQS_SystemEventLog answers
+"
+pegasus_well="zelsensors-register: pegasus: zelsensorsModule is registered
+zelsensors-register: pegasus: TQS_NumericSensor is of version 3.10.15
+zelsensors-register: pegasus: TQS_SystemEventLog is of version 3.10.15
+zelsensors-register: pegasus: the library loads: $link
+zelsensors-register: pegasus: TQS_NumericSensor answers
+zelsensors-register: pegasus: TQS_SystemEventLog answers
+"
+
+start_status "status: no manager"
+register status
+expect_status 3
+expect_report "zelsensors-register: no object manager found
+"
+
+start_status "status: sfcb without us" sfcb
+look_unchanged sfcb 3
+expect_report "zelsensors-register: sfcb: nothing of ours is registered
+"
+expect_calls sfcb ""
+
+start_status "status: sfcb, all well" sfcb
+register add
+look_unchanged sfcb 0
+expect_report "$sfcb_well"
+expect_no_error
+printf 'wbemcli ein http://localhost:5988/root/cimv2:%s\n' TQS_NumericSensor TQS_SystemEventLog | cmp -s - "$work/asked" ||
+    wrong "asked for other classes: $(cat "$work/asked")"
+
+start_status "status: sfcb, what cannot be asked is said, and is nothing wrong" sfcb
+register add
+rm "$work/asking/ldd" "$work/asking/wbemcli"
+look_unchanged sfcb 0
+expect_output "sfcb: the library is $library; whether it loads is not known, since ldd is not in PATH"
+expect_output "sfcb: whether the classes answer is not known, since wbemcli is not in PATH"
+
+start_status "status: sfcb, a library that does not load" sfcb
+register add
+echo "	libzelchip.so.0 => not found" >"$work/needs"
+look_unchanged sfcb 1
+expect_output "sfcb: the library is broken: $library needs what the loader does not find: libzelchip.so.0"
+rm "$work/needs"
+look_unchanged sfcb 1
+expect_output "sfcb: the library is broken: $library is none that the loader takes"
+rm "$library"
+look_unchanged sfcb 1
+expect_output "sfcb: the library is broken: there is no "
+
+start_status "status: sfcb, classes that do not answer" sfcb
+register add
+: >"$work/names"
+look_unchanged sfcb 1
+expect_output "sfcb: TQS_NumericSensor does not answer"
+
+start_status "status: sfcb, a schema of another version" sfcb
+register add
+sed -i 's/3\.10\.15/3.9.0/' "$stage/mofs/root/cimv2/tqs.mof"
+look_unchanged sfcb 1
+expect_output "sfcb: the schema is not this package's: it has version 3.9.0, and this package 3.10.15"
+
+start_status "status: sfcb, staged and not built, and half taken away" sfcb
+register add
+rm "$sfcb/var/lib/sfcb/registration/providerRegister"
+look_unchanged sfcb 1
+expect_output "sfcb: the registration is staged and not built; run 'sfcbrepos -f' and restart sfcbd"
+rm "$stage/mofs/root/cimv2/tqs.mof"
+look_unchanged sfcb 1
+expect_output "sfcb: the registration is broken: there is no $stage/mofs/root/cimv2/tqs.mof"
+register add
+rm "$stage/regs/tqs.reg"
+look_unchanged sfcb 1
+expect_output "sfcb: the registration is broken: there is no $stage/regs/tqs.reg"
+
+start_status "status: pegasus without us" pegasus
+look_unchanged pegasus 3
+expect_report "zelsensors-register: pegasus: nothing of ours is registered
+"
+
+start_status "status: pegasus, all well" pegasus
+register add
+look_unchanged pegasus 0
+expect_report "$pegasus_well"
+expect_no_error
+
+start_status "status: pegasus, parts that are missing" pegasus
+register add
+rm "$link" "$server/namespaces/root/cimv2/TQS_SystemEventLog"
+look_unchanged pegasus 1
+expect_output "pegasus: the registration is broken: no directory of providerDir has libzelsensors.so"
+expect_output "pegasus: the registration is broken: there is no class TQS_SystemEventLog"
+expect_output "pegasus: TQS_SystemEventLog does not answer"
+awk '$1 != "zelsensorsModule"' "$server/modules" >"$work/modules"
+cp "$work/modules" "$server/modules"
+look_unchanged pegasus 1
+expect_output "pegasus: the registration is broken: zelsensorsModule is not registered"
+echo "zelsensorsModule Degraded" >>"$server/modules"
+look_unchanged pegasus 1
+expect_output "pegasus: the registration is broken: zelsensorsModule is in the state Degraded"
+
+start_status "status: pegasus, another version" pegasus
+registered 3.9.0 sint32
+look_unchanged pegasus 1
+expect_output "pegasus: TQS_NumericSensor is not this package's: version 3.9.0"
+
+start_status "status: pegasus, classes that do not answer" pegasus
+register add
+: >"$server/answers-nothing"
+look_unchanged pegasus 1
+expect_output "pegasus: TQS_NumericSensor does not answer"
+
+start_status "status: pegasus, a link that leads nowhere" pegasus
+register add
+rm "$library"
+look_unchanged pegasus 1
+expect_output "pegasus: the library is broken: there is no $link"
+
+start_status "status: pegasus, a server that does not run" pegasus
+register add
+rm "$server/running"
+look_unchanged pegasus 1
+expect_error "pegasus: the server does not answer, so what is registered is not known"
+
+start_status "status: one manager has ours, the other not" pegasus sfcb
+register add --manager sfcb
+look_unchanged sfcb 0
+expect_report "${sfcb_well}zelsensors-register: pegasus: nothing of ours is registered
+"
+register status --manager pegasus
+expect_status 3
+
+start_status "status: one manager that is broken decides" pegasus sfcb
+register add
+: >"$server/answers-nothing"
+register status
+expect_status 1
+register status --manager sfcb
+expect_status 0
+
+start_status "status: takes no option of changes" sfcb
+for option in --dry-run --qualifiers=yes; do
+    register status $option
+    expect_status 2
+    expect_error "status takes neither --dry-run nor --qualifiers"
+done
+
 [ "$failures" = 0 ] || exit 1
 echo "zelsensors-register: all cases passed"

@@ -123,6 +123,10 @@ cimcli() {
                 show_class "$object"
             fi
             ;;
+        ni)
+            [ -f "$object" ] && [ "$(state_of zelsensorsModule)" = OK ] && [ ! -f "$var/answers-nothing" ] || return 1
+            echo "$2.Name=\"one\""
+            ;;
         dc) [ -f "$object" ] && rm "$object" ;;
         *) exit 64 ;;
     esac
