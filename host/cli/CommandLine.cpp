@@ -66,6 +66,18 @@ std::string reasonOf(const CLI::ParseError& error, Grammar& grammar, const std::
     return missing.empty() ? error.what() : grammar.command() + ": " + missing + " is missing";
 }
 
+// Throws UsageError.
+ScenarioAction scenarioActionIn(const std::string& word, const std::vector<std::string>& files) {
+    const std::vector<std::string> actions{"list", "check"};
+    if (std::find(actions.begin(), actions.end(), word) == actions.end()) {
+        throw UsageError("scenario: there is no action " + word + meant(word, actions));
+    }
+    const bool isList = word == "list";
+    if (isList && !files.empty()) throw UsageError("scenario list: there is an argument too many: " + files.front());
+    if (!isList && files.empty()) throw UsageError("scenario check: FILE is missing");
+    return isList ? ScenarioAction::List : ScenarioAction::Check;
+}
+
 enum class Wish { Request, Help, Version };
 
 // Throws UsageError.
@@ -110,6 +122,7 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     }
     refuseWrongOptions(grammar);
     refuseWrongFormat(options);
+    if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
     if (options.request.command == Command::Watch && options.request.className == EVENT_LOG_CLASS) {
         throw UsageError(std::string("watch: ") + EVENT_LOG_CLASS + " has no readings; log shows it");
     }

@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <sstream>
 #include <system_error>
 
@@ -14,15 +16,16 @@ namespace {
 constexpr const char* FOOTER =
     "Options may stand before and after the command.\n"
     "\n"
-    "Libraries: without --provider and --chip, the provider and the simulated chip library are those\n"
-    "of zelhost's own tree, built or installed. Where that has no simulated chip library, and with\n"
-    "--chip system, the loader takes the system's libzelchip.so.0.\n"
+    "Libraries: without --provider the provider is that of zelhost's own tree, built or installed.\n"
+    "Without --chip an installed zelhost takes the system's libzelchip.so.0, as with --chip system. The\n"
+    "simulated one plays with --scenario, with --chip simulated, in a build tree, and where the system\n"
+    "has none.\n"
     "\n"
     "Exit codes:\n"
     "  0  fine\n"
     "  1  the provider's answer was an error (its CIM status is on standard error), or verify found a\n"
     "     problem\n"
-    "  2  wrong usage, or a schema that cannot be read\n"
+    "  2  wrong usage, or a schema or a scenario that cannot be read or has mistakes\n"
     "  3  the provider or the chip library could not be loaded\n"
     "  4  the output could not be written\n";
 
@@ -90,6 +93,19 @@ double intervalIn(const std::string& text) {
     double seconds = 0;
     if (isNumber(text, seconds) && seconds >= 0.1 && seconds <= 86400) return seconds;
     throw UsageError("--interval: '" + text + "' is not a number of seconds from 0.1 to 86400");
+}
+
+std::string momentOf(const std::string& text) {
+    if (const std::optional<std::string> moment = momentIn(text, std::time(nullptr))) return *moment;
+    throw UsageError("--since: '" + text +
+                     "' is neither a date and time, such as 2026-02-17 or '2026-02-17 06:30', nor a duration, such as "
+                     "90s, 15m, 2h, 3d or 1w");
+}
+
+std::size_t lastIn(const std::string& text) {
+    std::uint32_t lines = 0;
+    if (isNumber(text, lines) && lines > 0) return lines;
+    throw UsageError("--last: '" + text + "' is not a whole number from 1 to 4294967295");
 }
 
 unsigned countIn(const std::string& text) {
@@ -165,7 +181,7 @@ Grammar::Grammar(Options& options)
     addSpecialOptions(options);
     addReadingCommands(options);
     addWritingCommands(options);
-    addOwnCommands();
+    addOwnCommands(options);
 }
 
 void Grammar::addCommonOptions(Options& options) {
@@ -176,9 +192,9 @@ void Grammar::addCommonOptions(Options& options) {
             options.provider);
     addText(m_app, "--provider-name", "NAME", "Name that its factory bears", options.providerName);
     addText(
-        m_app, "--chip", "PATH",
-        "Chip library: a file, a directory that holds libzelchip.so.0, or the word system for the system's (default: "
-        "the simulated one of zelhost's tree, else the system's)",
+        m_app, "--chip", "system|simulated|PATH",
+        "Chip library: the word system for the system's, the word simulated for that of zelhost's tree, a file, or a "
+        "directory that holds libzelchip.so.0 (default: see below)",
         options.chip);
     addText(m_app, "--scenario", "NAME|FILE",
             "What the simulated chip library plays: a file (written with a slash), or a name from the directory of "
@@ -190,7 +206,7 @@ void Grammar::addCommonOptions(Options& options) {
               [&options](const std::string& text) { options.format = formatIn(text); });
     addText(m_app, "--provider-output", "FILE|-",
             "Where the provider's own lines go: a file, or - to show them on standard error at the end (default: "
-            "discarded, but those of a start that fails are shown)",
+            "discarded, but those of a start that fails, and of errors in the log, are shown)",
             options.providerOutput);
 }
 
@@ -207,6 +223,14 @@ void Grammar::addSpecialOptions(Options& options) {
     special[addOption(m_app, "--count", "ROUNDS", "End watch after so many rounds (default: when interrupted)",
                       [&options](const std::string& text) { options.rounds = countIn(text); })] = {"watch"};
     addSensorOptions(options.sensors);
+    special[addOption(m_app, "--last", "N", "Show the last N lines alone, of those that the other options leave",
+                      [&options](const std::string& text) { options.lines.last = lastIn(text); })] = {"log"};
+    special[addOption(m_app, "--since", "WHEN",
+                      "Show the lines from then on: a date, a date and time, or a duration before now (90s, 15m, 2h, "
+                      "3d, 1w); a line without a date is shown",
+                      [&options](const std::string& text) { options.lines.since = momentOf(text); })] = {"log"};
+    special[addText(m_app, "--match", "TEXT", "Show the lines that have this text, in capitals or not",
+                    options.lines.match)] = {"log"};
     m_schema = m_app
                    .add_option("--schema", options.schema,
                                "MOF file with declarations of qualifiers or classes, for verify; may be given again, "
@@ -262,7 +286,13 @@ void Grammar::addWritingCommands(Options& options) {
         ->required();
 }
 
-void Grammar::addOwnCommands() {
+void Grammar::addOwnCommands(Options& options) {
+    CLI::App* scenario =
+        m_app.add_subcommand("scenario", "List the supplied scenarios, or check scenario files for mistakes")
+            ->group("Commands");
+    scenario->set_help_flag();
+    scenario->add_option("ACTION", m_action, "list or check")->type_name("")->required();
+    scenario->add_option("FILE", options.scenarioFiles, "The files that check reads")->type_name("");
     CLI::App* help = m_app.add_subcommand("help", "Show this help, or that of a command")->group("Commands");
     help->set_help_flag();
     help->add_option("COMMAND", m_topic, "The command")->type_name("");

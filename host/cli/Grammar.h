@@ -29,6 +29,8 @@ class Grammar {
     // The command that was read: a name of commands(), or empty. What `help` is asked about is in topic().
     std::string command() const;
     const std::string& topic() const { return m_topic; }
+    // What `scenario` is to do.
+    const std::string& action() const { return m_action; }
     std::vector<std::string> commands() const;
     std::vector<std::string> optionNames() const;
 
@@ -47,12 +49,13 @@ class Grammar {
     void addSensorOptions(SensorOptions& sensors);
     void addReadingCommands(Options& options);
     void addWritingCommands(Options& options);
-    void addOwnCommands();
+    void addOwnCommands(Options& options);
 
     std::shared_ptr<SpecialOptions> m_special = std::make_shared<SpecialOptions>();
     CLI::App m_app;
     const CLI::Option* m_schema = nullptr;
     std::string m_topic;
+    std::string m_action;
 };
 
 }  // namespace host

@@ -12,7 +12,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* PROVIDER = "libzelsensors.so.0";
-constexpr const char* CHIP = "libzelchip.so.0";
 
 // The first place that exists; empty for none.
 std::string firstOf(const fs::path& directory, const std::vector<fs::path>& candidates) {
@@ -25,14 +24,8 @@ std::string firstOf(const fs::path& directory, const std::vector<fs::path>& cand
 }
 
 std::string namesIn(const std::string& directory) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(directory, error)) {
-        if (entry.path().extension() == ".toml") names.push_back(entry.path().stem());
-    }
-    std::sort(names.begin(), names.end());
     std::string text;
-    for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+    for (const std::string& name : scenarioNames(directory)) text += (text.empty() ? "" : ", ") + name;
     return text;
 }
 
@@ -60,7 +53,39 @@ std::string scenarioFile(const std::string& nameOrFile, const std::string& direc
     throw UsageError("there is no scenario " + nameOrFile + " in " + directory + "; there are: " + namesIn(directory));
 }
 
+ChipChoice simulatedChip(const InstallTree& tree) {
+    if (tree.simulatedChip.empty()) {
+        throw UsageError("there is no simulated chip library beside zelhost; install it, or name one with --chip");
+    }
+    return {tree.simulatedChip, "", true};
+}
+
+// What `--chip` says: a word, or a file or directory.
+ChipChoice namedChip(const std::string& name, const InstallTree& tree) {
+    if (name == "system") return {CHIP_LIBRARY, "", true};
+    if (name == "simulated") return simulatedChip(tree);
+    if (std::error_code error; fs::is_directory(name, error)) return {fs::path(name) / CHIP_LIBRARY, "", true};
+    // Without a slash it is a file here, not one that the loader would search for.
+    return {name.find('/') == std::string::npos ? "./" + name : name, "", true};
+}
+
+// A simulated terminal never takes the place of a real one unasked.
+ChipChoice usualChip(const InstallTree& tree) {
+    if (!tree.isInstalled && !tree.simulatedChip.empty()) return simulatedChip(tree);
+    return {CHIP_LIBRARY, tree.simulatedChip, false};
+}
+
 }  // namespace
+
+std::vector<std::string> scenarioNames(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(directory, error)) {
+        if (entry.path().extension() == ".toml") names.push_back(entry.path().stem());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 std::string programDirectory() {
     return fs::read_symlink("/proc/self/exe").parent_path();
@@ -71,27 +96,23 @@ InstallTree installTree(const std::string& programDirectory) {
     InstallTree tree;
     tree.provider = firstOf(programDirectory, {fs::path("../src/sensors") / PROVIDER, libraries / PROVIDER});
     if (tree.provider.empty()) tree.provider = PROVIDER;
-    tree.simulatedChip = firstOf(programDirectory, {fs::path("../chipsim") / CHIP, libraries / "zelsensors" / CHIP});
+    tree.simulatedChip =
+        firstOf(programDirectory, {fs::path("../chipsim") / CHIP_LIBRARY, libraries / "zelsensors" / CHIP_LIBRARY});
+    tree.isInstalled = firstOf(programDirectory, {fs::path("../src/sensors") / PROVIDER}).empty();
     tree.scenarios = firstOf(programDirectory, {"scenarios", fs::path(DATA_FROM_PROGRAM) / "zelsensors/scenarios"});
     tree.schema = firstOf(programDirectory, {"schema", fs::path(DATA_FROM_PROGRAM) / "zelsensors/schema"});
     return tree;
 }
 
 LibraryChoice choose(const Options& options, const InstallTree& tree) {
-    LibraryChoice choice{options.provider.empty() ? tree.provider : options.provider, options.chip, false, ""};
-    if (options.chip.empty()) {
-        choice.chip = tree.simulatedChip;
-        choice.isChipSimulated = !choice.chip.empty();
-    } else if (options.chip == "system") {
-        choice.chip.clear();
-    } else if (std::error_code error; fs::is_directory(options.chip, error)) {
-        choice.chip = fs::path(options.chip) / CHIP;
-    } else if (options.chip.find('/') == std::string::npos) {
-        choice.chip = "./" + options.chip;  // a file here, not one that the loader would search for
+    LibraryChoice choice;
+    choice.provider = options.provider.empty() ? tree.provider : options.provider;
+    if (!options.scenario.empty()) choice.scenario = scenarioFile(options.scenario, tree.scenarios);
+    if (!options.chip.empty()) {
+        choice.chip = namedChip(options.chip, tree);
+    } else {
+        choice.chip = choice.scenario.empty() ? usualChip(tree) : simulatedChip(tree);
     }
-    if (options.scenario.empty()) return choice;
-    if (choice.chip.empty()) throw UsageError("a scenario needs a simulated chip library; name one with --chip");
-    choice.scenario = scenarioFile(options.scenario, tree.scenarios);
     return choice;
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cli/Options.h"
-#include "source/Session.h"
+#include "source/ChipLibrary.h"
 
 namespace host {
 
@@ -16,15 +16,26 @@ struct InstallTree {
     std::string simulatedChip;  // a path, or empty
     std::string scenarios;      // a directory, or empty
     std::string schema;         // a directory, or empty
+    bool isInstalled = true;    // otherwise it is a build tree, which simulates unless it is asked not to
 };
 
 // The directory of the running program. Throws std::runtime_error where /proc does not say.
 std::string programDirectory();
 
+// Of the scenarios in that directory, sorted: what --scenario calls them.
+std::vector<std::string> scenarioNames(const std::string& directory);
+
+// What is to be loaded, and with which scenario.
+struct LibraryChoice {
+    std::string provider;
+    ChipChoice chip;
+    std::string scenario;  // a file; empty: as the environment says
+};
+
 InstallTree installTree(const std::string& programDirectory);
 
 // Throws UsageError for a scenario that is not there (the message lists those that are) or is no regular file, and for
-// a scenario without a simulated chip library.
+// a simulated chip library that is asked for and is not there.
 LibraryChoice choose(const Options& options, const InstallTree& tree);
 
 // The MOF files that verify compares with, in the order of reading. Throws UsageError where none is named and the tree

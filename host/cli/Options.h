@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "health/EventLines.h"
 #include "source/Request.h"
 
 namespace host {
 
+enum class ScenarioAction { None, List, Check };
 enum class Format { Table, Json, Mof, Csv };
 enum class Colouring { Auto, Always, Never };
 
@@ -24,14 +26,18 @@ struct SensorOptions {
 
 struct Options {
     Request request;
+    ScenarioAction scenarioAction = ScenarioAction::None;  // another than None: nothing is requested
+    std::vector<std::string> scenarioFiles;                // of check
     SensorOptions sensors;
     double interval = 2;              // seconds between the rounds of watch
     unsigned rounds = 0;              // of watch; 0: until it is interrupted
     std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's
 
+    LineFilter lines;  // of log
+
     std::string provider;  // the library; empty: the one of the program's own tree
     std::string providerName = "SensorProvider";
-    std::string chip;      // a file or directory, or "system"; empty: the default
+    std::string chip;      // a file or directory, "system" or "simulated"; empty: the default
     std::string scenario;  // a name or a file; empty: what the environment says
     Format format = Format::Table;
     std::string providerOutput;  // a file, or "-"; empty: only the lines of a start that fails are shown

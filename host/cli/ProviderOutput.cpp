@@ -60,8 +60,8 @@ void giveBack(int saved, int descriptor) {
 
 ProviderOutput::ProviderOutput(const std::string& destination)
     : m_isCollecting(isCollected(destination)),
+      m_isForgetful(destination.empty()),
       m_sink(openSink(destination)),
-      m_nowhere(destination.empty() ? openSink("/dev/null") : -1),
       m_output(privateCopy(STDOUT_FILENO)),
       m_error(privateCopy(STDERR_FILENO)) {
     sendTo(m_sink);
@@ -73,11 +73,18 @@ ProviderOutput::~ProviderOutput() {
     giveBack(m_output, STDOUT_FILENO);
     giveBack(m_error, STDERR_FILENO);
     close(m_sink);
-    if (m_nowhere >= 0) close(m_nowhere);
 }
 
 void ProviderOutput::endStart() {
-    if (m_nowhere >= 0) sendTo(m_nowhere);
+    if (m_isForgetful) m_start = collected();
+    forget();
+}
+
+void ProviderOutput::forget() {
+    if (!m_isForgetful) return;
+    std::fflush(nullptr);
+    // All descriptors of the sink share its position.
+    if (ftruncate(m_sink, 0) == 0) lseek(m_sink, 0, SEEK_SET);
 }
 
 std::string ProviderOutput::collected() const {

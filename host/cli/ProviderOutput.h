@@ -11,8 +11,8 @@ namespace host {
 // ours, which no child inherits. One at a time.
 class ProviderOutput {
   public:
-    // An empty destination: collected up to endStart(), then discarded. "-": collected to the end. Otherwise a file,
-    // replaced. Throws UsageError when the file cannot be written, having changed nothing.
+    // An empty destination: collected, until forget(). "-": collected to the end. Otherwise a file, replaced. Throws
+    // UsageError when the file cannot be written, having changed nothing.
     explicit ProviderOutput(const std::string& destination);
     // Gives the descriptors back.
     ~ProviderOutput();
@@ -23,16 +23,21 @@ class ProviderOutput {
     int standardOutput() const { return m_output; }
     int standardError() const { return m_error; }
 
-    // The provider's start is over: with an empty destination nothing more is collected, however long it runs.
+    // The provider's start is over: with an empty destination its lines are in start() from now on, and collected() has
+    // what follows.
     void endStart();
+    const std::string& start() const { return m_start; }
 
     // What has been collected so far, in the order written; always empty where it goes to a file.
     std::string collected() const;
+    // With an empty destination, begins to collect anew, so that it does not grow however long the provider runs.
+    void forget();
 
   private:
     bool m_isCollecting;
+    bool m_isForgetful;  // an empty destination
     int m_sink;
-    int m_nowhere;  // -1 unless the sink is for the start alone
+    std::string m_start;
     int m_output;
     int m_error;
 };

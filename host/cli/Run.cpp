@@ -1,7 +1,6 @@
 #include "cli/Run.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <exception>
 #include <optional>
 #include <string>
@@ -10,7 +9,9 @@
 #include <vector>
 
 #include "cli/Failure.h"
+#include "cli/LocalTerminal.h"
 #include "cli/ProviderOutput.h"
+#include "cli/ScenarioCommands.h"
 #include "cli/Sensors.h"
 #include "cli/Watch.h"
 #include "format/JsonFormat.h"
@@ -30,21 +31,17 @@
 namespace host {
 namespace {
 
-// People shall see whether values are real.
-std::string chipNote(const LibraryChoice& choice) {
-    if (choice.chip.empty()) return "Chip library: the system's";
-    return (choice.isChipSimulated ? "Chip library: simulated, " : "Chip library: ") + printable(choice.chip);
-}
-
 bool showsReadings(Command command) {
     return command == Command::Instances || command == Command::Get || command == Command::Log;
 }
 
-std::string textOf(const Answer& answer, Format format, const std::string& note, Charset charset) {
+std::string textOf(const Answer& answer, Format format, Charset charset) {
     if (format == Format::Json) return jsonText(answer, JsonLayout::Indented);
     if (format == Format::Mof) return mofText(answer);
     std::string text = tableText(answer, charset);
-    if (!text.empty() && showsReadings(answer.command)) text += '\n' + shownIn(charset, note) + '\n';
+    if (!text.empty() && answer.chip && showsReadings(answer.command)) {
+        text += '\n' + shownIn(charset, chipNote(*answer.chip)) + '\n';
+    }
     return text;
 }
 
@@ -83,62 +80,71 @@ void explainStart(const Options& options, Streams& streams) {
              "zelhost: its start failed; its own lines are in " + printable(options.providerOutput) + '\n');
         return;
     }
-    const std::string lines = marked(streams.provider.collected());
+    const std::string lines = marked(streams.provider.start());
     tell(streams.errors, lines.empty() ? "zelhost: its start failed, without a line of its own\n"
                                        : "zelhost: its start failed; its own lines:\n" + lines);
 }
 
-void report(const broker::Status& status, const Options& options, Streams& streams) {
+// With the cause, as far as the provider has told it: in the lines of its start, or in its log.
+void report(const broker::Status& status, const std::string& ownLines, const LocalTerminal& terminal,
+            const Options& options, Streams& streams) {
     tell(streams.errors, "zelhost: the provider answered " + statusText(status) + '\n');
     if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE) explainStart(options, streams);
+    tell(streams.errors, terminal.log().explanation(ownLines));
 }
 
-int ask(const Options& options, const LibraryChoice& choice, Streams& streams) {
-    Session session(choice, options.providerName);
+int ask(const Options& options, const LocalTerminal& terminal, Streams& streams) {
+    Session session(terminal.provider(), options.providerName);
     streams.provider.endStart();
     const Request& request = options.request;
     NamedReply named =
         request.command == Command::Get ? getNamed(request, session) : NamedReply{host::ask(session, request), ""};
-    const Answer answer{request.command, request.nameSpace, request.className, std::move(named.reply)};
-    streams.output.write(textOf(answer, options.format, chipNote(choice), streams.output.charset()));
+    Answer answer{request.command, request.nameSpace, request.className, std::move(named.reply), terminal.chip()};
+    if (request.command == Command::Log) answer = withLines(std::move(answer), options.lines);
+    streams.output.write(textOf(answer, options.format, streams.output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return ExitCode::Fine;
-    report(answer.reply.status, options, streams);
+    report(answer.reply.status, streams.provider.collected(), terminal, options, streams);
     if (!named.hint.empty()) tell(streams.errors, "zelhost: " + printable(named.hint) + '\n');
     return ExitCode::AnsweredError;
 }
 
-int askForSensors(const Options& options, const LibraryChoice& choice, Streams& streams) {
-    Session session(choice, options.providerName);
+int askForSensors(const Options& options, const LocalTerminal& terminal, Streams& streams) {
+    Session session(terminal.provider(), options.providerName);
     streams.provider.endStart();
-    const std::optional<broker::Status> failure =
-        showSensors(options, session, chipNote(choice), ChipInfo{choice.chip, choice.isChipSimulated}, streams.output);
+    const std::optional<broker::Status> failure = showSensors(options, session, terminal.chip(), streams.output);
     if (!failure) return ExitCode::Fine;
-    report(*failure, options, streams);
+    report(*failure, streams.provider.collected(), terminal, options, streams);
     return ExitCode::AnsweredError;
 }
 
-int askAgain(const Options& options, const LibraryChoice& choice, Streams& streams) {
-    Session session(choice, options.providerName);
+int askAgain(const Options& options, const LocalTerminal& terminal, Streams& streams) {
+    Session session(terminal.provider(), options.providerName);
     streams.provider.endStart();
-    const WatchOutcome outcome = watch(
-        options, chipNote(choice), [&] { return host::ask(session, options.request); }, streams.output);
+    std::string linesOfFailure;
+    const auto askOnce = [&] {
+        streams.provider.forget();
+        broker::Reply reply = host::ask(session, options.request);
+        if (reply.status.rc != CMPI_RC_OK) linesOfFailure = streams.provider.collected();
+        return reply;
+    };
+    const WatchOutcome outcome = watch(options, terminal.chip(), askOnce, streams.output);
     if (outcome.failedRounds == 0) return ExitCode::Fine;
     tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
                              " rounds failed; the last failure was:\n");
-    report(outcome.lastFailure, options, streams);
+    report(outcome.lastFailure, linesOfFailure, terminal, options, streams);
     return ExitCode::AnsweredError;
 }
 
-int verifyAnswers(const Options& options, const LibraryChoice& choice, const std::vector<std::string>& files,
-                  Streams& streams) {
-    const mof::Schema schema = readSchema(files);
-    Session session(choice, options.providerName);
+int verifyAnswers(const Options& options, const LocalTerminal& terminal, const mof::Schema& schema, Streams& streams) {
+    Session session(terminal.provider(), options.providerName);
     streams.provider.endStart();
     const Verification verification = verify(schema, options.request.nameSpace, session);
     streams.output.write(options.format == Format::Json
-                             ? verificationJson(verification)
+                             ? verificationJson(verification, terminal.chip().isSimulated)
                              : shownIn(streams.output.charset(), verificationText(verification)));
-    if (verification.firstFailure) report(*verification.firstFailure, options, streams);
+    if (verification.firstFailure) {
+        report(*verification.firstFailure, streams.provider.collected(), terminal, options, streams);
+    }
     return verification.conforms() ? ExitCode::Fine : ExitCode::AnsweredError;
 }
 
@@ -147,26 +153,37 @@ int complain(Output& errors, const std::exception& failure, int exitCode) {
     return exitCode;
 }
 
+int runCommand(const Options& options, const InstallTree& tree, Streams& streams) {
+    if (options.scenarioAction != ScenarioAction::None) return runScenarioCommand(options, tree, streams.output);
+    const bool isVerify = options.request.command == Command::Verify;
+    const mof::Schema schema = isVerify ? readSchema(schemaFiles(options, tree)) : mof::Schema();
+    const LocalTerminal terminal(choose(options, tree));
+    if (terminal.isSubstitute()) {
+        tell(streams.errors,
+             std::string("zelhost: this system has no ") + CHIP_LIBRARY + "; what follows is simulated\n");
+    }
+    if (isVerify) return verifyAnswers(options, terminal, schema, streams);
+    switch (options.request.command) {
+        case Command::Sensors:
+            return askForSensors(options, terminal, streams);
+        case Command::Watch:
+            return askAgain(options, terminal, streams);
+        default:
+            return ask(options, terminal, streams);
+    }
+}
+
 int runReported(const Options& options, const InstallTree& tree, Streams& streams) {
     Output& errors = streams.errors;
     try {
-        const LibraryChoice choice = choose(options, tree);
-        if (!choice.scenario.empty()) setenv("ZELCHIP_SCENARIO", choice.scenario.c_str(), 1);
-        if (options.request.command == Command::Verify) {
-            return verifyAnswers(options, choice, schemaFiles(options, tree), streams);
-        }
-        switch (options.request.command) {
-            case Command::Sensors:
-                return askForSensors(options, choice, streams);
-            case Command::Watch:
-                return askAgain(options, choice, streams);
-            default:
-                return ask(options, choice, streams);
-        }
+        return runCommand(options, tree, streams);
     } catch (const ReaderGone&) {
         return ExitCode::BrokenPipe;
     } catch (const OutputError& failure) {
         return complain(errors, failure, ExitCode::NotWritten);
+    } catch (const ScenarioMistakes& failure) {
+        for (const std::string& line : failure.lines()) tell(errors, "zelhost: " + printable(line) + '\n');
+        return ExitCode::WrongUsage;
     } catch (const UsageError& failure) {
         return complain(errors, failure, ExitCode::WrongUsage);
     } catch (const SchemaError& failure) {

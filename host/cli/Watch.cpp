@@ -107,7 +107,7 @@ std::string headOf(unsigned round, const std::string& note) {
 
 }  // namespace
 
-WatchOutcome watch(const Options& options, const std::string& note, const std::function<broker::Reply()>& ask,
+WatchOutcome watch(const Options& options, const AnsweringChip& chip, const std::function<broker::Reply()>& ask,
                    Output& output) {
     const Interruption interruption;
     std::optional<Screen> screen;
@@ -115,7 +115,7 @@ WatchOutcome watch(const Options& options, const std::string& note, const std::f
     const std::chrono::nanoseconds interval(static_cast<std::int64_t>(options.interval * 1e9));
     WatchOutcome outcome;
     for (Clock::time_point next = Clock::now();;) {
-        const Answer answer{options.request.command, options.request.nameSpace, options.request.className, ask()};
+        const Answer answer{options.request.command, options.request.nameSpace, options.request.className, ask(), chip};
         ++outcome.rounds;
         if (answer.reply.status.rc != CMPI_RC_OK) {
             ++outcome.failedRounds;
@@ -126,7 +126,8 @@ WatchOutcome watch(const Options& options, const std::string& note, const std::f
         } else if (options.format == Format::Mof) {
             output.write(mofText(answer));
         } else {
-            const std::vector<WatchLine> lines = watchLines(answer, headOf(outcome.rounds, note), output.charset());
+            const std::vector<WatchLine> lines =
+                watchLines(answer, headOf(outcome.rounds, chipNote(chip)), output.charset());
             screen ? screen->draw(lines) : output.write(plainText(lines));
         }
         if (options.rounds != 0 && outcome.rounds >= options.rounds) return outcome;

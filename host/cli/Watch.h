@@ -7,6 +7,7 @@
 
 #include "broker/Model.h"
 #include "cli/Options.h"
+#include "source/Answer.h"
 #include "text/Output.h"
 
 namespace host {
@@ -18,7 +19,7 @@ struct WatchOutcome {
     unsigned failedRounds = 0;
     broker::Status lastFailure;
 };
-WatchOutcome watch(const Options& options, const std::string& note, const std::function<broker::Reply()>& ask,
+WatchOutcome watch(const Options& options, const AnsweringChip& chip, const std::function<broker::Reply()>& ask,
                    Output& output);
 
 }  // namespace host

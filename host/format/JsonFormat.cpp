@@ -84,6 +84,7 @@ std::string jsonText(const Answer& answer, JsonLayout layout) {
     document["command"] = nameOf(answer.command);
     document["namespace"] = answer.nameSpace;
     document["class"] = answer.className;
+    document["simulated"] = answer.chip ? Json(answer.chip->isSimulated) : Json();
     document["status"] = jsonOf(answer.reply.status);
     document["paths"] = listOf(answer.reply.paths);
     document["instances"] = listOf(answer.reply.instances);

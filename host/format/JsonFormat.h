@@ -12,6 +12,7 @@ enum class JsonLayout { Indented, OneLine };
 
 // One JSON object with a newline at its end, of one shape for every command that asks for paths or instances:
 //   {"command": text, "namespace": text, "class": text,
+//    "simulated": boolean,        whether the chip library is a simulated one; null where that is not known
 //    "status": {"rc": number, "name": text, "message": text},        message only where there is one
 //    "paths": [{"namespace": text, "class": text, "keys": {name: value}}],      and "host" where there is one
 //    "instances": [{"path": as above, "properties": {name: value}}]}

@@ -97,6 +97,7 @@ std::string mofString(const std::string& text) {
 
 std::string mofText(const Answer& answer) {
     std::string text;
+    if (answer.chip) text += "// " + chipNote(*answer.chip) + '\n';
     for (const broker::ObjectPath& path : answer.reply.paths) text += declaration(path.className, path.keys);
     for (const Instance& instance : answer.reply.instances) {
         text += declaration(instance.path.className, instance.properties);

@@ -118,7 +118,7 @@ std::string statusJson(const broker::Status& status) {
         .text();
 }
 
-std::string chipJson(const std::optional<ChipInfo>& chip) {
+std::string chipJson(const std::optional<AnsweringChip>& chip) {
     if (!chip) return "null";
     return Members("  ")
         .add("library", textOrNull(chip->library))
@@ -172,7 +172,7 @@ const char* severityWord(Severity severity) {
 }
 
 std::string sensorsJson(const Round& round, const std::string& nameSpace, std::time_t time,
-                        const std::optional<ChipInfo>& chip) {
+                        const std::optional<AnsweringChip>& chip) {
     return Members("")
                .add("format", std::to_string(FORMAT_VERSION))
                .add("command", jsonOf("sensors"))

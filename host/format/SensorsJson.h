@@ -7,18 +7,13 @@
 #include <string>
 
 #include "health/SensorRounds.h"
+#include "source/Answer.h"
 
 namespace host {
 
-// Which chip library the readings come from.
-struct ChipInfo {
-    std::string library;  // a path; empty: the system's, as the loader found it
-    bool isSimulated = false;
-};
-
 // What docs/json.md says of `sensors`; none for the chip where it is not known. `time` is when the round was asked.
 std::string sensorsJson(const Round& round, const std::string& nameSpace, std::time_t time,
-                        const std::optional<ChipInfo>& chip);
+                        const std::optional<AnsweringChip>& chip);
 
 // A line for each sensor, and before them one with the names of the columns where it is wanted: RFC 4180, but lines end
 // in a line feed.

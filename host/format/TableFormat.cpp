@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "broker/Names.h"
 #include "format/ValueText.h"
+#include "health/EventLines.h"
 #include "health/Sensor.h"
 #include "text/TextTable.h"
 #include "text/Utf8.h"
@@ -95,14 +98,33 @@ std::string propertiesTable(const Instance& instance, Charset charset) {
     return text;
 }
 
-std::string eventLogText(const Instance& log, Charset charset) {
+// Each line with its place in the log, but where it begins with a number of its own.
+std::string linesText(const std::vector<Value>& lines, const std::optional<LineChoice>& choice, Charset charset) {
+    std::vector<std::string> numbers;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::size_t place = choice ? choice->places.at(i) : i + 1;
+        numbers.push_back(hasOwnNumber(lines[i].text) ? "" : std::to_string(place));
+    }
+    const bool isNumbered = std::any_of(numbers.begin(), numbers.end(), [](const auto& each) { return !each.empty(); });
+    TextTable table(isNumbered ? std::vector<TextTable::Column>{{"No.", Align::Right}, {"Line"}}
+                               : std::vector<TextTable::Column>{{"Line"}},
+                    charset);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        std::vector<std::string> cells{valueText(lines[i])};
+        if (isNumbered) cells.insert(cells.begin(), numbers[i]);
+        table.add(std::move(cells));
+    }
+    return table.text();
+}
+
+std::string eventLogText(const Instance& log, const std::optional<LineChoice>& choice, Charset charset) {
     std::string text;
     const Value* lines = log.findProperty("LogLines");
     if (lines != nullptr && !lines->elements.empty()) {
-        TextTable table({{"No.", Align::Right}, {"Line"}}, charset);
-        std::size_t number = 0;
-        for (const Value& line : lines->elements) table.add({std::to_string(++number), valueText(line)});
-        text += table.text();
+        text += linesText(lines->elements, choice, charset);
+    } else if (choice && choice->total > 0) {
+        text +=
+            "None of the event log's lines is among those asked for; it has " + std::to_string(choice->total) + ".\n";
     } else {
         text += "The event log has no lines.\n";
     }
@@ -128,7 +150,7 @@ std::string instancesText(const std::vector<Instance>& instances, Charset charse
 std::string instancesTextOf(const Answer& answer, Charset charset) {
     const std::vector<Instance>& instances = answer.reply.instances;
     if (answer.command == Command::Get) return propertiesTable(instances.front(), charset);
-    if (answer.command == Command::Log) return eventLogText(instances.front(), charset);
+    if (answer.command == Command::Log) return eventLogText(instances.front(), answer.lines, charset);
     return instancesText(instances, charset);
 }
 

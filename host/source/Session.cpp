@@ -1,23 +1,12 @@
 #include "source/Session.h"
 
-#include <dlfcn.h>
+#include <utility>
 
 namespace host {
 
-ChipLibrary::ChipLibrary(const std::string& path) {
-    if (path.empty()) return;
-    m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
-    if (m_handle == nullptr) throw broker::LoadError(std::string("the chip library cannot be loaded: ") + dlerror());
-}
-
-ChipLibrary::~ChipLibrary() {
-    if (m_handle != nullptr) dlclose(m_handle);
-}
-
-Session::Session(const LibraryChoice& choice, const std::string& providerName)
-    : m_path(choice.provider),
-      m_providerName(providerName),
-      m_chip(choice.chip),
+Session::Session(std::string path, std::string providerName)
+    : m_path(std::move(path)),
+      m_providerName(std::move(providerName)),
       m_loaded(std::make_unique<Loaded>(m_path, m_providerName, m_broker)) {}
 
 bool Session::restart() {

@@ -11,33 +11,12 @@
 
 namespace host {
 
-// What is to be loaded, and with which scenario.
-struct LibraryChoice {
-    std::string provider;
-    std::string chip;      // a path; empty: the loader finds the system's
-    bool isChipSimulated;  // the tree's own simulated chip library
-    std::string scenario;  // a file; empty: as the environment says
-};
-
-// The chip library, loaded before the provider: a library that needs libzelchip.so.0 gets the one that is there
-// already.
-class ChipLibrary {
-  public:
-    // An empty path loads nothing, and leaves the choice to the loader. Throws broker::LoadError.
-    explicit ChipLibrary(const std::string& path);
-    ~ChipLibrary();
-    ChipLibrary(const ChipLibrary&) = delete;
-    ChipLibrary& operator=(const ChipLibrary&) = delete;
-
-  private:
-    void* m_handle = nullptr;
-};
-
 // A loaded and initialised provider, as long as it is asked. The end cleans it up and unloads it.
 class Session : public Source {
   public:
-    // `providerName` is the name that the provider's factory bears. Throws broker::LoadError.
-    Session(const LibraryChoice& choice, const std::string& providerName);
+    // The provider's library, and the name that its factory bears. Its chip library is there already. Throws
+    // broker::LoadError.
+    Session(std::string path, std::string providerName);
 
     broker::Reply enumerateInstanceNames(const broker::ObjectPath& classPath) override;
     broker::Reply enumerateInstances(const broker::ObjectPath& classPath) override;
@@ -48,7 +27,7 @@ class Session : public Source {
     broker::Reply execQuery(const broker::ObjectPath& classPath, const std::string& query,
                             const std::string& language) override;
 
-    // Cleans the provider up, unloads it and loads it again; the chip library stays. True, but where loading fails:
+    // Cleans the provider up, unloads it and loads it again. True, but where loading fails:
     // then it throws broker::LoadError, and so does every later request.
     bool restart() override;
 
@@ -63,7 +42,6 @@ class Session : public Source {
 
     std::string m_path;
     std::string m_providerName;
-    ChipLibrary m_chip;
     broker::Broker m_broker;
     std::unique_ptr<Loaded> m_loaded;  // null where loading it anew has failed
 };

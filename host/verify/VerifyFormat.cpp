@@ -50,12 +50,13 @@ std::string verificationText(const Verification& verification) {
     return text;
 }
 
-std::string verificationJson(const Verification& verification) {
+std::string verificationJson(const Verification& verification, std::optional<bool> isSimulated) {
     Json classes = Json::array();
     for (const ClassReport& report : verification.classes) classes.push_back(jsonOf(report));
     Json document = Json::object();
     document["command"] = nameOf(Command::Verify);
     document["namespace"] = verification.nameSpace;
+    document["simulated"] = isSimulated ? Json(*isSimulated) : Json();
     document["conforms"] = verification.conforms();
     document["classes"] = std::move(classes);
     return document.dump(2, ' ', true, Json::error_handler_t::replace) + '\n';

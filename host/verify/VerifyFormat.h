@@ -2,6 +2,7 @@
 #ifndef ZELSENSORS_VERIFY_VERIFYFORMAT_H
 #define ZELSENSORS_VERIFY_VERIFYFORMAT_H
 
+#include <optional>
 #include <string>
 
 #include "verify/Verify.h"
@@ -12,11 +13,12 @@ namespace host {
 std::string verificationText(const Verification& verification);
 
 // One JSON object with a newline at its end:
-//   {"command": "verify", "namespace": text, "conforms": boolean,
+//   {"command": "verify", "namespace": text, "simulated": boolean, "conforms": boolean,
 //    "classes": [{"class": text, "names": number, "instances": number, "singles": number,
 //                 "problems": [{"request": text, "path": text, "text": text}]}]}
-// All is ASCII: other characters are escaped.
-std::string verificationJson(const Verification& verification);
+// "simulated" says whether the chip library is; null where that is not known. All is ASCII: other characters are
+// escaped.
+std::string verificationJson(const Verification& verification, std::optional<bool> isSimulated);
 
 }  // namespace host
 

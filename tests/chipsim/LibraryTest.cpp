@@ -11,7 +11,7 @@
 
 namespace {
 
-TEST(LibraryTest, ExportsTheInterfaceAlone) {
+TEST(LibraryTest, ExportsTheInterfaceAndTheMarkOfASimulationAlone) {
     EXPECT_EQ(
         exportedSymbols(CHIP_LIBRARY),
         (std::set<std::string>{"_ZN10CPOSSystem10s_instanceE", "_ZN10CPOSSystem5IsZanEv", "_ZN10CPOSSystem8IsGrebelEv",
@@ -19,7 +19,7 @@ TEST(LibraryTest, ExportsTheInterfaceAlone) {
                                "_ZN5CChip17GetSystemEventLogER15CSystemEventLog",
                                "_ZN5CChip20GetSensorInformationEjR18CSensorInformation",
                                "_ZN5CChip22EnumerateSensorHandlesER17CSensorHandleList", "_ZN5CChipC1Ev",
-                               "_ZN5CChipC2Ev", "_ZN5CChipD1Ev", "_ZN5CChipD2Ev"}));
+                               "_ZN5CChipC2Ev", "_ZN5CChipD1Ev", "_ZN5CChipD2Ev", "zelchip_is_simulated"}));
 }
 
 TEST(LibraryTest, SonameIsTheTerminalLibrarys) {

@@ -12,7 +12,7 @@ source broker text
 health source broker text
 format health source broker text
 verify format source mof broker text
-cli    verify format health source mof broker text'
+cli    verify format health source mof broker text chipsim'
 
 sources=$(find . -name '*.h' -o -name '*.cpp' | sort)
 # shellcheck disable=SC2086 # one word a file

@@ -230,6 +230,30 @@ TEST(CommandLineTest, WatchRefusesNumbersWithoutSense) {
     }
 }
 
+TEST(CommandLineTest, LogTakesLinesByDateTextAndNumber) {
+    const Options options = read({"log", "--last", "5", "--since", "2026-02-09", "--match", "fan"}).options;
+    EXPECT_EQ(options.lines.last, 5U);
+    EXPECT_EQ(options.lines.since, "2026-02-09 00:00:00");
+    EXPECT_EQ(options.lines.match, "fan");
+    EXPECT_NE(read({"log", "--since", "2h"}).options.lines.since, std::nullopt);
+    EXPECT_EQ(read({"log"}).options.lines.last, std::nullopt);
+    expectWrongUsage({"instances", "--last", "5"}, "instances has no option --last", "instances ");
+}
+
+TEST(CommandLineTest, LogRefusesDatesAndNumbersWithoutSense) {
+    for (const std::string text : {"0", "-1", "1.5", "many", "4294967296", ""}) {
+        expectWrongUsage({"log", "--last", text.c_str()},
+                         "--last: '" + text + "' is not a whole number from 1 to 4294967295", "log ");
+    }
+    for (const std::string text : {"soon", "2", "2026-02-30", ""}) {
+        expectWrongUsage({"log", "--since", text.c_str()},
+                         "--since: '" + text +
+                             "' is neither a date and time, such as 2026-02-17 or '2026-02-17 06:30', nor a duration, "
+                             "such as 90s, 15m, 2h, 3d or 1w",
+                         "log ");
+    }
+}
+
 TEST(CommandLineTest, WatchTakesTheEndsOfTheRanges) {
     EXPECT_EQ(read({"watch", "--interval", "0.1"}).options.interval, 0.1);
     EXPECT_EQ(read({"watch", "--interval", "86400"}).options.interval, 86400);
@@ -257,9 +281,9 @@ TEST(CommandLineTest, HelpIsFineAndTellsTheExitCodes) {
 TEST(CommandLineTest, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
     const std::string get = read({"get", "--help"}).output;
     EXPECT_THAT(get, StartsWith("Show one instance with all its properties\nUsage: zelhost get [OPTIONS] NAME\n"));
-    for (const char* option :
-         {"--class CLASS", "--help", "--version", "--provider PATH", "--provider-name NAME", "--chip PATH",
-          "--scenario NAME|FILE", "--namespace NAME", "--format FORMAT", "--provider-output FILE|-"}) {
+    for (const char* option : {"--class CLASS", "--help", "--version", "--provider PATH", "--provider-name NAME",
+                               "--chip system|simulated|PATH", "--scenario NAME|FILE", "--namespace NAME",
+                               "--format FORMAT", "--provider-output FILE|-"}) {
         EXPECT_THAT(get, HasSubstr(option));
     }
     for (const char* option : {"--interval", "--count", "--language", "--schema"}) {

@@ -36,6 +36,13 @@ class LocationsTest : public testing::Test {
         return "";
     }
 
+    static void expectChip(const LibraryChoice& choice, const std::string& path, const std::string& substitute,
+                           bool isRequired) {
+        EXPECT_EQ(choice.chip.path, path);
+        EXPECT_EQ(choice.chip.substitute, substitute);
+        EXPECT_EQ(choice.chip.isRequired, isRequired);
+    }
+
     TemporaryDirectory m_temporary;
     const fs::path& m_directory = m_temporary.path();
 };
@@ -47,6 +54,7 @@ TEST_F(LocationsTest, BuildTree) {
     const std::string scenario = make("host/scenarios/healthy.toml");
     const std::string schema = make("host/schema/tqs.mof");
     const InstallTree tree = installTree(m_directory / "host");
+    EXPECT_FALSE(tree.isInstalled);
     EXPECT_EQ(tree.provider, provider);
     EXPECT_EQ(tree.simulatedChip, chip);
     EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
@@ -61,6 +69,7 @@ TEST_F(LocationsTest, InstalledTree) {
     const std::string scenario = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/scenarios/healthy.toml");
     const std::string schema = make(fs::path("bin") / DATA_FROM_PROGRAM / "zelsensors/schema/tqs.mof");
     const InstallTree tree = installTree(fs::path(program).parent_path());
+    EXPECT_TRUE(tree.isInstalled);
     EXPECT_EQ(tree.provider, provider);
     EXPECT_EQ(tree.simulatedChip, chip);
     EXPECT_EQ(tree.scenarios, fs::path(scenario).parent_path());
@@ -71,36 +80,52 @@ TEST_F(LocationsTest, NothingThereLeavesTheChoiceToTheLoader) {
     const InstallTree tree = installTree(m_directory);
     EXPECT_EQ(tree.provider, "libzelsensors.so.0");
     EXPECT_EQ(tree.simulatedChip, "");
-    const LibraryChoice choice = choose(Options(), tree);
-    EXPECT_EQ(choice.chip, "");
-    EXPECT_FALSE(choice.isChipSimulated);
+    EXPECT_TRUE(tree.isInstalled);
+    expectChip(choose(Options(), tree), "libzelchip.so.0", "", false);
 }
 
-TEST_F(LocationsTest, OwnSimulatedChipIsTheDefault) {
+TEST_F(LocationsTest, InstalledSimulatedChipIsForSystemsWithoutAnother) {
     const LibraryChoice choice = choose(Options(), {"/own/provider", "/own/chip", "", ""});
     EXPECT_EQ(choice.provider, "/own/provider");
-    EXPECT_EQ(choice.chip, "/own/chip");
-    EXPECT_TRUE(choice.isChipSimulated);
+    expectChip(choice, "libzelchip.so.0", "/own/chip", false);
     EXPECT_EQ(choice.scenario, "");
 }
 
-TEST_F(LocationsTest, SystemsChipByItsWord) {
+TEST_F(LocationsTest, BuildTreeSimulates) {
+    expectChip(choose(Options(), {"/own/provider", "/own/chip", "", "", false}), "/own/chip", "", true);
+    expectChip(choose(Options(), {"/own/provider", "", "", "", false}), "libzelchip.so.0", "", false);
+}
+
+TEST_F(LocationsTest, ChipByItsWord) {
     Options options;
-    options.chip = "system";
-    const LibraryChoice choice = choose(options, {"/own/provider", "/own/chip", "", ""});
-    EXPECT_EQ(choice.chip, "");
-    EXPECT_FALSE(choice.isChipSimulated);
+    for (const bool isInstalled : {true, false}) {
+        const InstallTree tree{"/own/provider", "/own/chip", "", "", isInstalled};
+        options.chip = "system";
+        expectChip(choose(options, tree), "libzelchip.so.0", "", true);
+        options.chip = "simulated";
+        expectChip(choose(options, tree), "/own/chip", "", true);
+    }
+    EXPECT_EQ(complaint(options, {"/own/provider", "", "", ""}),
+              "there is no simulated chip library beside zelhost; install it, or name one with --chip");
+}
+
+TEST_F(LocationsTest, ScenarioAsksForTheSimulatedChip) {
+    Options options;
+    options.scenario = make("mine.toml");
+    expectChip(choose(options, {"/own/provider", "/own/chip", "", ""}), "/own/chip", "", true);
+    options.chip = "/other/chip";
+    expectChip(choose(options, {"/own/provider", "/own/chip", "", ""}), "/other/chip", "", true);
 }
 
 TEST_F(LocationsTest, ChipByFileOrDirectory) {
     Options options;
     options.chip = make("other/libzelchip.so.0");
-    EXPECT_EQ(choose(options, {}).chip, options.chip);
+    expectChip(choose(options, {}), options.chip, "", true);
     const std::string file = options.chip;
     options.chip = fs::path(file).parent_path();
-    EXPECT_EQ(choose(options, {}).chip, file);
+    expectChip(choose(options, {}), file, "", true);
     options.chip = "libzelchip.so.0";
-    EXPECT_EQ(choose(options, {}).chip, "./libzelchip.so.0");
+    expectChip(choose(options, {}), "./libzelchip.so.0", "", true);
 }
 
 TEST_F(LocationsTest, ScenarioByName) {
@@ -146,8 +171,7 @@ TEST_F(LocationsTest, ScenarioThatIsNoFileIsToldAsWhatItIs) {
 TEST_F(LocationsTest, ScenarioNeedsASimulatedChip) {
     Options options;
     options.scenario = make("mine.toml");
-    options.chip = "system";
-    EXPECT_THAT(complaint(options, {"p", "c", "", ""}), HasSubstr("needs a simulated chip library"));
+    EXPECT_THAT(complaint(options, {"p", "", "", ""}), HasSubstr("there is no simulated chip library"));
 }
 
 TEST_F(LocationsTest, SchemaOfTheOwnTree) {

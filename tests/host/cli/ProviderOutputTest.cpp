@@ -39,14 +39,21 @@ TEST(ProviderOutputTest, StaysApartWhileOursGoesOut) {
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
-TEST(ProviderOutputTest, WithoutDestinationTheStartAloneIsCollected) {
+TEST(ProviderOutputTest, WithoutDestinationTheStartIsCollectedApart) {
     const ProcessOutcome outcome = runInFreshProcess([] {
         ProviderOutput apart("");
         chatter();
         std::printf("buffered");
         apart.endStart();
+        EXPECT_EQ(apart.start(), "to output\nto error\nbuffered");
+        EXPECT_EQ(apart.collected(), "");
         chatter();
-        EXPECT_EQ(apart.collected(), "to output\nto error\nbuffered");
+        EXPECT_EQ(apart.collected(), "to output\nto error\n");
+        apart.forget();
+        EXPECT_EQ(apart.collected(), "");
+        std::fprintf(stderr, "more\n");
+        EXPECT_EQ(apart.collected(), "more\n");
+        EXPECT_EQ(apart.start(), "to output\nto error\nbuffered");
     });
     EXPECT_EQ(outcome.exitCode, 0) << outcome.standardError;
     EXPECT_EQ(outcome.standardOutput, "");
@@ -58,6 +65,7 @@ TEST(ProviderOutputTest, ChosenDestinationsGetTheRestToo) {
         {
             ProviderOutput apart("-");
             apart.endStart();
+            apart.forget();
             chatter();
             EXPECT_EQ(apart.collected(), "to output\nto error\n");
         }

@@ -132,13 +132,16 @@ TEST_F(VerifyProgramTest, FailedRequestsAreToldOnBothOutputs) {
 }
 
 TEST_F(VerifyProgramTest, FailedStartIsExplainedByItsLines) {
-    const ProgramEnd end = run({"verify", "--format", "json"}, "seed = -1\n");
+    const ProgramEnd end =
+        run({"verify", "--format", "json"}, "[[fault]]\noperation = \"initialise\"\nstatus = 0x00010002\n");
     EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(json::parse(end.output)["simulated"], true);
     EXPECT_EQ(json::parse(end.output)["conforms"], false);
     EXPECT_THAT(end.errors, StartsWith("zelhost: the provider answered 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE\n"
                                        "zelhost: its start failed; its own lines:\n"
                                        "provider: CONSTRUCTOR\n"));
-    EXPECT_THAT(end.errors, HasSubstr("\nprovider: " + m_directory.path("scenario.toml") + ":1: 'seed'"));
+    EXPECT_THAT(end.errors,
+                HasSubstr(" SensorProvider::initialize - Initialise Service Driver failed - sscode=0x00010002\n"));
     EXPECT_THAT(end.errors, Not(HasSubstr("DESTRUCTOR")));
 }
 

@@ -21,6 +21,8 @@ using host::watch;
 using host::WatchOutcome;
 using testing::HasSubstr;
 
+const host::AnsweringChip CHIP{"/real/chip", false};
+
 class WatchTest : public testing::Test {
   protected:
     WatchTest() : m_file(makeMemoryFile()), m_output(m_file) {
@@ -38,23 +40,24 @@ class WatchTest : public testing::Test {
 TEST_F(WatchTest, GoesOnAfterAFailedRound) {
     unsigned asked = 0;
     const WatchOutcome outcome = watch(
-        m_options, "note", [&asked] { return replyOf(++asked == 2 ? CMPI_RC_ERR_FAILED : CMPI_RC_OK, {}); }, m_output);
+        m_options, CHIP, [&asked] { return replyOf(++asked == 2 ? CMPI_RC_ERR_FAILED : CMPI_RC_OK, {}); }, m_output);
     EXPECT_EQ(outcome.rounds, 3U);
     EXPECT_EQ(outcome.failedRounds, 1U);
     EXPECT_EQ(outcome.lastFailure.rc, CMPI_RC_ERR_FAILED);
     const std::string text = takeContents(m_file);
-    EXPECT_THAT(text, HasSubstr("  round 2  note\nStatus 1 CMPI_RC_ERR_FAILED;"));
-    EXPECT_THAT(text, HasSubstr("  round 3  note\nStatus 0 CMPI_RC_OK;"));
+    EXPECT_THAT(text, HasSubstr("  round 2  Chip library: /real/chip\nStatus 1 CMPI_RC_ERR_FAILED;"));
+    EXPECT_THAT(text, HasSubstr("  round 3  Chip library: /real/chip\nStatus 0 CMPI_RC_OK;"));
     EXPECT_EQ(text.find('\x1b'), std::string::npos);
 }
 
 TEST_F(WatchTest, JsonIsOneDocumentALine) {
     m_options.format = host::Format::Json;
     watch(
-        m_options, "", [] { return replyOf(CMPI_RC_OK, {sensorOf("A", 1, 2, 0)}); }, m_output);
+        m_options, CHIP, [] { return replyOf(CMPI_RC_OK, {sensorOf("A", 1, 2, 0)}); }, m_output);
     std::istringstream lines(takeContents(m_file));
     unsigned count = 0;
     for (std::string line; std::getline(lines, line); ++count) {
+        EXPECT_EQ(nlohmann::json::parse(line)["simulated"], false);
         EXPECT_EQ(nlohmann::json::parse(line)["instances"][0]["properties"]["CurrentReading"], 1);
     }
     EXPECT_EQ(count, 3U);
@@ -63,7 +66,7 @@ TEST_F(WatchTest, JsonIsOneDocumentALine) {
 TEST_F(WatchTest, SignalDuringARequestEndsItAfterThatRound) {
     m_options.rounds = 0;
     const WatchOutcome outcome = watch(
-        m_options, "",
+        m_options, CHIP,
         [] {
             raise(SIGTERM);
             return replyOf(CMPI_RC_OK, {});
@@ -76,7 +79,7 @@ TEST_F(WatchTest, SignalDuringARequestEndsItAfterThatRound) {
 TEST_F(WatchTest, HandlersAreGivenBack) {
     m_options.rounds = 1;
     watch(
-        m_options, "", [] { return replyOf(CMPI_RC_OK, {}); }, m_output);
+        m_options, CHIP, [] { return replyOf(CMPI_RC_OK, {}); }, m_output);
     struct sigaction now {};
     sigaction(SIGTERM, nullptr, &now);
     EXPECT_EQ(now.sa_handler, SIG_DFL);

@@ -26,7 +26,7 @@ json property(Value value) {
 
 TEST(JsonFormatTest, DocumentHasAllMembers) {
     const json expected = json::parse(R"({
-        "command": "instances", "namespace": "root/cimv2", "class": "TQS_NumericSensor",
+        "command": "instances", "namespace": "root/cimv2", "class": "TQS_NumericSensor", "simulated": null,
         "status": {"rc": 0, "name": "CMPI_RC_OK"},
         "paths": [],
         "instances": [{

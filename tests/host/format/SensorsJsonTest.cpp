@@ -10,7 +10,7 @@
 namespace {
 
 using broker::Value;
-using host::ChipInfo;
+using host::AnsweringChip;
 using host::Round;
 using host::Sensor;
 using host::sensorsCsv;
@@ -74,7 +74,8 @@ constexpr const char* WHOLE_DOCUMENT = R"JSON({
 )JSON";
 
 TEST(SensorsJsonTest, WholeDocument) {
-    EXPECT_EQ(sensorsJson(roundOf({supply()}), "root/cimv2", TIME, ChipInfo{"/lib/chip.so", true}), WHOLE_DOCUMENT);
+    EXPECT_EQ(sensorsJson(roundOf({supply()}), "root/cimv2", TIME, AnsweringChip{"/lib/chip.so", true}),
+              WHOLE_DOCUMENT);
 }
 
 TEST(SensorsJsonTest, WithoutReadingValueSeverityAndSideAreNull) {
@@ -85,7 +86,7 @@ TEST(SensorsJsonTest, WithoutReadingValueSeverityAndSideAreNull) {
 
 TEST(SensorsJsonTest, UnknownChipIsNullAndSoIsTheNameOfTheSystems) {
     EXPECT_TRUE(json::parse(sensorsJson({}, "n", TIME, std::nullopt))["chip"].is_null());
-    const json system = json::parse(sensorsJson({}, "n", TIME, ChipInfo{"", false}))["chip"];
+    const json system = json::parse(sensorsJson({}, "n", TIME, AnsweringChip{"", false}))["chip"];
     EXPECT_TRUE(system["library"].is_null());
     EXPECT_EQ(system["simulated"], false);
 }
@@ -154,7 +155,7 @@ std::set<std::string> documentedKeys(const std::string& section) {
 
 TEST(SensorsJsonTest, KeysAreExactlyThoseDocumented) {
     std::set<std::string> keys;
-    collectKeys(json::parse(sensorsJson(roundOf({supply()}), "n", TIME, ChipInfo{"c", true})), "", keys);
+    collectKeys(json::parse(sensorsJson(roundOf({supply()}), "n", TIME, AnsweringChip{"c", true})), "", keys);
     EXPECT_EQ(keys, documentedKeys("zelhost sensors"));
 }
 

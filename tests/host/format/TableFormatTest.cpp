@@ -121,6 +121,14 @@ TEST(TableFormatTest, EventLogIsShownWithLinesAndState) {
               "LogMultipleEventTimeWindow: 60\n");
 }
 
+TEST(TableFormatTest, LinesThatBeginWithANumberGetNoSecondOne) {
+    const broker::Instance log = instanceOf(
+        "TQS_SystemEventLog", "L",
+        {{"LogLines",
+          Value::ofArray({Value::ofText("01 a", CMPI_chars), Value::ofText("02 b", CMPI_chars)}, CMPI_chars)}});
+    EXPECT_EQ(textOf(answerOf(Command::Log, replyOf(CMPI_RC_OK, {log}))), "Line\n01 a\n02 b\n\n");
+}
+
 TEST(TableFormatTest, EventLogWithoutLinesSaysSo) {
     const broker::Instance log = instanceOf("TQS_SystemEventLog", "L", {{"LogValid", Value::ofBoolean(true)}});
     EXPECT_EQ(textOf(answerOf(Command::Log, replyOf(CMPI_RC_OK, {log}))),

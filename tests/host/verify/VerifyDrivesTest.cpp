@@ -6,6 +6,7 @@
 #include "FakeDrives.h"
 #include "FreshProcess.h"
 #include "Sandbox.h"
+#include "source/ChipLibrary.h"
 #include "source/Session.h"
 #include "verify/SchemaFiles.h"
 #include "verify/Verify.h"
@@ -28,7 +29,8 @@ TEST_F(VerifyDrivesTest, DriveSensorsConform) {
             drives::attach(node, {}, 313);
         }
         setenv("ZELCHIP_SCENARIO", SCENARIOS "/grebel-drives.toml", 1);
-        host::Session session({PROVIDER, CHIP, true, ""}, "SensorProvider");
+        const host::ChipLibrary chip({CHIP, "", true});
+        host::Session session(PROVIDER, "SensorProvider");
         const host::Verification verification =
             host::verify(host::readSchema({SCHEMA "/qualifiers.mof", SCHEMA "/tqs.mof"}), "root/cimv2", session);
         EXPECT_EQ(verificationText(verification),

@@ -132,9 +132,9 @@ TEST_F(VerifyTest, FailedRequestsAreProblemsAndTheFirstIsKept) {
 
 TEST_F(VerifyTest, JsonListsClassesWithTheirProblems) {
     m_names.paths[0].className = "Th\xffing\xc2\xb0";
-    const std::string text = verificationJson(verified());
+    const std::string text = verificationJson(verified(), true);
     EXPECT_EQ(nlohmann::json::parse(text), nlohmann::json::parse(R"({
-        "command": "verify", "namespace": "root/cimv2", "conforms": false,
+        "command": "verify", "namespace": "root/cimv2", "simulated": true, "conforms": false,
         "classes": [{"class": "Thing", "names": 2, "instances": 2, "singles": 2, "problems": [
             {"request": "names", "path": "root/cimv2:Th\\xffing\u00b0.Name=\"a\"", "text": "the class is not Thing"}
         ]}]})"));
@@ -143,7 +143,8 @@ TEST_F(VerifyTest, JsonListsClassesWithTheirProblems) {
 }
 
 TEST_F(VerifyTest, JsonOfWhatConformsHasNoProblems) {
-    const auto document = nlohmann::json::parse(verificationJson(verified()));
+    const auto document = nlohmann::json::parse(verificationJson(verified(), std::nullopt));
+    EXPECT_EQ(document["simulated"], nullptr);
     EXPECT_EQ(document["conforms"], true);
     EXPECT_EQ(document["classes"][0]["problems"], nlohmann::json::array());
 }
