@@ -7,6 +7,8 @@
 #include "cli/Failure.h"
 #include "cli/Grammar.h"
 #include "cli/Spelling.h"
+#include "format/PluginFormat.h"
+#include "text/Charset.h"
 #include "text/Utf8.h"
 
 namespace host {
@@ -54,7 +56,10 @@ void refuseWrongFormat(const Options& options) {
     if (options.format == Format::Csv && command != Command::Sensors) {
         throw UsageError(std::string(nameOf(command)) + " has no CSV format; sensors has one");
     }
-    const bool hasNoMof = command == Command::Sensors || command == Command::Verify;
+    if (options.format != Format::Table && command == Command::Check) {
+        throw UsageError("check has the format of monitoring plugins alone");
+    }
+    const bool hasNoMof = command == Command::Sensors || command == Command::Watch || command == Command::Verify;
     if (options.format == Format::Mof && hasNoMof)
         throw UsageError(std::string(nameOf(command)) + " has no MOF format");
 }
@@ -123,9 +128,6 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     refuseWrongOptions(grammar);
     refuseWrongFormat(options);
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
-    if (options.request.command == Command::Watch && options.request.className == EVENT_LOG_CLASS) {
-        throw UsageError(std::string("watch: ") + EVENT_LOG_CLASS + " has no readings; log shows it");
-    }
     if (options.request.command == Command::Log) options.request.className = EVENT_LOG_CLASS;
     return std::nullopt;
 }
@@ -139,6 +141,12 @@ std::optional<int> readCommandLine(int count, const char* const* arguments, Opti
         return read(grammar, count, arguments, options, output, errors);
     } catch (const UsageError& error) {
         const std::string command = grammar.command();
+        // A monitoring system reads standard output alone, and the status 2 would be CRITICAL.
+        if (command == nameOf(Command::Check)) {
+            const PluginAnswer answer = unknownAnswer(error.what(), charsetOfEnvironment());
+            output << answer.text;
+            return static_cast<int>(answer.state);
+        }
         errors << "zelhost: " << printable(error.what()) << "\nSee zelhost " << command << (command.empty() ? "" : " ")
                << "--help.\n";
         return ExitCode::WrongUsage;

@@ -27,7 +27,8 @@ constexpr const char* FOOTER =
     "     problem\n"
     "  2  wrong usage, or a schema or a scenario that cannot be read or has mistakes\n"
     "  3  the provider or the chip library could not be loaded\n"
-    "  4  the output could not be written\n";
+    "  4  the output could not be written\n"
+    "check ends as monitoring plugins do: 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN\n";
 
 constexpr const char* COMMON_GROUP = "Options of every command";
 constexpr const char* SPECIAL_GROUP = "Options of some commands";
@@ -134,6 +135,16 @@ bool isWorstFirstIn(const std::string& text) {
     throw UsageError("--sort: '" + text + "' is not severity");
 }
 
+void readWarning(const std::string& word, CheckOptions& check) {
+    if (word == "critical") {
+        check.warnsOnCritical = true;
+    } else if (word == "no-reading") {
+        check.warnsOnNoReading = true;
+    } else {
+        throw UsageError("--warn-on: '" + word + "' is not one of critical, no-reading");
+    }
+}
+
 std::string kindIn(const std::string& text) {
     std::string kinds;
     for (const char* kind : sensorKinds()) {
@@ -202,7 +213,7 @@ void Grammar::addCommonOptions(Options& options) {
             options.scenario);
     addText(m_app, "--namespace", "NAME", "CIM namespace", options.request.nameSpace);
     addOption(m_app, "--format", "FORMAT",
-              "Output format: table, json, mof (not of sensors and verify) or csv (of sensors) (default: table)",
+              "Output format: table, json, mof (not of sensors, watch and verify) or csv (of sensors) (default: table)",
               [&options](const std::string& text) { options.format = formatIn(text); });
     addText(m_app, "--provider-output", "FILE|-",
             "Where the provider's own lines go: a file, or - to show them on standard error at the end (default: "
@@ -231,14 +242,17 @@ void Grammar::addSpecialOptions(Options& options) {
                       [&options](const std::string& text) { options.lines.since = momentOf(text); })] = {"log"};
     special[addText(m_app, "--match", "TEXT", "Show the lines that have this text, in capitals or not",
                     options.lines.match)] = {"log"};
-    m_schema = m_app
-                   .add_option("--schema", options.schema,
-                               "MOF file with declarations of qualifiers or classes, for verify; may be given again, "
-                               "and each file may use what those before it declare (default: the schema of zelhost's "
-                               "tree)")
-                   ->type_name("FILE")
-                   ->allow_extra_args(false);
-    special[m_schema] = {"verify"};
+    addCheckOptions(options.check);
+    CLI::Option* schema =
+        m_app
+            .add_option("--schema", options.schema,
+                        "MOF file with declarations of qualifiers or classes, for verify; may be given again, "
+                        "and each file may use what those before it declare (default: the schema of zelhost's "
+                        "tree)")
+            ->type_name("FILE")
+            ->allow_extra_args(false);
+    special[schema] = {"verify"};
+    m_repeatable.insert(schema);
 }
 
 void Grammar::addSensorOptions(SensorOptions& sensors) {
@@ -252,10 +266,35 @@ void Grammar::addSensorOptions(SensorOptions& sensors) {
         "sensors"};
     special[addOption(m_app, "--color", "WHEN", "Colours in the table: auto, always or never",
                       [&sensors](const std::string& text) { sensors.colouring = colouringIn(text); })
-                ->default_str("auto")] = {"sensors"};
+                ->default_str("auto")] = {"sensors", "watch"};
     special[m_app.add_flag_callback(
         "--no-header", [&sensors] { sensors.hasHeader = false; },
         "Leave out the titles of table and CSV, and the table's last line")] = {"sensors"};
+}
+
+void Grammar::addCheckOptions(CheckOptions& check) {
+    SpecialOptions& special = *m_special;
+    CLI::Option* ignored = m_app
+                               .add_option("--ignore", check.ignored,
+                                           "Leave out the sensors of that name, label, handle or pattern with * and ?; "
+                                           "may be given again")
+                               ->type_name("PATTERN")
+                               ->allow_extra_args(false);
+    special[ignored] = {"check"};
+    CLI::Option* warnings = m_app
+                                .add_option_function<std::vector<std::string>>(
+                                    "--warn-on",
+                                    [&check](const std::vector<std::string>& words) {
+                                        for (const std::string& word : words) readWarning(word, check);
+                                    },
+                                    "What is to be a WARNING: critical (thresholds past, else CRITICAL) or no-reading "
+                                    "(else UNKNOWN); may be given again")
+                                ->type_name("WHAT")
+                                ->allow_extra_args(false);
+    special[warnings] = {"check"};
+    special[m_app.add_flag("--event-log", check.withEventLog,
+                           "Look at the event log too: a full or invalid one is a WARNING")] = {"check"};
+    m_repeatable.insert({ignored, warnings});
 }
 
 void Grammar::addReadingCommands(Options& options) {
@@ -269,7 +308,8 @@ void Grammar::addReadingCommands(Options& options) {
                     "Value of the key Name, or what sensors takes for one")
         ->required();
     addCommand(m_app, options, Command::Log, "Show the lines and the state of the event log");
-    addClassArgument(addCommand(m_app, options, Command::Watch, "Show the sensors again and again"), options);
+    addCommand(m_app, options, Command::Watch, "Show the sensors again and again; q ends, arrows and pages scroll");
+    addCommand(m_app, options, Command::Check, "Check the sensors, as a plugin of a monitoring system");
     addCommand(m_app, options, Command::Verify, "Compare all answers with the classes' schema");
 }
 

@@ -36,7 +36,7 @@ class Grammar {
 
     // The option stands on the command line, and this command does not take it.
     bool isMisplaced(const CLI::Option* option, const std::string& command) const;
-    bool mayBeRepeated(const CLI::Option* option) const { return option == m_schema; }
+    bool mayBeRepeated(const CLI::Option* option) const { return m_repeatable.count(option) != 0; }
     // The command's argument that has to be there and is not; empty for none.
     std::string missingArgument() const;
 
@@ -47,13 +47,14 @@ class Grammar {
     void addCommonOptions(Options& options);
     void addSpecialOptions(Options& options);
     void addSensorOptions(SensorOptions& sensors);
+    void addCheckOptions(CheckOptions& check);
     void addReadingCommands(Options& options);
     void addWritingCommands(Options& options);
     void addOwnCommands(Options& options);
 
     std::shared_ptr<SpecialOptions> m_special = std::make_shared<SpecialOptions>();
     CLI::App m_app;
-    const CLI::Option* m_schema = nullptr;
+    std::set<const CLI::Option*> m_repeatable;
     std::string m_topic;
     std::string m_action;
 };

@@ -20,8 +20,16 @@ struct SensorOptions {
     bool onlyProblems = false;
     std::string kind;  // empty: all
     bool isWorstFirst = false;
-    Colouring colouring = Colouring::Auto;
+    Colouring colouring = Colouring::Auto;  // of watch too
     bool hasHeader = true;
+};
+
+// What `check` looks at, and how gravely it takes it.
+struct CheckOptions {
+    std::vector<std::string> ignored;  // sensors, as SensorNames.h takes them
+    bool warnsOnCritical = false;
+    bool warnsOnNoReading = false;
+    bool withEventLog = false;
 };
 
 struct Options {
@@ -29,6 +37,7 @@ struct Options {
     ScenarioAction scenarioAction = ScenarioAction::None;  // another than None: nothing is requested
     std::vector<std::string> scenarioFiles;                // of check
     SensorOptions sensors;
+    CheckOptions check;
     double interval = 2;              // seconds between the rounds of watch
     unsigned rounds = 0;              // of watch; 0: until it is interrupted
     std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's

@@ -1,5 +1,7 @@
 #include "cli/Run.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <exception>
 #include <optional>
@@ -8,7 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "cli/Check.h"
 #include "cli/Failure.h"
+#include "cli/LineKeeper.h"
 #include "cli/LocalTerminal.h"
 #include "cli/ProviderOutput.h"
 #include "cli/ScenarioCommands.h"
@@ -120,18 +124,12 @@ int askForSensors(const Options& options, const LocalTerminal& terminal, Streams
 int askAgain(const Options& options, const LocalTerminal& terminal, Streams& streams) {
     Session session(terminal.provider(), options.providerName);
     streams.provider.endStart();
-    std::string linesOfFailure;
-    const auto askOnce = [&] {
-        streams.provider.forget();
-        broker::Reply reply = host::ask(session, options.request);
-        if (reply.status.rc != CMPI_RC_OK) linesOfFailure = streams.provider.collected();
-        return reply;
-    };
-    const WatchOutcome outcome = watch(options, terminal.chip(), askOnce, streams.output);
+    LineKeeper source(session, streams.provider);
+    const WatchOutcome outcome = watch(options, source, chipNote(terminal.chip()), terminal.chip(), streams.output);
     if (outcome.failedRounds == 0) return ExitCode::Fine;
     tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
                              " rounds failed; the last failure was:\n");
-    report(outcome.lastFailure, linesOfFailure, terminal, options, streams);
+    report(outcome.lastFailure, source.linesOfFailure(), terminal, options, streams);
     return ExitCode::AnsweredError;
 }
 
@@ -148,9 +146,47 @@ int verifyAnswers(const Options& options, const LocalTerminal& terminal, const m
     return verification.conforms() ? ExitCode::Fine : ExitCode::AnsweredError;
 }
 
+int tellPlugin(const PluginAnswer& answer, Output& output) {
+    output.write(answer.text);
+    return static_cast<int>(answer.state);
+}
+
+int check(const Options& options, const LocalTerminal& terminal, Streams& streams) {
+    const Charset charset = streams.output.charset();
+    if (terminal.chip().isSimulated && !isSimulationWanted(options)) {
+        return tellPlugin(unknownAnswer("the chip library is a simulated one, which nobody asked for (--scenario or "
+                                        "--chip simulated); --chip system takes the terminal's own",
+                                        charset),
+                          streams.output);
+    }
+    Session session(terminal.provider(), options.providerName);
+    streams.provider.endStart();
+    const PluginFindings findings =
+        findingsOf(options.check, options.request.nameSpace, session, chipNote(terminal.chip()));
+    if (const std::optional<broker::Status> failure = firstFailure(findings))
+        report(*failure, streams.provider.collected(), terminal, options, streams);
+    const PluginRules rules{options.check.warnsOnCritical, options.check.warnsOnNoReading};
+    return tellPlugin(pluginAnswer(findings, rules, charset), streams.output);
+}
+
 int complain(Output& errors, const std::exception& failure, int exitCode) {
     tell(errors, "zelhost: " + printable(failure.what()) + '\n');
     return exitCode;
+}
+
+// Whatever goes wrong is UNKNOWN, and said where monitoring systems read it.
+int checkReported(const Options& options, const InstallTree& tree, Streams& streams) {
+    try {
+        try {
+            return check(options, LocalTerminal(choose(options, tree)), streams);
+        } catch (const OutputError&) {
+            throw;
+        } catch (const std::exception& failure) {
+            return tellPlugin(unknownAnswer(failure.what(), streams.output.charset()), streams.output);
+        }
+    } catch (const OutputError& failure) {
+        return complain(streams.errors, failure, static_cast<int>(PluginState::Unknown));
+    }
 }
 
 int runCommand(const Options& options, const InstallTree& tree, Streams& streams) {
@@ -175,6 +211,7 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
 
 int runReported(const Options& options, const InstallTree& tree, Streams& streams) {
     Output& errors = streams.errors;
+    if (options.request.command == Command::Check) return checkReported(options, tree, streams);
     try {
         return runCommand(options, tree, streams);
     } catch (const ReaderGone&) {
@@ -202,7 +239,7 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
 
 }  // namespace
 
-int run(const Options& options, const InstallTree& tree) {
+int run(const Options& options, const InstallTree& tree) try {
     ProviderOutput providerOutput(options.providerOutput);
     const Charset charset = charsetOfEnvironment();
     Streams streams{providerOutput, Output(providerOutput.standardOutput(), charset),
@@ -210,6 +247,11 @@ int run(const Options& options, const InstallTree& tree) {
     const int exitCode = runReported(options, tree, streams);
     if (options.providerOutput == "-") tell(streams.errors, marked(providerOutput.collected()));
     return exitCode;
+} catch (const UsageError& failure) {
+    // Where the provider's lines cannot go.
+    if (options.request.command != Command::Check) throw;
+    Output output(STDOUT_FILENO, charsetOfEnvironment());
+    return tellPlugin(unknownAnswer(failure.what(), output.charset()), output);
 }
 
 }  // namespace host

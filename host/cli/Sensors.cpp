@@ -4,6 +4,7 @@
 #include <ctime>
 #include <utility>
 
+#include "cli/Colouring.h"
 #include "cli/Failure.h"
 #include "cli/Spelling.h"
 #include "format/SensorsTable.h"
@@ -48,22 +49,6 @@ std::vector<std::size_t> chosen(const std::vector<std::string>& words, const std
     return all;
 }
 
-// From the least to the gravest: what cannot be read may be worse than what deserves attention only.
-int gravity(const Sensor& sensor) {
-    if (!sensor.reading) return 2;
-    switch (sensor.state.severity) {
-        case Severity::Normal:
-            return 0;
-        case Severity::NonCritical:
-            return 1;
-        case Severity::Critical:
-            return 3;
-        case Severity::Fatal:
-            return 4;
-    }
-    return 0;
-}
-
 void narrow(std::vector<Sensor>& sensors, const SensorOptions& options) {
     const auto isUnwanted = [&](const Sensor& sensor) {
         return (options.onlyProblems && !sensor.isProblem()) ||
@@ -72,11 +57,7 @@ void narrow(std::vector<Sensor>& sensors, const SensorOptions& options) {
     sensors.erase(std::remove_if(sensors.begin(), sensors.end(), isUnwanted), sensors.end());
     if (!options.isWorstFirst) return;
     std::stable_sort(sensors.begin(), sensors.end(),
-                     [](const Sensor& left, const Sensor& right) { return gravity(left) > gravity(right); });
-}
-
-bool isColoured(Colouring colouring, const Output& output) {
-    return colouring == Colouring::Always || (colouring == Colouring::Auto && output.takesColour());
+                     [](const Sensor& left, const Sensor& right) { return left.gravity() > right.gravity(); });
 }
 
 std::string tableOf(const Round& round, const SensorOptions& options, const std::optional<AnsweringChip>& chip,

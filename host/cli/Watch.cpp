@@ -1,6 +1,6 @@
 #include "cli/Watch.h"
 
-#include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -8,135 +8,216 @@
 #include <csignal>
 #include <cstdint>
 #include <ctime>
-#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
 
-#include "format/JsonFormat.h"
-#include "format/MofFormat.h"
+#include "cli/Colouring.h"
+#include "cli/KeyReader.h"
+#include "cli/Screen.h"
+#include "cli/Waiting.h"
+#include "format/SensorsJson.h"
 #include "format/WatchFormat.h"
+#include "health/SensorRounds.h"
 #include "source/Answer.h"
 
 namespace host {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = Waiting::Clock;
 
-volatile std::sig_atomic_t interrupted = 0;  // the signal's number
+// A round is given up, because the end is asked for while it waits.
+struct RoundGivenUp {};
 
-extern "C" void noteInterruption(int signal) {
-    interrupted = signal;
-}
-
-// Catches the signals that ask for an end, and lets them come while it waits only: a request is never cut short.
-class Interruption {
-  public:
-    Interruption() {
-        interrupted = 0;
-        sigset_t caught;
-        sigemptyset(&caught);
-        for (std::size_t i = 0; i < SIGNALS.size(); ++i) {
-            // What was ignored at the start, as under nohup, stays ignored.
-            sigaction(SIGNALS.at(i), nullptr, &m_before.at(i));
-            if (m_before.at(i).sa_handler == SIG_IGN) continue;
-            struct sigaction action {};
-            action.sa_handler = noteInterruption;
-            sigaction(SIGNALS.at(i), &action, nullptr);
-            sigaddset(&caught, SIGNALS.at(i));
-        }
-        pthread_sigmask(SIG_BLOCK, &caught, &m_maskBefore);
-    }
-    ~Interruption() {
-        // With the handlers still in place: a signal that waits is spent, since the end has been reached anyway.
-        pthread_sigmask(SIG_SETMASK, &m_maskBefore, nullptr);
-        for (std::size_t i = 0; i < SIGNALS.size(); ++i) sigaction(SIGNALS.at(i), &m_before.at(i), nullptr);
-    }
-    Interruption(const Interruption&) = delete;
-    Interruption& operator=(const Interruption&) = delete;
-
-    // Waits until then; false when a signal came.
-    bool waitUntil(Clock::time_point end) const {
-        while (interrupted == 0) {
-            const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(end - Clock::now()).count();
-            constexpr long SECOND = 1'000'000'000;
-            const timespec wait{left > 0 ? left / SECOND : 0, left > 0 ? left % SECOND : 0};
-            if (ppoll(nullptr, 0, &wait, &m_maskBefore) == 0) return true;
-        }
-        return false;
-    }
-
-  private:
-    static constexpr std::array<int, 3> SIGNALS{SIGINT, SIGTERM, SIGHUP};
-    std::array<struct sigaction, 3> m_before{};
-    sigset_t m_maskBefore{};
-};
-
-// The terminal while rounds are drawn over each other: cleared at first, without a cursor, and as it was at the end.
-class Screen {
-  public:
-    explicit Screen(Output& output) : m_output(output) { m_output.write("\x1b[?25l\x1b[2J"); }
-    ~Screen() {
-        try {
-            m_output.write("\x1b[0m\x1b[?25h");
-        } catch (const OutputError&) {
-            // The terminal is gone; the failure has been or will be met elsewhere.
-            return;
-        }
-    }
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
-
-    void draw(const std::vector<WatchLine>& lines) {
-        m_output.write(drawn(lines, m_output.size(), m_output.takesColour()));
-    }
-
-  private:
-    Output& m_output;
-};
-
-std::string localTime() {
-    const std::time_t now = std::time(nullptr);
+std::string textOf(std::time_t time) {
     std::tm parts{};
-    localtime_r(&now, &parts);
+    localtime_r(&time, &parts);
     std::array<char, 32> text{};
     std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
     return text.data();
 }
 
-std::string headOf(unsigned round, const std::string& note) {
-    return localTime() + "  round " + std::to_string(round) + "  " + note;
+// Keeps the sensors in their places that were there and are not named any more.
+void keepSensors(Round& round, const std::vector<Sensor>& before) {
+    if (round.status.rc == CMPI_RC_OK) return;
+    std::set<std::string> named;
+    for (const Sensor& sensor : round.sensors) named.insert(sensor.name);
+    for (const Sensor& sensor : before) {
+        if (named.count(sensor.name) != 0) continue;
+        Sensor missing = Sensor::withoutReading(sensor.name, "the provider answered " + statusText(round.status));
+        missing.failure = round.status;
+        round.sensors.push_back(std::move(missing));
+    }
 }
+
+// Where the picture begins after the key.
+std::size_t scrolled(const Picture& picture, Key key) {
+    const std::size_t page = std::max<std::size_t>(1, picture.room);
+    switch (key) {
+        case Key::Up:
+            return picture.first - std::min<std::size_t>(1, picture.first);
+        case Key::Down:
+            return picture.first + 1;
+        case Key::PageUp:
+            return picture.first - std::min(page, picture.first);
+        case Key::PageDown:
+            return picture.first + page;
+        case Key::Home:
+            return 0;
+        case Key::End:
+            return SIZE_MAX;
+        case Key::Quit:
+            break;
+    }
+    return picture.first;
+}
+
+class Watch {
+  public:
+    Watch(const Options& options, Source& source, std::string note, std::optional<AnsweringChip> chip, Output& output)
+        : m_options(options),
+          m_note(std::move(note)),
+          m_chip(std::move(chip)),
+          m_output(output),
+          m_style{output.charset(), isColoured(options.sensors.colouring, output)},
+          m_waiting(options.format == Format::Table && output.isTerminal()),
+          m_rounds(source, options.request.nameSpace,
+                   {Clock::now, [this](Clock::duration time) { waitInRound(time); }}) {
+        if (options.format == Format::Table && output.isTerminal()) m_screen.emplace(output);
+    }
+
+    WatchOutcome run() {
+        const std::chrono::nanoseconds interval(static_cast<std::int64_t>(m_options.interval * 1e9));
+        for (Clock::time_point next = Clock::now();;) {
+            try {
+                askOnce();
+            } catch (const RoundGivenUp&) {
+                endLine();
+                return m_outcome;
+            }
+            if (m_options.rounds != 0 && m_outcome.rounds >= m_options.rounds) return m_outcome;
+            next = std::max(next + interval, Clock::now());
+            if (!goesOnAt(next)) return m_outcome;
+        }
+    }
+
+  private:
+    void askOnce() {
+        const std::time_t time = std::time(nullptr);
+        Round round = m_rounds.next();
+        keepSensors(round, m_shown.round.sensors);
+        ++m_outcome.rounds;
+        if (const std::optional<broker::Status> failure = firstFailure(round)) {
+            ++m_outcome.failedRounds;
+            m_outcome.lastFailure = *failure;
+        }
+        m_shown = {std::move(round), textOf(time) + "  round " + std::to_string(m_outcome.rounds), m_note};
+        if (m_screen) {
+            draw(m_picture.first);
+        } else if (m_options.format == Format::Json) {
+            m_output.write(watchJson(m_shown.round, m_options.request.nameSpace, time, m_chip));
+        } else {
+            m_output.write(plainRound(m_shown, m_style));
+        }
+    }
+
+    void draw(std::size_t first) {
+        const Output::Size size = m_output.size();
+        m_picture = pictureOf(m_shown, {size.columns, size.lines}, first, m_style);
+        m_output.write(drawn(m_picture));
+    }
+
+    void stop() {
+        m_screen->leave();
+        m_waiting.stop();
+        m_screen->enter();
+    }
+
+    // Waits for the next round, and meanwhile does what comes; false for the end.
+    bool goesOnAt(Clock::time_point next) {
+        for (;;) {
+            switch (m_waiting.until(next, m_screen ? m_screen->keys() : -1)) {
+                case Event::TimeUp:
+                    return true;
+                case Event::End:
+                    endLine();
+                    return false;
+                case Event::Stop:
+                    stop();
+                    draw(m_picture.first);
+                    break;
+                case Event::Continue:
+                    if (m_screen) m_screen->enter();
+                    [[fallthrough]];
+                case Event::Resize:
+                    if (m_screen) draw(m_picture.first);
+                    break;
+                case Event::Input:
+                    if (!obeysKeys()) return false;
+                    break;
+            }
+        }
+    }
+
+    bool obeysKeys() {
+        std::array<char, 256> bytes{};
+        const ssize_t count = read(m_screen->keys(), bytes.data(), bytes.size());
+        if (count <= 0) {
+            m_screen->endKeys();
+            return true;
+        }
+        for (const Key key : m_keys.keysIn({bytes.data(), static_cast<std::size_t>(count)})) {
+            if (key == Key::Quit) return false;
+            draw(scrolled(m_picture, key));
+        }
+        return true;
+    }
+
+    void waitInRound(Clock::duration time) {
+        const Clock::time_point end = Clock::now() + time;
+        for (;;) {
+            switch (m_waiting.until(end, -1)) {
+                case Event::TimeUp:
+                    return;
+                case Event::End:
+                    throw RoundGivenUp();
+                case Event::Stop:
+                    stop();
+                    break;
+                case Event::Continue:
+                    if (m_screen) m_screen->enter();
+                    break;
+                case Event::Resize:
+                case Event::Input:
+                    break;
+            }
+        }
+    }
+
+    // The terminal shows "^C"; what comes next shall not stand behind it.
+    void endLine() {
+        if (m_waiting.endingSignal() == SIGINT && m_output.isTerminal()) m_output.write("\n");
+    }
+
+    const Options& m_options;
+    std::string m_note;
+    std::optional<AnsweringChip> m_chip;
+    Output& m_output;
+    WatchStyle m_style;
+    Waiting m_waiting;
+    SensorRounds m_rounds;
+    std::optional<Screen> m_screen;
+    KeyReader m_keys;
+    WatchRound m_shown;
+    Picture m_picture;
+    WatchOutcome m_outcome;
+};
 
 }  // namespace
 
-WatchOutcome watch(const Options& options, const AnsweringChip& chip, const std::function<broker::Reply()>& ask,
-                   Output& output) {
-    const Interruption interruption;
-    std::optional<Screen> screen;
-    if (options.format == Format::Table && output.isTerminal()) screen.emplace(output);
-    const std::chrono::nanoseconds interval(static_cast<std::int64_t>(options.interval * 1e9));
-    WatchOutcome outcome;
-    for (Clock::time_point next = Clock::now();;) {
-        const Answer answer{options.request.command, options.request.nameSpace, options.request.className, ask(), chip};
-        ++outcome.rounds;
-        if (answer.reply.status.rc != CMPI_RC_OK) {
-            ++outcome.failedRounds;
-            outcome.lastFailure = answer.reply.status;
-        }
-        if (options.format == Format::Json) {
-            output.write(jsonText(answer, JsonLayout::OneLine));
-        } else if (options.format == Format::Mof) {
-            output.write(mofText(answer));
-        } else {
-            const std::vector<WatchLine> lines =
-                watchLines(answer, headOf(outcome.rounds, chipNote(chip)), output.charset());
-            screen ? screen->draw(lines) : output.write(plainText(lines));
-        }
-        if (options.rounds != 0 && outcome.rounds >= options.rounds) return outcome;
-        next = std::max(next + interval, Clock::now());
-        if (interruption.waitUntil(next)) continue;
-        // The terminal shows "^C"; what comes next shall not stand behind it.
-        if (interrupted == SIGINT && output.isTerminal()) output.write("\n");
-        return outcome;
-    }
+WatchOutcome watch(const Options& options, Source& source, const std::string& note,
+                   const std::optional<AnsweringChip>& chip, Output& output) {
+    return Watch(options, source, note, chip, output).run();
 }
 
 }  // namespace host

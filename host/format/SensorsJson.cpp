@@ -126,6 +126,33 @@ std::string chipJson(const std::optional<AnsweringChip>& chip) {
         .text();
 }
 
+std::string document(const char* command, const Round& round, const std::string& nameSpace, std::time_t time,
+                     const std::optional<AnsweringChip>& chip) {
+    return Members("")
+        .add("format", std::to_string(FORMAT_VERSION))
+        .add("command", jsonOf(command))
+        .add("time", jsonOf(utcTime(time)))
+        .add("namespace", jsonOf(nameSpace))
+        .add("chip", chipJson(chip))
+        .add("status", statusJson(round.status))
+        .add("sensors", sensorsList(round.sensors))
+        .text();
+}
+
+// Texts in JSON have no line feeds: each is one of the layout, with blanks behind it.
+std::string inOneLine(const std::string& json) {
+    std::string text;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        if (json[i] != '\n') {
+            text += json[i];
+            continue;
+        }
+        if (!text.empty() && text.back() == ',') text += ' ';
+        i = json.find_first_not_of(' ', i + 1) - 1;
+    }
+    return text;
+}
+
 std::string csvField(const std::string& text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
     std::string field = "\"";
@@ -173,16 +200,12 @@ const char* severityWord(Severity severity) {
 
 std::string sensorsJson(const Round& round, const std::string& nameSpace, std::time_t time,
                         const std::optional<AnsweringChip>& chip) {
-    return Members("")
-               .add("format", std::to_string(FORMAT_VERSION))
-               .add("command", jsonOf("sensors"))
-               .add("time", jsonOf(utcTime(time)))
-               .add("namespace", jsonOf(nameSpace))
-               .add("chip", chipJson(chip))
-               .add("status", statusJson(round.status))
-               .add("sensors", sensorsList(round.sensors))
-               .text() +
-           '\n';
+    return document("sensors", round, nameSpace, time, chip) + '\n';
+}
+
+std::string watchJson(const Round& round, const std::string& nameSpace, std::time_t time,
+                      const std::optional<AnsweringChip>& chip) {
+    return inOneLine(document("watch", round, nameSpace, time, chip)) + '\n';
 }
 
 std::string sensorsCsv(const std::vector<Sensor>& sensors, bool hasHeader) {

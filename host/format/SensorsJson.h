@@ -15,6 +15,10 @@ namespace host {
 std::string sensorsJson(const Round& round, const std::string& nameSpace, std::time_t time,
                         const std::optional<AnsweringChip>& chip);
 
+// The same of `watch`, in one line.
+std::string watchJson(const Round& round, const std::string& nameSpace, std::time_t time,
+                      const std::optional<AnsweringChip>& chip);
+
 // A line for each sensor, and before them one with the names of the columns where it is wanted: RFC 4180, but lines end
 // in a line feed.
 std::string sensorsCsv(const std::vector<Sensor>& sensors, bool hasHeader);

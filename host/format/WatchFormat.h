@@ -2,30 +2,50 @@
 #ifndef ZELSENSORS_FORMAT_WATCHFORMAT_H
 #define ZELSENSORS_FORMAT_WATCHFORMAT_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
-#include "health/Sensor.h"
-#include "source/Answer.h"
-#include "text/Output.h"
+#include "health/SensorRounds.h"
+#include "text/Charset.h"
 
 namespace host {
 
-// A line of a round, and how grave what it shows is.
-struct WatchLine {
-    std::string text;
-    Severity severity = Severity::Normal;
+// A round, and what is said of it above its sensors.
+struct WatchRound {
+    Round round;
+    std::string head;  // time and number
+    std::string note;  // where the readings come from
 };
 
-// A round as people read it, in that charset: the head (which time and status), then a line for each sensor.
-std::vector<WatchLine> watchLines(const Answer& answer, const std::string& head, Charset charset);
+struct WatchStyle {
+    Charset charset = Charset::Utf8;
+    bool isColoured = false;
+};
 
-// The lines and an empty one, each with a newline.
-std::string plainText(const std::vector<WatchLine>& lines);
+// A round where nothing is overwritten: all sensors in the round's order, as wide as it gets, and an empty line.
+std::string plainRound(const WatchRound& round, const WatchStyle& style);
 
-// The lines as they are drawn over the last round's on a terminal of that size (0: not known): each cut to the width,
-// and as many as there is room for, the last saying how many are missing.
-std::string drawn(const std::vector<WatchLine>& lines, Output::Size size, bool inColour);
+// What can be seen of a round on a terminal.
+struct Picture {
+    std::vector<std::string> lines;  // without newlines; escapes in them move the cursor within the line at most
+    std::size_t first = 0;           // the first sensor that is shown
+    std::size_t room = 0;            // for so many sensors there is room
+};
+
+struct PictureSize {
+    std::size_t columns = 0;  // 0: not known, as wide as it gets
+    std::size_t lines = 0;    // 0: not known, all sensors
+};
+
+// Fits the round in, from the sensor `first` on, or less where there would be room left below. Where there is no room
+// for all sensors, the worst are the first. What is too wide gets narrower in steps: names are cut; bars shrink and go;
+// names are cut further; states go. A number is shown whole or, where its column is as wide as the terminal and still
+// too narrow, as "###"; it loses its unit before.
+Picture pictureOf(const WatchRound& round, PictureSize size, std::size_t first, const WatchStyle& style);
+
+// The picture as it is drawn over the last one.
+std::string drawn(const Picture& picture);
 
 }  // namespace host
 

@@ -114,14 +114,9 @@ void interpretDrive(Sensor& sensor) {
     if (!sensor.reason.empty()) sensor.reading = std::nullopt;
 }
 
-// What has two states has its threshold at the one that is to be noticed: an open cover reads 1 and has the limit 1.
-bool countsThresholdItself(std::int64_t type) {
-    return type == SWITCH || type == LOCK || type == PRESENCE || type == INTRUSION;
-}
-
 bool isPast(const Sensor& sensor, Number threshold, bool isHigh) {
     if (!threshold) return false;
-    if (*sensor.reading == *threshold) return countsThresholdItself(sensor.type);
+    if (*sensor.reading == *threshold) return sensor.countsThresholdItself();
     return isHigh == (*sensor.reading > *threshold);
 }
 
@@ -225,6 +220,26 @@ std::string Sensor::kind() const {
 
 std::string Sensor::stateWord() const {
     return reading ? state.word() : "no reading";
+}
+
+int Sensor::gravity() const {
+    if (!reading) return 2;
+    switch (state.severity) {
+        case Severity::Normal:
+            return 0;
+        case Severity::NonCritical:
+            return 1;
+        case Severity::Critical:
+            return 3;
+        case Severity::Fatal:
+            return 4;
+    }
+    return 0;
+}
+
+// The threshold stands at the state that is to be noticed: an open cover reads 1 and has the limit 1.
+bool Sensor::countsThresholdItself() const {
+    return type == SWITCH || type == LOCK || type == PRESENCE || type == INTRUSION;
 }
 
 std::string Sensor::scaled(Number number) const {

@@ -57,7 +57,12 @@ struct Sensor {
     std::string kind() const;
     // The state's word, or "no reading".
     std::string stateWord() const;
+    // From 0, all well, to the worst: what cannot be read may be worse than what deserves attention only.
+    int gravity() const;
     bool isProblem() const { return !reading || state.severity != Severity::Normal; }
+
+    // Whether a reading that equals a threshold is past it: so it is with what has two states.
+    bool countsThresholdItself() const;
 
     // A number in the sensor's units, such as "42.00"; "-" for none.
     std::string scaled(Number number) const;

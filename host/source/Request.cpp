@@ -6,6 +6,8 @@ const char* nameOf(Command command) {
     switch (command) {
         case Command::Sensors:
             return "sensors";
+        case Command::Check:
+            return "check";
         case Command::Names:
             return "names";
         case Command::Instances:

@@ -13,7 +13,6 @@ broker::Reply ask(Source& source, const Request& request) {
             return source.enumerateInstanceNames(classPath);
         case Command::Instances:
         case Command::Log:
-        case Command::Watch:
             return source.enumerateInstances(classPath);
         case Command::Get:
             return source.getInstance(path);
@@ -27,6 +26,8 @@ broker::Reply ask(Source& source, const Request& request) {
             return source.execQuery(classPath, request.query, request.queryLanguage);
         case Command::Verify:
         case Command::Sensors:
+        case Command::Check:
+        case Command::Watch:
             break;  // many requests
     }
     return {};

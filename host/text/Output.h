@@ -30,6 +30,7 @@ class Output {
 
     // What texts for people have to be made for.
     Charset charset() const { return m_charset; }
+    int descriptor() const { return m_descriptor; }
 
     // Writes all of the text, as it is. Throws OutputError, and ReaderGone where SIGPIPE is ignored.
     void write(std::string_view text);

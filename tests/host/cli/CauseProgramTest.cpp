@@ -10,6 +10,7 @@
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -47,7 +48,7 @@ class CauseProgramTest : public testing::Test {
         return place == std::string::npos ? "" : undated(end.errors.substr(place));
     }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 TEST_F(CauseProgramTest, EveryMistakeOfTheScenarioIsWrongUsage) {

@@ -8,6 +8,7 @@
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ class ChipProgramTest : public testing::Test {
     // The loader then finds the chip library that is no simulated one.
     static std::string terminal() { return "LD_LIBRARY_PATH=" + plainDirectory(); }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 TEST_F(ChipProgramTest, InstalledProgramTakesTheSystemsLibrary) {

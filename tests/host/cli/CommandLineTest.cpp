@@ -260,8 +260,28 @@ TEST(CommandLineTest, WatchTakesTheEndsOfTheRanges) {
     EXPECT_EQ(read({"watch", "--count", "4294967295"}).options.rounds, 4294967295U);
 }
 
-TEST(CommandLineTest, WatchOfTheEventLogPointsToLog) {
-    expectWrongUsage({"watch", "TQS_SystemEventLog"}, "watch: TQS_SystemEventLog has no readings; log shows it",
+TEST(CommandLineTest, CheckReadsItsOptions) {
+    const host::CheckOptions check =
+        read({"check", "--ignore", "a*", "--ignore", "b", "--warn-on", "critical", "--event-log"}).options.check;
+    EXPECT_EQ(check.ignored, (std::vector<std::string>{"a*", "b"}));
+    EXPECT_TRUE(check.warnsOnCritical);
+    EXPECT_FALSE(check.warnsOnNoReading);
+    EXPECT_TRUE(check.withEventLog);
+    EXPECT_TRUE(read({"check", "--warn-on", "no-reading"}).options.check.warnsOnNoReading);
+}
+
+TEST(CommandLineTest, WrongUsageOfCheckIsUnknownOnStandardOutput) {
+    const Read result = read({"check", "--event-lgo"});
+    EXPECT_EQ(result.ended, 3);
+    EXPECT_EQ(result.output, "SENSORS UNKNOWN: there is no option --event-lgo; did you mean --event-log?\n");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(read({"--interval", "x", "check"}).ended, 3);
+    EXPECT_EQ(read({"check", "check"}).ended, 3);
+    EXPECT_EQ(read({"--chip", "x", "check", "--namespace"}).ended, 3);
+}
+
+TEST(CommandLineTest, WatchIsOfSensorsAlone) {
+    expectWrongUsage({"watch", "TQS_SystemEventLog"}, "watch: there is an argument too many: TQS_SystemEventLog",
                      "watch ");
 }
 
@@ -290,7 +310,7 @@ TEST(CommandLineTest, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
         EXPECT_THAT(get, Not(HasSubstr(option)));
     }
     const std::string watch = read({"watch", "-h"}).output;
-    EXPECT_THAT(watch, HasSubstr("Usage: zelhost watch [OPTIONS] [CLASS]\n"));
+    EXPECT_THAT(watch, HasSubstr("Usage: zelhost watch [OPTIONS]\n"));
     EXPECT_THAT(watch, HasSubstr("--interval SECONDS"));
     EXPECT_THAT(watch, Not(HasSubstr("--class")));
 }

@@ -7,6 +7,7 @@
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ class LogProgramTest : public testing::Test {
         return end;
     }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 TEST_F(LogProgramTest, NumbersOfTheLinesAreShownOnce) {

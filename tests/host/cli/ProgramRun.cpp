@@ -1,6 +1,7 @@
 #include "ProgramRun.h"
 
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,7 +44,12 @@ void takePlace(int given, int standard) {
 }
 
 [[noreturn]] void becomeProgram(const char* program, char** arguments, char** environment, const Surroundings& place) {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) signal(number, SIG_DFL);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGQUIT, SIGTSTP}) signal(number, SIG_DFL);
+    if (place.input >= 0) dup2(place.input, STDIN_FILENO);
+    if (place.controls) {
+        setsid();
+        ioctl(STDIN_FILENO, TIOCSCTTY, 0);
+    }
     takePlace(place.output, STDOUT_FILENO);
     takePlace(place.errors, STDERR_FILENO);
     execve(program, arguments, environment);

@@ -21,6 +21,8 @@ struct Surroundings {
     int output = -1;  // -1: closed
     int errors = -1;
     std::vector<std::string> environment;
+    int input = -1;         // -1: that of the test
+    bool controls = false;  // `input` is the controlling terminal of a session of its own
 };
 
 // Starts the program (ZELHOST when `program` is empty) with default signal handling; the process is the caller's to

@@ -6,6 +6,7 @@
 
 #include "ProgramRun.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ using testing::EndsWith;
 
 class ScenarioProgramTest : public testing::Test {
   protected:
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 TEST_F(ScenarioProgramTest, ListShowsEverySuppliedScenario) {

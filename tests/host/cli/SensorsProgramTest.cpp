@@ -6,6 +6,7 @@
 #include "ProgramRun.h"
 #include "Sandbox.h"
 #include "Scenarios.h"
+#include "TemporaryDirectory.h"
 
 namespace {
 
@@ -70,7 +71,7 @@ class SensorsProgramTest : public testing::Test {
         return names;
     }
 
-    TestDirectory m_directory;
+    TemporaryDirectory m_directory;
 };
 
 TEST_F(SensorsProgramTest, TableSaysStatesReasonsAndTheChipLibrary) {

@@ -85,14 +85,14 @@ TEST_F(WatchProgramTest, RoundsInAFileCarryWordsAndNoEscapes) {
     EXPECT_EQ(end.exitCode, 0) << end.errors;
     EXPECT_THAT(end.output, HasSubstr("  round 1  Chip library: simulated, "));
     EXPECT_THAT(end.output, HasSubstr("  round 2  "));
-    EXPECT_THAT(end.output, HasSubstr("Status 0 CMPI_RC_OK; sensors: 2, past a threshold: 1\n"));
+    EXPECT_THAT(end.output, HasSubstr("\n2 sensors: 1 past a limit\n"));
     EXPECT_THAT(end.output, HasSubstr("Bad\\x1b[2J(0000001a)   2.999 V  critical low\n"));
     EXPECT_THAT(end.output, HasSubstr("CPU(00000001)         42.00 °C  ok            ["));
     EXPECT_THAT(end.output, Not(HasSubstr("\x1b")));
     EXPECT_EQ(end.errors, "");
 }
 
-TEST_F(WatchProgramTest, FailedRoundsDoNotEndIt) {
+TEST_F(WatchProgramTest, FailedSensorCostsItselfAlone) {
     const std::string scenario = m_directory.write("failing.toml", FAILING_SENSOR);
     const ProgramEnd end =
         runProgram({"watch", "--count", "2", "--interval", "0.1", "--format", "json", "--scenario", scenario});
@@ -102,12 +102,12 @@ TEST_F(WatchProgramTest, FailedRoundsDoNotEndIt) {
     for (std::string line; std::getline(lines, line); ++rounds) {
         const json document = json::parse(line, nullptr, false);
         ASSERT_TRUE(document.is_object()) << line;
-        if (rounds == 0) {
-            EXPECT_EQ(document["status"]["rc"], 1);
-        }
+        EXPECT_EQ(document["sensors"].size(), 3U);
+        EXPECT_EQ(document["sensors"][1]["value"], nullptr);
+        EXPECT_EQ(document["sensors"][2]["value"], 9);
     }
     EXPECT_EQ(rounds, 2U);
-    EXPECT_THAT(end.errors, HasSubstr(" of 2 rounds failed; the last failure was:\n"
+    EXPECT_THAT(end.errors, HasSubstr("zelhost: 2 of 2 rounds failed; the last failure was:\n"
                                       "zelhost: the provider answered 1 CMPI_RC_ERR_FAILED\n"));
 }
 
@@ -134,12 +134,12 @@ TEST_F(WatchProgramTest, InterruptionOnATerminalEndsCleanly) {
         startProgram({"watch", "--interval", "0.2", "--scenario", m_scenario, "--provider-output", lines},
                      {terminal.programs(), errors, {"TERM=xterm"}});
     terminal.closePrograms();
-    EXPECT_THAT(terminal.readUntil("  round 2  "), StartsWith("\x1b[?25l\x1b[2J\x1b[H"));
+    EXPECT_THAT(terminal.readUntil("  round 2"), StartsWith("\x1b[?25l\x1b[?7l\x1b[2J\x1b[H"));
     kill(process, SIGINT);
     const std::string shown = terminal.readAll();
     EXPECT_EQ(waitForProgram(process), 0);
     EXPECT_THAT(shown, HasSubstr("\x1b[31mBad\\x1b[2J(0000001a)"));
-    EXPECT_THAT(shown, EndsWith("\x1b[J\n\x1b[0m\x1b[?25h"));
+    EXPECT_THAT(shown, EndsWith("\x1b[J\n\x1b[0m\x1b[?7h\x1b[?25h"));
     EXPECT_EQ(takeContents(errors), "");
     std::ostringstream said;
     said << std::ifstream(lines).rdbuf();
@@ -153,9 +153,9 @@ TEST_F(WatchProgramTest, OnlyTheInterruptionThatTheTerminalShowsAddsALine) {
     if (!terminal.isUsable()) GTEST_SKIP() << "no pseudo-terminal can be had here";
     const pid_t process = startProgram({"watch", "--scenario", m_scenario}, {terminal.programs(), -1, {}});
     terminal.closePrograms();
-    terminal.readUntil("  round 1  ");
+    terminal.readUntil("  round 1");
     kill(process, SIGTERM);
-    EXPECT_THAT(terminal.readAll(), EndsWith("\x1b[K\n\x1b[J\x1b[0m\x1b[?25h"));
+    EXPECT_THAT(terminal.readAll(), EndsWith("\n\x1b[J\x1b[0m\x1b[?7h\x1b[?25h"));
     EXPECT_EQ(waitForProgram(process), 0);
 }
 
@@ -170,6 +170,15 @@ TEST_F(WatchProgramTest, NoColourWhereItIsNotWanted) {
         EXPECT_THAT(terminal.readAll(), Not(HasSubstr("\x1b[31m"))) << testing::PrintToString(wish);
         EXPECT_EQ(waitForProgram(process), 0);
     }
+}
+
+TEST_F(WatchProgramTest, ColoursAreWhatIsAskedFor) {
+    const auto outputWith = [this](const char* when, const std::vector<std::string>& environment) {
+        return runProgram({"watch", "--count", "1", "--color", when, "--scenario", m_scenario}, environment).output;
+    };
+    EXPECT_THAT(outputWith("always", {"NO_COLOR=1"}), HasSubstr("\n\x1b[31mBad\\x1b[2J(0000001a)"));
+    EXPECT_THAT(outputWith("auto", {"TERM=xterm"}), Not(HasSubstr("\x1b")));
+    EXPECT_THAT(outputWith("never", {}), Not(HasSubstr("\x1b")));
 }
 
 TEST_F(WatchProgramTest, ReaderThatGoesAwayEndsIt) {
