@@ -181,6 +181,8 @@ int checkReported(const Options& options, const InstallTree& tree, Streams& stre
             return check(options, LocalTerminal(choose(options, tree)), streams);
         } catch (const OutputError&) {
             throw;
+        } catch (const ScenarioMistakes& failure) {
+            return tellPlugin(unknownAnswer(failure.lines().front(), streams.output.charset()), streams.output);
         } catch (const std::exception& failure) {
             return tellPlugin(unknownAnswer(failure.what(), streams.output.charset()), streams.output);
         }

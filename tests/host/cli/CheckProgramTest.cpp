@@ -167,7 +167,7 @@ TEST_F(CheckProgramTest, WhateverGoesWrongIsUnknownWithItsReason) {
     EXPECT_THAT(reasonFor({"--scenario", m_scenario, "--namespace", "x"}),
                 HasSubstr("3 CMPI_RC_ERR_INVALID_NAMESPACE"));
     EXPECT_THAT(reasonFor({"--scenario", "/no/where"}), HasSubstr("/no/where"));
-    EXPECT_THAT(reasonFor({"--scenario", broken}), HasSubstr("16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE"));
+    EXPECT_THAT(reasonFor({"--scenario", broken}), HasSubstr("broken.toml:1: 'seed' in the file is -1, expected"));
     EXPECT_THAT(reasonFor({"--scenario", m_scenario, "--ignore", ""}), HasSubstr("may mean several sensors"));
     EXPECT_THAT(reasonFor({"--bogus"}), EndsWith(": there is no option --bogus"));
     EXPECT_THAT(reasonFor({"--warn-on", "x"}), EndsWith(": --warn-on: 'x' is not one of critical, no-reading"));
