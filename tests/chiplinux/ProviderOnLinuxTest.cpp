@@ -2,8 +2,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "Symbols.h"
 #include "LinuxChipTest.h"
+#include "Symbols.h"
 
 namespace {
 

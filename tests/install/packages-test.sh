@@ -66,6 +66,13 @@ if grep -q 'zel' "$work/depends"; then fail "it depends on one of ours: $(cat "$
 dpkg-deb -c "$simulator" >"$work/simulator.list"
 grep -qF ' ./usr/share/doc/zelsensors-simulator/scenario-format.md' "$work/simulator.list" ||
     fail "the simulator's package does not contain scenario-format.md"
+grep -qF ' ./usr/share/man/man5/zelsensors-scenario.5.gz' "$work/simulator.list" ||
+    fail "the simulator's package does not contain the manual page of scenarios"
+dpkg-deb -c "$host" >"$work/host.list"
+for file in usr/share/bash-completion/completions/zelhost usr/share/zsh/vendor-completions/_zelhost \
+    usr/share/zelsensors/json/sensors.schema.json; do
+    grep -qF " ./$file" "$work/host.list" || fail "no $file in the package of zelhost"
+done
 dpkg-deb -c "$linux" >"$work/linux.list"
 for file in "$libraries/libzelchip.so.0" "$libraries/zelsensors-linux/privatecopy.so" \
     usr/share/doc/zelsensors-linux/linux-machines.md; do
