@@ -8,10 +8,13 @@ CChip::CChip() : m_state(nullptr), m_reserved() {}
 CChip::~CChip() = default;
 
 sscode CChip::Initialise() {
-    return std::getenv("PLAIN_CHIP_FAILS") == nullptr ? 0 : 0x00010002;
+    if (std::getenv("PLAIN_CHIP_FAILS") != nullptr) return 0x00010002;
+    m_state = this;
+    return 0;
 }
 
 sscode CChip::EnumerateSensorHandles(CSensorHandleList& handles) {
+    if (m_state == nullptr) return 0x00010003;
     handles.push_back(1);
     return 0;
 }
