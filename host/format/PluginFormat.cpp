@@ -135,7 +135,7 @@ std::string summaryOf(const std::vector<Problem>& problems, const PluginFindings
     for (std::size_t i = 0; i < std::min(problems.size(), IN_FIRST_LINE); ++i) {
         text += (i == 0 ? "" : ", ") + problems[i].summary;
     }
-    if (problems.size() > IN_FIRST_LINE) text += " and " + std::to_string(problems.size() - IN_FIRST_LINE) + " more";
+    if (problems.size() > IN_FIRST_LINE) text += ", others: " + std::to_string(problems.size() - IN_FIRST_LINE);
     return findings.round.sensors.empty() ? text : text + " (" + countsOf(findings) + ')';
 }
 

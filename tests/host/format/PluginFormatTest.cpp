@@ -61,7 +61,7 @@ TEST(PluginAnswerTest, WholeText) {
     EXPECT_EQ(answer.state, PluginState::Critical);
     EXPECT_EQ(answer.text,
               "SENSORS CRITICAL: Hotter(00000003) 95 °C critical high, Gone(00000004) no reading, Hot(00000002) 85 °C "
-              "high and 1 more (4 sensors, 2 ignored, event log: 3 lines, full) | 'Fine(00000001)'=50;~:80;~:90 "
+              "high, others: 1 (4 sensors, 2 ignored, event log: 3 lines, full) | 'Fine(00000001)'=50;~:80;~:90 "
               "'Hot(00000002)'=85;~:80;~:90 'Hotter(00000003)'=95;~:80;~:90 'Gone(00000004)'=U event-log-lines=3;;;0\n"
               "[CRITICAL] Hotter(00000003): 95 °C, critical high; upper limits (n/c/f) 80 / 90 / 100\n"
               "[UNKNOWN] Gone(00000004): no reading; why\n"
