@@ -40,6 +40,10 @@ END {
     family("lastInstance", 10000, "")
     family("dueInstance", 10000, "")
     family("startUp", 1000, "")
+    for (n = 10; n <= 1000; n *= 10) {
+        sensors = n == 10 ? 14 : n
+        row("metrics / requests, " sensors, "metricsRound/" sensors, "metricsRequests/" sensors, "1.30")
+    }
     row("driveScan, 10", "driveScan/provider/10", "driveScan/floor/10", "")
     split("14 100 1000", sizes, " ")
     for (i = 1; i <= 3; ++i)

@@ -59,9 +59,19 @@ void refuseWrongFormat(const Options& options) {
     if (options.format != Format::Table && command == Command::Check) {
         throw UsageError("check has the format of monitoring plugins alone");
     }
+    if (options.format != Format::Table && command == Command::Metrics) {
+        throw UsageError("metrics has a format of its own");
+    }
     const bool hasNoMof = command == Command::Sensors || command == Command::Watch || command == Command::Verify;
     if (options.format == Format::Mof && hasNoMof)
         throw UsageError(std::string(nameOf(command)) + " has no MOF format");
+}
+
+// Throws UsageError.
+void refuseWrongMetrics(const Options& options) {
+    if (options.every > 0 && options.to.empty()) {
+        throw UsageError("metrics: --every needs --to, a file that is replaced each time");
+    }
 }
 
 // What was wrong where it was neither an unknown word nor a value.
@@ -128,6 +138,7 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     refuseWrongOptions(grammar);
     refuseWrongFormat(options);
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
+    if (options.request.command == Command::Metrics) refuseWrongMetrics(options);
     if (options.request.command == Command::Log) options.request.className = EVENT_LOG_CLASS;
     return std::nullopt;
 }

@@ -109,6 +109,20 @@ std::size_t lastIn(const std::string& text) {
     throw UsageError("--last: '" + text + "' is not a whole number from 1 to 4294967295");
 }
 
+double everyIn(const std::string& text) {
+    double seconds = 0;
+    const bool hasUnit = !text.empty() && text.back() == 's';
+    if (isNumber(text.substr(0, text.size() - (hasUnit ? 1 : 0)), seconds) && seconds >= 0.1 && seconds <= 86400) {
+        return seconds;
+    }
+    throw UsageError("--every: '" + text + "' is not a number of seconds from 0.1 to 86400, such as 15s");
+}
+
+std::string fileIn(const std::string& text) {
+    if (!text.empty()) return text;
+    throw UsageError("--to: the name of the file is empty");
+}
+
 unsigned countIn(const std::string& text) {
     std::uint32_t rounds = 0;
     if (isNumber(text, rounds) && rounds > 0) return rounds;
@@ -243,6 +257,7 @@ void Grammar::addSpecialOptions(Options& options) {
     special[addText(m_app, "--match", "TEXT", "Show the lines that have this text, in capitals or not",
                     options.lines.match)] = {"log"};
     addCheckOptions(options.check);
+    addMetricsOptions(options);
     CLI::Option* schema =
         m_app
             .add_option("--schema", options.schema,
@@ -297,6 +312,19 @@ void Grammar::addCheckOptions(CheckOptions& check) {
     m_repeatable.insert({ignored, warnings});
 }
 
+void Grammar::addMetricsOptions(Options& options) {
+    SpecialOptions& special = *m_special;
+    special[addOption(m_app, "--every", "SECONDS",
+                      "Seconds between two pages of metrics, such as 15s (default: one page)",
+                      [&options](const std::string& text) { options.every = everyIn(text); })] = {"metrics"};
+    special[addOption(m_app, "--to", "FILE",
+                      "File that always holds the last page of metrics (default: standard output)",
+                      [&options](const std::string& text) { options.to = fileIn(text); })] = {"metrics"};
+    special[m_app.add_flag_function(
+        "--no-thresholds", [&options](std::int64_t) { options.hasThresholds = false; },
+        "Leave the thresholds out of the page of metrics")] = {"metrics"};
+}
+
 void Grammar::addReadingCommands(Options& options) {
     addCommand(m_app, options, Command::Sensors, "Show the sensors, and how they stand to their limits")
         ->add_option("NAME", options.sensors.names,
@@ -310,6 +338,7 @@ void Grammar::addReadingCommands(Options& options) {
     addCommand(m_app, options, Command::Log, "Show the lines and the state of the event log");
     addCommand(m_app, options, Command::Watch, "Show the sensors again and again; q ends, arrows and pages scroll");
     addCommand(m_app, options, Command::Check, "Check the sensors, as a plugin of a monitoring system");
+    addCommand(m_app, options, Command::Metrics, "Show the health of the terminal for Prometheus");
     addCommand(m_app, options, Command::Verify, "Compare all answers with the classes' schema");
 }
 

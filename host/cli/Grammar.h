@@ -48,6 +48,7 @@ class Grammar {
     void addSpecialOptions(Options& options);
     void addSensorOptions(SensorOptions& sensors);
     void addCheckOptions(CheckOptions& check);
+    void addMetricsOptions(Options& options);
     void addReadingCommands(Options& options);
     void addWritingCommands(Options& options);
     void addOwnCommands(Options& options);

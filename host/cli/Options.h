@@ -40,6 +40,9 @@ struct Options {
     CheckOptions check;
     double interval = 2;              // seconds between the rounds of watch
     unsigned rounds = 0;              // of watch; 0: until it is interrupted
+    double every = 0;                 // seconds between the pages of metrics; 0: one page
+    std::string to;                   // the file of metrics' pages; empty: standard output
+    bool hasThresholds = true;        // metrics shows them
     std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's
 
     LineFilter lines;  // of log

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <exception>
 #include <optional>
 #include <string>
@@ -14,6 +16,7 @@
 #include "cli/Failure.h"
 #include "cli/LineKeeper.h"
 #include "cli/LocalTerminal.h"
+#include "cli/Metrics.h"
 #include "cli/ProviderOutput.h"
 #include "cli/ScenarioCommands.h"
 #include "cli/Sensors.h"
@@ -133,6 +136,36 @@ int askAgain(const Options& options, const LocalTerminal& terminal, Streams& str
     return ExitCode::AnsweredError;
 }
 
+int publish(const Options& options, const LocalTerminal& terminal, LineKeeper& source, MetricsRounds& rounds,
+            const ReplacedFile& file, Streams& streams) {
+    const std::chrono::nanoseconds interval(static_cast<std::int64_t>(options.every * 1e9));
+    publishMetrics(
+        rounds, interval, file,
+        {[&](const broker::Status& status) { report(status, source.linesOfFailure(), terminal, options, streams); },
+         [&](const std::string& text) { tell(streams.errors, "zelhost: " + printable(text) + '\n'); }});
+    file.remove();
+    return ExitCode::Fine;
+}
+
+int showMetrics(const Options& options, const LocalTerminal& terminal, std::optional<PublishedFile>& published,
+                Streams& streams) {
+    Session session(terminal.provider(), options.providerName);
+    streams.provider.endStart();
+    LineKeeper source(session, streams.provider);
+    MetricsRounds rounds(source, options.request.nameSpace, {terminal.chip().isSimulated, options.hasThresholds});
+    if (options.every > 0) return publish(options, terminal, source, rounds, published->file(), streams);
+    const MetricsRounds::Page page = rounds.next();
+    if (published) {
+        published->file().replace(page.text);
+        published->keep();
+    } else {
+        streams.output.write(page.text);
+    }
+    if (!page.failure) return ExitCode::Fine;
+    report(*page.failure, source.linesOfFailure(), terminal, options, streams);
+    return ExitCode::AnsweredError;
+}
+
 int verifyAnswers(const Options& options, const LocalTerminal& terminal, const mof::Schema& schema, Streams& streams) {
     Session session(terminal.provider(), options.providerName);
     streams.provider.endStart();
@@ -195,6 +228,9 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
     if (options.scenarioAction != ScenarioAction::None) return runScenarioCommand(options, tree, streams.output);
     const bool isVerify = options.request.command == Command::Verify;
     const mof::Schema schema = isVerify ? readSchema(schemaFiles(options, tree)) : mof::Schema();
+    // Before whatever may fail: then an old page goes.
+    std::optional<PublishedFile> published;
+    if (!options.to.empty()) published.emplace(options.to);
     const LocalTerminal terminal(choose(options, tree));
     if (terminal.isSubstitute()) {
         tell(streams.errors,
@@ -206,6 +242,8 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
             return askForSensors(options, terminal, streams);
         case Command::Watch:
             return askAgain(options, terminal, streams);
+        case Command::Metrics:
+            return showMetrics(options, terminal, published, streams);
         default:
             return ask(options, terminal, streams);
     }

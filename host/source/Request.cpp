@@ -18,6 +18,8 @@ const char* nameOf(Command command) {
             return "log";
         case Command::Watch:
             return "watch";
+        case Command::Metrics:
+            return "metrics";
         case Command::Create:
             return "create";
         case Command::Modify:

@@ -6,7 +6,21 @@
 
 namespace host {
 
-enum class Command { Sensors, Check, Names, Instances, Get, Log, Watch, Create, Modify, Delete, Query, Verify };
+enum class Command {
+    Sensors,
+    Check,
+    Names,
+    Instances,
+    Get,
+    Log,
+    Watch,
+    Metrics,
+    Create,
+    Modify,
+    Delete,
+    Query,
+    Verify
+};
 
 // The command's word on the command line.
 const char* nameOf(Command command);

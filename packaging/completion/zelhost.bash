@@ -80,9 +80,9 @@ _zelhost() {
             _zelhost_files
             _zelhost_offer < <(printf '%s\n' system simulated)
             ;;
-        --provider | --schema | --provider-output) _zelhost_files ;;
+        --provider | --schema | --provider-output | --to) _zelhost_files ;;
         --class) _zelhost_offer < <(printf '%s\n' TQS_NumericSensor TQS_SystemEventLog) ;;
-        --provider-name | --namespace | --language | --interval | --count | --last | --since | --match) ;;
+        --provider-name | --namespace | --language | --interval | --count | --every | --last | --since | --match) ;;
         *)
             case ${COMP_WORDS[COMP_CWORD]} in
                 -*) _zelhost_offer < <(_zelhost_listed Options "$command") ;;

@@ -82,6 +82,33 @@ TEST(CommandLineTest, WatchTakesIntervalAndCount) {
     EXPECT_EQ(read({"watch"}).options.rounds, 0U);
 }
 
+TEST(CommandLineTest, MetricsTakesIntervalFileAndNoThresholds) {
+    const Options options = read({"metrics", "--every", "15s", "--to", "a.prom", "--no-thresholds"}).options;
+    EXPECT_EQ(options.request.command, Command::Metrics);
+    EXPECT_EQ(options.every, 15);
+    EXPECT_EQ(options.to, "a.prom");
+    EXPECT_FALSE(options.hasThresholds);
+    EXPECT_EQ(read({"--to", "a", "--every", "0.1", "metrics"}).options.every, 0.1);
+    EXPECT_EQ(read({"metrics"}).options.every, 0);
+    EXPECT_EQ(read({"metrics"}).options.to, "");
+    EXPECT_TRUE(read({"metrics"}).options.hasThresholds);
+}
+
+TEST(CommandLineTest, MetricsRefusesWhatHasNoMeaning) {
+    for (const char* every : {"", "s", "0.05s", "86401s", "1h", "15 s", "-1s", "nan"}) {
+        expectWrongUsage(
+            {"metrics", "--to", "f", "--every", every},
+            std::string("--every: '") + every + "' is not a number of seconds from 0.1 to 86400, such as 15s",
+            "metrics ");
+    }
+    expectWrongUsage({"metrics", "--to", ""}, "--to: the name of the file is empty", "metrics ");
+    expectWrongUsage({"metrics", "--every", "1s"}, "metrics: --every needs --to, a file that is replaced each time",
+                     "metrics ");
+    expectWrongUsage({"metrics", "--format", "json"}, "metrics has a format of its own", "metrics ");
+    expectWrongUsage({"watch", "--no-thresholds"}, "watch has no option --no-thresholds", "watch ");
+    expectWrongUsage({"metrics", "X"}, "metrics: there is an argument too many: X", "metrics ");
+}
+
 TEST(CommandLineTest, WritingCommands) {
     EXPECT_EQ(read({"create"}).options.request.command, Command::Create);
     EXPECT_EQ(read({"modify", "N"}).options.request.command, Command::Modify);
@@ -292,8 +319,9 @@ TEST(CommandLineTest, HelpIsFineAndTellsTheExitCodes) {
     EXPECT_THAT(result.output, HasSubstr("Exit codes:\n  0  fine\n"));
     EXPECT_THAT(result.output, HasSubstr("\n  4  the output could not be written\n"));
     EXPECT_THAT(result.output, HasSubstr("--chip system"));
-    for (const char* option : {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS",
-                               "--count ROUNDS", "--language NAME", "--schema FILE"}) {
+    for (const char* option :
+         {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS", "--count ROUNDS",
+          "--language NAME", "--schema FILE", "--every SECONDS", "--to FILE", "--no-thresholds"}) {
         EXPECT_THAT(result.output, HasSubstr(option));
     }
 }

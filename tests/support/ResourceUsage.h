@@ -1,6 +1,6 @@
 // What this process holds of the system.
-#ifndef ZELSENSORS_TESTS_FAULTS_RESOURCEUSAGE_H
-#define ZELSENSORS_TESTS_FAULTS_RESOURCEUSAGE_H
+#ifndef ZELSENSORS_TESTS_RESOURCEUSAGE_H
+#define ZELSENSORS_TESTS_RESOURCEUSAGE_H
 
 #include <cstddef>
 #include <ostream>

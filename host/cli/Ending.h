@@ -1,0 +1,49 @@
+// The end of a program that goes on until it is asked to end.
+#ifndef ZELSENSORS_CLI_ENDING_H
+#define ZELSENSORS_CLI_ENDING_H
+
+#include <signal.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace host {
+
+// While it lives, SIGINT, SIGTERM and SIGHUP do not end the process and cut no system call short: a thread takes them.
+// One that is ignored at the start stays ignored. One at a time; to be made before other threads, which inherit that
+// the signals are blocked.
+class Ending {
+  public:
+    using Clock = std::chrono::steady_clock;  // which nobody sets
+
+    // Where a signal has come and this object still lives after the grace, since whatever runs does not return, the
+    // thread calls `abandon`, which must not wait for anything, and ends the process with exit status 0.
+    Ending(std::chrono::milliseconds grace, std::function<void()> abandon);
+    ~Ending();
+    Ending(const Ending&) = delete;
+    Ending& operator=(const Ending&) = delete;
+
+    bool isAskedFor();
+    // Waits until then, or until a signal comes: then it gives false.
+    bool waitUntil(Clock::time_point time);
+
+  private:
+    void takeSignal();
+
+    std::chrono::milliseconds m_grace;
+    std::function<void()> m_abandon;
+    sigset_t m_signals{};
+    sigset_t m_maskBefore{};
+    std::mutex m_mutex;
+    std::condition_variable m_change;
+    bool m_isAskedFor = false;
+    bool m_isOver = false;
+    std::thread m_thread;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,80 @@
+#include "text/ReplacedFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "text/Output.h"
+
+namespace host {
+namespace {
+
+std::string temporaryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+    return path.substr(0, name) + '.' + path.substr(name) + ".tmp";
+}
+
+// Takes errno.
+OutputError notWritten(const std::string& path) {
+    return OutputError(path + " cannot be written: " + std::strerror(errno));
+}
+
+bool writeAll(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = write(file, text.data(), text.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+}  // namespace
+
+ReplacedFile::ReplacedFile(const std::string& path) : m_path(path), m_temporary(temporaryOf(path)) {}
+
+void ReplacedFile::replace(std::string_view text) const {
+    if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
+    try {
+        write(text);
+        if (rename(m_temporary.c_str(), m_path.c_str()) != 0) throw notWritten(m_path);
+    } catch (const OutputError&) {
+        unlink(m_temporary.c_str());
+        throw;
+    }
+}
+
+void ReplacedFile::remove() const {
+    if (isReplaceable() && unlink(m_path.c_str()) != 0 && errno != ENOENT) {
+        throw OutputError(m_path + " cannot be removed: " + std::strerror(errno));
+    }
+}
+
+void ReplacedFile::removeSilently() const noexcept {
+    if (isReplaceable()) unlink(m_path.c_str());
+    unlink(m_temporary.c_str());
+}
+
+bool ReplacedFile::isReplaceable() const {
+    struct stat status {};
+    return lstat(m_path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+}
+
+void ReplacedFile::write(std::string_view text) const {
+    // Nothing that somebody has put there is written into.
+    if (unlink(m_temporary.c_str()) != 0 && errno != ENOENT) throw notWritten(m_temporary);
+    const int file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (file < 0) throw notWritten(m_path);
+    const bool isWritten = fchmod(file, 0644) == 0 && writeAll(file, text);
+    const int error = errno;
+    if (close(file) != 0 && isWritten) throw notWritten(m_path);
+    errno = error;
+    if (!isWritten) throw notWritten(m_path);
+}
+
+}  // namespace host

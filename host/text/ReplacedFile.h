@@ -1,0 +1,38 @@
+// A file that others read at any time, and that is therefore only ever replaced as a whole.
+#ifndef ZELSENSORS_TEXT_REPLACEDFILE_H
+#define ZELSENSORS_TEXT_REPLACEDFILE_H
+
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// It is written as .NAME.tmp beside, with the mode 0644 whatever the umask, and then renamed. Readers see the old text
+// or the new one. It is not forced to the disk: what it tells is worth nothing after a restart of the machine. Two
+// writers of one file would spoil each other's.
+class ReplacedFile {
+  public:
+    // Touches nothing yet. A path without a directory means the current one.
+    explicit ReplacedFile(const std::string& path);
+
+    // Throws OutputError, which names the file, where it cannot be; what is there then is the old file, or none, and
+    // nothing is left beside it. Only a regular file is replaced: no directory, device or symbolic link.
+    void replace(std::string_view text) const;
+
+    // Removes it where it is a regular file. Throws OutputError where that fails; that there is none is fine.
+    void remove() const;
+
+    // As remove(), with what a signal's thread may call at any time, and without a word.
+    void removeSilently() const noexcept;
+
+  private:
+    bool isReplaceable() const;  // a regular file, or nothing that is known
+    void write(std::string_view text) const;
+
+    std::string m_path;
+    std::string m_temporary;
+};
+
+}  // namespace host
+
+#endif
