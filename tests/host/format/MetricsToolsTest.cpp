@@ -34,11 +34,11 @@ using host::MetricsRound;
 using host::Sensor;
 using testing::HasSubstr;
 
-constexpr const char* PROMTOOL = "/usr/bin/promtool";
-constexpr const char* NODE_EXPORTER = "/usr/bin/prometheus-node-exporter";
+constexpr const char* PROMTOOL = PROGRAMS "/usr/bin/promtool";
+constexpr const char* NODE_EXPORTER = PROGRAMS "/usr/bin/prometheus-node-exporter";
 
 #define REQUIRE_PROGRAM(path) \
-    if (!fs::exists(path)) GTEST_SKIP() << path << " is not installed"
+    if (!fs::exists(path)) GTEST_SKIP() << "SKIPPED: there is no " << path << "; ./check unpacks it"
 
 MetricsRound roundOf(const std::vector<broker::Instance>& sensors) {
     MetricsRound round;
