@@ -98,7 +98,9 @@ copy_program() {
 for program in sh rm rmdir cat readlink awk cmp cp ln mkdir mv sort timeout; do copy_program "$program"; done
 cp -L /sbin/ldconfig "$root/usr/sbin/"
 # The packages' own dependencies, as this machine has them.
-needed="libc6 libgcc-s1 libstdc++6 libsensors-config libsensors5"
+of_host=$(dpkg-deb -f "$host" Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//' | grep '^libprometheus-cpp') ||
+    fail "zelhost does not depend on prometheus-cpp"
+needed="libc6 libgcc-s1 libstdc++6 libsensors-config libsensors5 $of_host"
 : >"$root/var/lib/dpkg/status"
 for package in $needed; do
     dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
