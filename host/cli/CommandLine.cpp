@@ -136,6 +136,7 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
         return ExitCode::WrongUsage;
     }
     refuseWrongOptions(grammar);
+    grammar.refuseContradictions();
     refuseWrongFormat(options);
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
     if (options.request.command == Command::Metrics) refuseWrongMetrics(options);

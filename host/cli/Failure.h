@@ -11,6 +11,7 @@ enum ExitCode : int {
     AnsweredError = 1,  // the provider's answer was an error or against the schema; also want of memory and the like
     WrongUsage = 2,     // also a schema that cannot be read
     NotLoaded = 3,      // the provider or the chip library could not be loaded (broker::LoadError)
+    NotAnswered = 3,    // the server gave no usable answer (ServerError)
     NotWritten = 4,     // our output could not be written (OutputError)
     BrokenPipe = 141,   // what a shell shows for an end by SIGPIPE, which is how the program ends then
 };

@@ -1,6 +1,8 @@
 #include "cli/Grammar.h"
 
+#include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <ctime>
 #include <optional>
@@ -9,6 +11,7 @@
 
 #include "cli/Failure.h"
 #include "health/Sensor.h"
+#include "source/ServerUrl.h"
 
 namespace host {
 namespace {
@@ -26,11 +29,12 @@ constexpr const char* FOOTER =
     "  1  the provider's answer was an error (its CIM status is on standard error), or verify found a\n"
     "     problem\n"
     "  2  wrong usage, or a schema or a scenario that cannot be read or has mistakes\n"
-    "  3  the provider or the chip library could not be loaded\n"
+    "  3  the provider or the chip library could not be loaded, or the server gave no usable answer\n"
     "  4  the output could not be written\n"
     "check ends as monitoring plugins do: 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN\n";
 
 constexpr const char* COMMON_GROUP = "Options of every command";
+constexpr const char* SERVER_GROUP = "Options for an object manager on the network";
 constexpr const char* SPECIAL_GROUP = "Options of some commands";
 
 // Help of one layout whatever the version of the library, in which a command shows the program's options that it takes.
@@ -46,11 +50,12 @@ class HelpLayout : public CLI::Formatter {
             text << make_description(app) << "Usage: " << name << " [OPTIONS]" << usageOf(app->get_options()) << '\n'
                  << (app->get_options().empty() ? "" : make_group("Arguments", true, app->get_options()))
                  << optionsOf(program, SPECIAL_GROUP, app->get_name())
-                 << optionsOf(program, COMMON_GROUP, app->get_name());
+                 << optionsOf(program, COMMON_GROUP, app->get_name())
+                 << optionsOf(program, SERVER_GROUP, app->get_name());
         } else {
             text << make_description(app) << "Usage: " << name << " [OPTIONS] COMMAND\n"
-                 << make_subcommands(app, mode) << optionsOf(app, COMMON_GROUP, "") << optionsOf(app, SPECIAL_GROUP, "")
-                 << '\n'
+                 << make_subcommands(app, mode) << optionsOf(app, COMMON_GROUP, "") << optionsOf(app, SERVER_GROUP, "")
+                 << optionsOf(app, SPECIAL_GROUP, "") << '\n'
                  << FOOTER;
         }
         return text.str();
@@ -129,6 +134,29 @@ unsigned countIn(const std::string& text) {
     throw UsageError("--count: '" + text + "' is not a whole number from 1 to 4294967295");
 }
 
+// "10s", "1.5s", "500ms", "2m"; seconds where no unit stands.
+std::chrono::milliseconds timeoutIn(const std::string& text) {
+    const std::size_t end = std::min(text.find_first_not_of("0123456789."), text.size());
+    static const std::map<std::string, double> units{{"", 1000}, {"ms", 1}, {"s", 1000}, {"m", 60000}};
+    const auto unit = units.find(text.substr(end));
+    double number = 0;
+    if (unit != units.end() && isNumber(text.substr(0, end), number)) {
+        const double milliseconds = number * unit->second;
+        if (milliseconds >= 1 && milliseconds <= 86400000) {
+            return std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds));
+        }
+    }
+    throw UsageError("--timeout: '" + text + "' is not a time from 1ms to 1440m, such as 10s");
+}
+
+std::string urlIn(const std::string& text) {
+    try {
+        return serverUrl(text);
+    } catch (const ServerUrlError& error) {
+        throw UsageError(std::string("--server: ") + error.what());
+    }
+}
+
 Format formatIn(const std::string& text) {
     if (text == "table") return Format::Table;
     if (text == "json") return Format::Json;
@@ -203,6 +231,7 @@ Grammar::Grammar(Options& options)
     m_app.fallthrough();
     m_app.require_subcommand(0, 1);
     addCommonOptions(options);
+    addServerOptions(options.server);
     addSpecialOptions(options);
     addReadingCommands(options);
     addWritingCommands(options);
@@ -233,6 +262,21 @@ void Grammar::addCommonOptions(Options& options) {
             "Where the provider's own lines go: a file, or - to show them on standard error at the end (default: "
             "discarded, but those of a start that fails, and of errors in the log, are shown)",
             options.providerOutput);
+}
+
+void Grammar::addServerOptions(ServerOptions& server) {
+    m_app.option_defaults()->group(SERVER_GROUP);
+    addOption(m_app, "--server", "URL",
+              "Ask that object manager instead of loading a provider: http://HOST[:5988] or https://HOST[:5989]",
+              [&server](const std::string& text) { server.url = urlIn(text); });
+    addText(m_app, "--user", "NAME", "Who asks; the password is asked for, or in ZELHOST_PASSWORD", server.user);
+    addText(m_app, "--password-file", "FILE", "The password's file, which only its owner may read",
+            server.passwordFile);
+    addText(m_app, "--ca", "FILE", "Certificates to trust instead of the system's", server.caFile);
+    m_app.add_flag("--insecure", server.isInsecure, "Take any certificate");
+    addOption(m_app, "--timeout", "TIME", "How long one request may take, such as 10s or 500ms",
+              [&server](const std::string& text) { server.timeout = timeoutIn(text); })
+        ->default_str("30s");
 }
 
 void Grammar::addSpecialOptions(Options& options) {
@@ -390,6 +434,25 @@ std::vector<std::string> Grammar::optionNames() const {
 bool Grammar::isMisplaced(const CLI::Option* option, const std::string& command) const {
     const auto takers = m_special->find(option);
     return option->count() > 0 && takers != m_special->end() && takers->second.count(command) == 0;
+}
+
+void Grammar::refuseContradictions() const {
+    const auto isGiven = [this](const char* option) { return m_app.get_option(option)->count() > 0; };
+    const bool hasServer = isGiven("--server");
+    for (const char* option : {"--provider", "--provider-name", "--chip", "--scenario", "--provider-output"}) {
+        if (hasServer && isGiven(option)) {
+            throw UsageError(std::string(option) + " is for a provider that is loaded here, --server asks elsewhere");
+        }
+    }
+    for (const char* option : {"--user", "--password-file", "--ca", "--insecure", "--timeout"}) {
+        if (!hasServer && isGiven(option)) throw UsageError(std::string(option) + " is for --server");
+    }
+    if (isGiven("--password-file") && !isGiven("--user")) throw UsageError("--password-file needs --user");
+    if (isGiven("--ca") && isGiven("--insecure")) throw UsageError("--ca and --insecure exclude each other");
+    const bool isEncrypted = m_app.get_option("--server")->as<std::string>().rfind("http:", 0) != 0;
+    for (const char* option : {"--ca", "--insecure"}) {
+        if (!isEncrypted && isGiven(option)) throw UsageError(std::string(option) + " is for https, not for http");
+    }
 }
 
 std::string Grammar::missingArgument() const {

@@ -37,6 +37,8 @@ class Grammar {
     // The option stands on the command line, and this command does not take it.
     bool isMisplaced(const CLI::Option* option, const std::string& command) const;
     bool mayBeRepeated(const CLI::Option* option) const { return m_repeatable.count(option) != 0; }
+    // Throws UsageError for options that cannot stand together.
+    void refuseContradictions() const;
     // The command's argument that has to be there and is not; empty for none.
     std::string missingArgument() const;
 
@@ -45,6 +47,7 @@ class Grammar {
 
   private:
     void addCommonOptions(Options& options);
+    void addServerOptions(ServerOptions& server);
     void addSpecialOptions(Options& options);
     void addSensorOptions(SensorOptions& sensors);
     void addCheckOptions(CheckOptions& check);

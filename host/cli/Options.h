@@ -2,6 +2,7 @@
 #ifndef ZELSENSORS_CLI_OPTIONS_H
 #define ZELSENSORS_CLI_OPTIONS_H
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -32,12 +33,23 @@ struct CheckOptions {
     bool withEventLog = false;
 };
 
+// The object manager that is asked over the network, and how.
+struct ServerOptions {
+    std::string url;   // scheme, host and port; empty: a provider is loaded here
+    std::string user;  // empty: none
+    std::string passwordFile;
+    std::string caFile;
+    bool isInsecure = false;
+    std::chrono::milliseconds timeout{30000};  // for a whole request
+};
+
 struct Options {
     Request request;
     ScenarioAction scenarioAction = ScenarioAction::None;  // another than None: nothing is requested
     std::vector<std::string> scenarioFiles;                // of check
     SensorOptions sensors;
     CheckOptions check;
+    ServerOptions server;
     double interval = 2;              // seconds between the rounds of watch
     unsigned rounds = 0;              // of watch; 0: until it is interrupted
     double every = 0;                 // seconds between the pages of metrics; 0: one page

@@ -12,10 +12,11 @@
 #include <utility>
 #include <vector>
 
+#include "broker/ProviderLibrary.h"
 #include "cli/Check.h"
+#include "cli/ChosenSource.h"
 #include "cli/Failure.h"
-#include "cli/LineKeeper.h"
-#include "cli/LocalTerminal.h"
+#include "cli/FailureKeeper.h"
 #include "cli/Metrics.h"
 #include "cli/ProviderOutput.h"
 #include "cli/ScenarioCommands.h"
@@ -26,7 +27,7 @@
 #include "format/TableFormat.h"
 #include "mof/MofError.h"
 #include "source/Answer.h"
-#include "source/Session.h"
+#include "source/HttpClient.h"
 #include "text/Charset.h"
 #include "text/Output.h"
 #include "text/Utf8.h"
@@ -42,13 +43,11 @@ bool showsReadings(Command command) {
     return command == Command::Instances || command == Command::Get || command == Command::Log;
 }
 
-std::string textOf(const Answer& answer, Format format, Charset charset) {
+std::string textOf(const Answer& answer, Format format, const std::string& note, Charset charset) {
     if (format == Format::Json) return jsonText(answer, JsonLayout::Indented);
     if (format == Format::Mof) return mofText(answer);
     std::string text = tableText(answer, charset);
-    if (!text.empty() && answer.chip && showsReadings(answer.command)) {
-        text += '\n' + shownIn(charset, chipNote(*answer.chip)) + '\n';
-    }
+    if (!text.empty() && showsReadings(answer.command)) text += '\n' + shownIn(charset, note) + '\n';
     return text;
 }
 
@@ -92,90 +91,138 @@ void explainStart(const Options& options, Streams& streams) {
                                        : "zelhost: its start failed; its own lines:\n" + lines);
 }
 
-// With the cause, as far as the provider has told it: in the lines of its start, or in its log.
-void report(const broker::Status& status, const std::string& ownLines, const LocalTerminal& terminal,
-            const Options& options, Streams& streams) {
-    tell(streams.errors, "zelhost: the provider answered " + statusText(status) + '\n');
-    if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE) explainStart(options, streams);
-    tell(streams.errors, terminal.log().explanation(ownLines));
+// What the status means where it comes from, and what helps; a line, or nothing.
+std::string adviceFromServer(CMPIrc rc) {
+    switch (rc) {
+        case CMPI_RC_ERR_ACCESS_DENIED:
+            return "zelhost: this user has no right to ask there; the object manager's configuration gives it\n";
+        case CMPI_RC_ERR_INVALID_NAMESPACE:
+        case CMPI_RC_ERR_INVALID_CLASS:
+            return "zelhost: is the provider registered there? zelsensors-register does it\n";
+        case CMPI_RC_ERR_METHOD_NOT_AVAILABLE:
+            return "zelhost: the provider's start failed there; /var/log/tarn/tarn.log on that machine may say why\n";
+        default:
+            return "";
+    }
 }
 
-int ask(const Options& options, const LocalTerminal& terminal, Streams& streams) {
-    Session session(terminal.provider(), options.providerName);
-    streams.provider.endStart();
-    const Request& request = options.request;
+// Who is asked in this run, and how; what is shown of it goes to the streams.
+struct Asking {
+    const Options& options;
+    ChosenSource& chosen;
+    Streams& streams;
+
+    // Loads the provider, where one is to be loaded here.
+    Source& start() {
+        Source& source = chosen.start();
+        streams.provider.endStart();
+        return source;
+    }
+};
+
+// With the cause, as far as the provider has told it: in the lines of its start, or in its log. A server's is
+// elsewhere.
+void report(const broker::Status& status, const std::string& ownLines, Asking& asking) {
+    Output& errors = asking.streams.errors;
+    if (!asking.chosen.terminal()) {
+        tell(errors, "zelhost: the server answered " + statusText(status) + '\n');
+        tell(errors, adviceFromServer(status.rc));
+        return;
+    }
+    tell(errors, "zelhost: the provider answered " + statusText(status) + '\n');
+    if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE) explainStart(asking.options, asking.streams);
+    tell(errors, asking.chosen.terminal()->log().explanation(ownLines));
+}
+
+void report(const broker::Status& status, Asking& asking) {
+    report(status, asking.streams.provider.collected(), asking);
+}
+
+// Of what was asked again and again. Throws ServerError where no usable answer came.
+void reportLast(const broker::Status& status, const FailureKeeper& source, Asking& asking) {
+    if (source.isUnanswered(status)) throw ServerError(status.message.value_or(""));
+    report(status, source.linesOfFailure(), asking);
+}
+
+int ask(Asking& asking) {
+    Source& source = asking.start();
+    const Request& request = asking.options.request;
     NamedReply named =
-        request.command == Command::Get ? getNamed(request, session) : NamedReply{host::ask(session, request), ""};
-    Answer answer{request.command, request.nameSpace, request.className, std::move(named.reply), terminal.chip()};
-    if (request.command == Command::Log) answer = withLines(std::move(answer), options.lines);
-    streams.output.write(textOf(answer, options.format, streams.output.charset()));
+        request.command == Command::Get ? getNamed(request, source) : NamedReply{host::ask(source, request), ""};
+    Answer answer{request.command, request.nameSpace, request.className, std::move(named.reply), asking.chosen.chip()};
+    if (request.command == Command::Log) answer = withLines(std::move(answer), asking.options.lines);
+    Output& output = asking.streams.output;
+    output.write(textOf(answer, asking.options.format, asking.chosen.note(), output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return ExitCode::Fine;
-    report(answer.reply.status, streams.provider.collected(), terminal, options, streams);
-    if (!named.hint.empty()) tell(streams.errors, "zelhost: " + printable(named.hint) + '\n');
+    report(answer.reply.status, asking);
+    if (!named.hint.empty()) tell(asking.streams.errors, "zelhost: " + printable(named.hint) + '\n');
     return ExitCode::AnsweredError;
 }
 
-int askForSensors(const Options& options, const LocalTerminal& terminal, Streams& streams) {
-    Session session(terminal.provider(), options.providerName);
-    streams.provider.endStart();
-    const std::optional<broker::Status> failure = showSensors(options, session, terminal.chip(), streams.output);
+int askForSensors(Asking& asking) {
+    Source& source = asking.start();
+    const std::optional<broker::Status> failure =
+        showSensors(asking.options, source, asking.chosen.note(), asking.chosen.chip(), asking.streams.output);
     if (!failure) return ExitCode::Fine;
-    report(*failure, streams.provider.collected(), terminal, options, streams);
+    report(*failure, asking);
     return ExitCode::AnsweredError;
 }
 
-int askAgain(const Options& options, const LocalTerminal& terminal, Streams& streams) {
-    Session session(terminal.provider(), options.providerName);
-    streams.provider.endStart();
-    LineKeeper source(session, streams.provider);
-    const WatchOutcome outcome = watch(options, source, chipNote(terminal.chip()), terminal.chip(), streams.output);
+int askAgain(Asking& asking) {
+    FailureKeeper source(asking.start(), asking.streams.provider);
+    const WatchOutcome outcome =
+        watch(asking.options, source, asking.chosen.note(), asking.chosen.chip(), asking.streams.output);
     if (outcome.failedRounds == 0) return ExitCode::Fine;
-    tell(streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " + std::to_string(outcome.rounds) +
-                             " rounds failed; the last failure was:\n");
-    report(outcome.lastFailure, source.linesOfFailure(), terminal, options, streams);
+    tell(asking.streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " +
+                                    std::to_string(outcome.rounds) + " rounds failed; the last failure was:\n");
+    reportLast(outcome.lastFailure, source, asking);
     return ExitCode::AnsweredError;
 }
 
-int publish(const Options& options, const LocalTerminal& terminal, LineKeeper& source, MetricsRounds& rounds,
-            const ReplacedFile& file, Streams& streams) {
-    const std::chrono::nanoseconds interval(static_cast<std::int64_t>(options.every * 1e9));
-    publishMetrics(
-        rounds, interval, file,
-        {[&](const broker::Status& status) { report(status, source.linesOfFailure(), terminal, options, streams); },
-         [&](const std::string& text) { tell(streams.errors, "zelhost: " + printable(text) + '\n'); }});
+int publish(const FailureKeeper& source, MetricsRounds& rounds, const ReplacedFile& file, Asking& asking) {
+    const auto tellLine = [&](const std::string& text) {
+        tell(asking.streams.errors, "zelhost: " + printable(text) + '\n');
+    };
+    const auto tellFailure = [&](const broker::Status& status) {
+        source.isUnanswered(status) ? tellLine(status.message.value_or(""))
+                                    : report(status, source.linesOfFailure(), asking);
+    };
+    const std::chrono::nanoseconds interval(static_cast<std::int64_t>(asking.options.every * 1e9));
+    publishMetrics(rounds, interval, file, {tellFailure, tellLine});
     file.remove();
     return ExitCode::Fine;
 }
 
-int showMetrics(const Options& options, const LocalTerminal& terminal, std::optional<PublishedFile>& published,
-                Streams& streams) {
-    Session session(terminal.provider(), options.providerName);
-    streams.provider.endStart();
-    LineKeeper source(session, streams.provider);
-    MetricsRounds rounds(source, options.request.nameSpace, {terminal.chip().isSimulated, options.hasThresholds});
-    if (options.every > 0) return publish(options, terminal, source, rounds, published->file(), streams);
+std::optional<bool> isChipSimulated(const ChosenSource& chosen) {
+    if (!chosen.terminal()) return std::nullopt;
+    return chosen.terminal()->chip().isSimulated;
+}
+
+int showMetrics(std::optional<PublishedFile>& published, Asking& asking) {
+    FailureKeeper source(asking.start(), asking.streams.provider);
+    MetricsRounds rounds(source, asking.options.request.nameSpace,
+                         {isChipSimulated(asking.chosen), asking.options.hasThresholds});
+    if (asking.options.every > 0) return publish(source, rounds, published->file(), asking);
     const MetricsRounds::Page page = rounds.next();
     if (published) {
         published->file().replace(page.text);
         published->keep();
     } else {
-        streams.output.write(page.text);
+        asking.streams.output.write(page.text);
     }
     if (!page.failure) return ExitCode::Fine;
-    report(*page.failure, source.linesOfFailure(), terminal, options, streams);
+    reportLast(*page.failure, source, asking);
     return ExitCode::AnsweredError;
 }
 
-int verifyAnswers(const Options& options, const LocalTerminal& terminal, const mof::Schema& schema, Streams& streams) {
-    Session session(terminal.provider(), options.providerName);
-    streams.provider.endStart();
-    const Verification verification = verify(schema, options.request.nameSpace, session);
-    streams.output.write(options.format == Format::Json
-                             ? verificationJson(verification, terminal.chip().isSimulated)
-                             : shownIn(streams.output.charset(), verificationText(verification)));
-    if (verification.firstFailure) {
-        report(*verification.firstFailure, streams.provider.collected(), terminal, options, streams);
-    }
+int verifyAnswers(const mof::Schema& schema, Asking& asking) {
+    Source& source = asking.start();
+    const Via via = asking.chosen.terminal() ? Via::Provider : Via::Manager;
+    const Verification verification = verify(schema, asking.options.request.nameSpace, source, via);
+    Output& output = asking.streams.output;
+    output.write(asking.options.format == Format::Json ? verificationJson(verification, isChipSimulated(asking.chosen))
+                                                       : shownIn(output.charset(), verificationText(verification)));
+    if (verification.firstFailure) report(*verification.firstFailure, asking);
     return verification.conforms() ? ExitCode::Fine : ExitCode::AnsweredError;
 }
 
@@ -184,22 +231,25 @@ int tellPlugin(const PluginAnswer& answer, Output& output) {
     return static_cast<int>(answer.state);
 }
 
-int check(const Options& options, const LocalTerminal& terminal, Streams& streams) {
-    const Charset charset = streams.output.charset();
-    if (terminal.chip().isSimulated && !isSimulationWanted(options)) {
+int check(Asking& asking) {
+    const Options& options = asking.options;
+    Output& output = asking.streams.output;
+    if (isChipSimulated(asking.chosen).value_or(false) && !isSimulationWanted(options)) {
         return tellPlugin(unknownAnswer("the chip library is a simulated one, which nobody asked for (--scenario or "
                                         "--chip simulated); --chip system takes the terminal's own",
-                                        charset),
-                          streams.output);
+                                        output.charset()),
+                          output);
     }
-    Session session(terminal.provider(), options.providerName);
-    streams.provider.endStart();
     const PluginFindings findings =
-        findingsOf(options.check, options.request.nameSpace, session, chipNote(terminal.chip()));
-    if (const std::optional<broker::Status> failure = firstFailure(findings))
-        report(*failure, streams.provider.collected(), terminal, options, streams);
+        findingsOf(options.check, options.request.nameSpace, asking.start(), asking.chosen.note());
+    if (const std::optional<broker::Status> failure = firstFailure(findings)) report(*failure, asking);
     const PluginRules rules{options.check.warnsOnCritical, options.check.warnsOnNoReading};
-    return tellPlugin(pluginAnswer(findings, rules, charset), streams.output);
+    return tellPlugin(pluginAnswer(findings, rules, output.charset()), output);
+}
+
+ChosenSource chosenSource(const Options& options, const InstallTree& tree, Streams& streams) {
+    return ChosenSource(options, tree,
+                        [&](const std::string& text) { tell(streams.errors, "zelhost: " + text + '\n'); });
 }
 
 int complain(Output& errors, const std::exception& failure, int exitCode) {
@@ -211,7 +261,9 @@ int complain(Output& errors, const std::exception& failure, int exitCode) {
 int checkReported(const Options& options, const InstallTree& tree, Streams& streams) {
     try {
         try {
-            return check(options, LocalTerminal(choose(options, tree)), streams);
+            ChosenSource chosen = chosenSource(options, tree, streams);
+            Asking asking{options, chosen, streams};
+            return check(asking);
         } catch (const OutputError&) {
             throw;
         } catch (const ScenarioMistakes& failure) {
@@ -231,21 +283,22 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
     // Before whatever may fail: then an old page goes.
     std::optional<PublishedFile> published;
     if (!options.to.empty()) published.emplace(options.to);
-    const LocalTerminal terminal(choose(options, tree));
-    if (terminal.isSubstitute()) {
+    ChosenSource chosen = chosenSource(options, tree, streams);
+    if (chosen.terminal() && chosen.terminal()->isSubstitute()) {
         tell(streams.errors,
              std::string("zelhost: this system has no ") + CHIP_LIBRARY + "; what follows is simulated\n");
     }
-    if (isVerify) return verifyAnswers(options, terminal, schema, streams);
+    Asking asking{options, chosen, streams};
+    if (isVerify) return verifyAnswers(schema, asking);
     switch (options.request.command) {
         case Command::Sensors:
-            return askForSensors(options, terminal, streams);
+            return askForSensors(asking);
         case Command::Watch:
-            return askAgain(options, terminal, streams);
+            return askAgain(asking);
         case Command::Metrics:
-            return showMetrics(options, terminal, published, streams);
+            return showMetrics(published, asking);
         default:
-            return ask(options, terminal, streams);
+            return ask(asking);
     }
 }
 
@@ -272,6 +325,8 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
         // A factory that failed may have said why.
         if (options.providerOutput.empty()) tell(errors, marked(streams.provider.collected()));
         return ExitCode::NotLoaded;
+    } catch (const ServerError& failure) {
+        return complain(errors, failure, ExitCode::NotAnswered);
     } catch (const std::exception& failure) {
         return complain(errors, failure, ExitCode::AnsweredError);
     }

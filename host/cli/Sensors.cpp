@@ -60,18 +60,17 @@ void narrow(std::vector<Sensor>& sensors, const SensorOptions& options) {
                      [](const Sensor& left, const Sensor& right) { return left.gravity() > right.gravity(); });
 }
 
-std::string tableOf(const Round& round, const SensorOptions& options, const std::optional<AnsweringChip>& chip,
-                    const Output& output) {
+std::string tableOf(const Round& round, const SensorOptions& options, const std::string& note, const Output& output) {
     if (round.sensors.empty() && round.status.rc != CMPI_RC_OK) return "";
     const std::size_t columns = output.isTerminal() ? output.size().columns : 0;
     const TableLayout layout{output.charset(), columns, options.hasHeader, isColoured(options.colouring, output)};
     const std::string text = round.sensors.empty() ? "No sensor to show.\n" : sensorsTable(round.sensors, layout);
-    return options.hasHeader && chip ? text + '\n' + shownIn(output.charset(), chipNote(*chip)) + '\n' : text;
+    return options.hasHeader ? text + '\n' + shownIn(output.charset(), note) + '\n' : text;
 }
 
 }  // namespace
 
-std::optional<broker::Status> showSensors(const Options& options, Source& source,
+std::optional<broker::Status> showSensors(const Options& options, Source& source, const std::string& note,
                                           const std::optional<AnsweringChip>& chip, Output& output) {
     const SensorOptions& wanted = options.sensors;
     const std::string& nameSpace = options.request.nameSpace;
@@ -87,7 +86,7 @@ std::optional<broker::Status> showSensors(const Options& options, Source& source
     } else if (options.format == Format::Csv) {
         output.write(sensorsCsv(round.sensors, wanted.hasHeader));
     } else {
-        output.write(tableOf(round, wanted, chip, output));
+        output.write(tableOf(round, wanted, note, output));
     }
     return failure;
 }

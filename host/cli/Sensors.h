@@ -18,10 +18,10 @@ class NoSuchName : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Asks for the sensors that the options name, and writes those that they want to see, with the chip library where it is
-// known. Gives the first status other than 0. Throws NoSuchName, UsageError for a beginning of several names, and what
-// the source throws.
-std::optional<broker::Status> showSensors(const Options& options, Source& source,
+// Asks for the sensors that the options name, and writes those that they want to see, in a table with the note (see
+// ChosenSource) and in JSON with the chip library where it is known. Gives the first status other than 0. Throws
+// NoSuchName, UsageError for a beginning of several names, and what the source throws.
+std::optional<broker::Status> showSensors(const Options& options, Source& source, const std::string& note,
                                           const std::optional<AnsweringChip>& chip, Output& output);
 
 // What `get` asks for: one request where the name is written out. Where no instance has it, the names are asked for,

@@ -208,6 +208,11 @@ std::vector<std::string> labelsOf(const std::vector<Sensor>& sensors) {
     return labels;
 }
 
+const char* chipWord(std::optional<bool> isSimulated) {
+    if (!isSimulated) return "unknown";
+    return *isSimulated ? "simulated" : "system";
+}
+
 }  // namespace
 
 // The series of one page, and the text that they had in the last one.
@@ -356,7 +361,7 @@ std::string MetricsPages::next(const MetricsRound& round) {
     if (round.eventLog.log) addEventLog(round.eventLog);
     addScrape("sensors", hasSensors, round.sensors.status.rc, round.sensorsDuration);
     addScrape("event_log", round.eventLog.log.has_value(), round.eventLog.status.rc, round.eventLogDuration);
-    family(BuildInfo).add(1, {"version", ZELHOST_VERSION}, {"chip", m_choice.isChipSimulated ? "simulated" : "system"});
+    family(BuildInfo).add(1, {"version", ZELHOST_VERSION}, {"chip", chipWord(m_choice.isChipSimulated)});
     std::string page;
     for (Family& each : m_families) page += each.text();
     return page;

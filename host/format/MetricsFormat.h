@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,7 @@ struct MetricsRound {
 };
 
 struct MetricsChoice {
-    bool isChipSimulated = false;
+    std::optional<bool> isChipSimulated = false;  // none: not known
     bool hasThresholds = true;
 };
 

@@ -46,6 +46,27 @@ bool isControl(char32_t codePoint) {
     return codePoint < 0x20 || (codePoint >= 0x7f && codePoint < 0xa0);
 }
 
+std::string utf8Of(char32_t codePoint) {
+    const auto byteOf = [](char32_t bits) { return static_cast<char>(static_cast<unsigned char>(bits)); };
+    const auto tailOf = [&](unsigned shift) { return byteOf(0x80 | ((codePoint >> shift) & 0x3f)); };
+    if (codePoint < 0x80) return {byteOf(codePoint)};
+    if (codePoint < 0x800) return {byteOf(0xc0 | (codePoint >> 6)), tailOf(0)};
+    if (codePoint < 0x10000) return {byteOf(0xe0 | (codePoint >> 12)), tailOf(6), tailOf(0)};
+    return {byteOf(0xf0 | (codePoint >> 18)), tailOf(12), tailOf(6), tailOf(0)};
+}
+
+bool isFitForXml(std::string_view text) {
+    while (!text.empty()) {
+        const Character next = firstCharacter(text);
+        const char32_t code = next.codePoint;
+        const bool isPermittedControl = code == U'\t' || code == U'\n' || code == U'\r';
+        const bool isOutsideXml = (code < 0x20 && !isPermittedControl) || code == 0xfffe || code == 0xffff;
+        if (!next.isUtf8 || isOutsideXml) return false;
+        text.remove_prefix(next.length);
+    }
+    return true;
+}
+
 std::string escaped(std::string_view bytes) {
     static constexpr char digits[] = "0123456789abcdef";
     std::string result;

@@ -20,6 +20,13 @@ Character firstCharacter(std::string_view text);
 // C0, DEL and C1.
 bool isControl(char32_t codePoint);
 
+// The character in UTF-8; a surrogate, which is no character, in three bytes that are no UTF-8.
+std::string utf8Of(char32_t codePoint);
+
+// Whether the text is UTF-8 made of characters that XML can carry: controls cannot, except tab, line feed and carriage
+// return.
+bool isFitForXml(std::string_view text);
+
 // Each byte as \xNN.
 std::string escaped(std::string_view bytes);
 

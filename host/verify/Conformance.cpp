@@ -14,7 +14,7 @@ using broker::NamedValue;
 using broker::ObjectPath;
 using broker::Value;
 using mof::Member;
-using Faults = std::vector<std::string>;
+using Faults = std::vector<Fault>;
 
 // A text may be handed over as CMPI_chars as well.
 CMPIType declarable(CMPIType type) {
@@ -35,35 +35,44 @@ bool isUntypedNull(const Value& value) {
 // `what` is "key Name" or "property Caption".
 void checkValue(const std::string& what, const Value& value, const Member& declared, Faults& faults) {
     if (declarable(value.type) != declared.type && !isUntypedNull(value)) {
-        faults.push_back(what + " is " + broker::nameOfType(value.type) + ", declared as " +
-                         broker::nameOfType(declared.type));
+        faults.push_back({FaultKind::OtherType, what + " is " + broker::nameOfType(value.type) + ", declared as " +
+                                                    broker::nameOfType(declared.type)});
     }
     if (!hasFitTexts(value)) {
-        faults.push_back(what + " holds text that is not valid UTF-8 or has control characters: " + valueText(value));
+        faults.push_back({FaultKind::UnfitText,
+                          what + " holds text that is not valid UTF-8 or has control characters: " + valueText(value)});
     }
 }
 
 void checkSpelling(const std::string& what, const std::string& name, const Member& declared, Faults& faults) {
-    if (name != declared.name) faults.push_back(what + " is spelled " + printable(declared.name) + " in the schema");
+    if (name != declared.name)
+        faults.push_back({FaultKind::OtherName, what + " is spelled " + printable(declared.name) + " in the schema"});
 }
 
 void checkKey(const NamedValue& key, const ExpectedClass& expected, Faults& faults) {
     const std::string what = "key " + printable(key.name);
     const Member* declared = expected.find(key.name);
     if (declared == nullptr || !declared->isKey) {
-        faults.push_back(what + " is not declared as a key");
+        faults.push_back({FaultKind::WrongKey, what + " is not declared as a key"});
         return;
     }
     checkSpelling(what, key.name, *declared, faults);
     checkValue(what, key.value, *declared, faults);
-    if (key.value.isNull) faults.push_back(what + " is null");
+    if (key.value.isNull) faults.push_back({FaultKind::WrongKey, what + " is null"});
+}
+
+void checkBlanks(const NamedValue& key, Faults& faults) {
+    const std::string& text = key.value.text;
+    constexpr std::string_view BLANKS = " \t\r\n";
+    if (text.empty() || (BLANKS.find(text.front()) == BLANKS.npos && BLANKS.find(text.back()) == BLANKS.npos)) return;
+    faults.push_back({FaultKind::BlankAroundKey, "key " + printable(key.name) + " begins or ends with a blank"});
 }
 
 void checkProperty(const NamedValue& property, const ExpectedClass& expected, Faults& faults) {
     const std::string what = "property " + printable(property.name);
     const Member* declared = expected.find(property.name);
     if (declared == nullptr) {
-        faults.push_back(what + " is not declared");
+        faults.push_back({FaultKind::NotDeclared, what + " is not declared"});
         return;
     }
     checkSpelling(what, property.name, *declared, faults);
@@ -79,10 +88,10 @@ void checkKeyProperty(const broker::Instance& instance, const Member& key, Fault
     const Value* property = instance.findProperty(key.name);
     const Value* inPath = instance.path.findKey(key.name);
     if (property == nullptr || property->isNull) {
-        faults.push_back("key property " + key.name + " is not set");
+        faults.push_back({FaultKind::KeyPropertyNotSet, "key property " + key.name + " is not set"});
     } else if (inPath != nullptr && !inPath->isNull && !isSameKey(*property, *inPath)) {
-        faults.push_back("property " + key.name + " is " + valueText(*property) + ", but the path's key is " +
-                         valueText(*inPath));
+        faults.push_back({FaultKind::KeyPropertyDiffers, "property " + key.name + " is " + valueText(*property) +
+                                                             ", but the path's key is " + valueText(*inPath)});
     }
 }
 
@@ -94,38 +103,31 @@ const Member* ExpectedClass::find(const std::string& member) const {
     return found == members.end() ? nullptr : &*found;
 }
 
-bool isFitForXml(const std::string& text) {
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const Character next = firstCharacter(rest);
-        const char32_t code = next.codePoint;
-        const bool isPermittedControl = code == U'\t' || code == U'\n' || code == U'\r';
-        const bool isOutsideXml = (code < 0x20 && !isPermittedControl) || code == 0xfffe || code == 0xffff;
-        if (!next.isUtf8 || isOutsideXml) return false;
-        rest.remove_prefix(next.length);
-    }
-    return true;
-}
-
-Faults faultsOf(const ObjectPath& path, const ExpectedClass& expected) {
+Faults faultsOf(const ObjectPath& path, const ExpectedClass& expected, Via via) {
     Faults faults;
     if (!broker::sameName(path.nameSpace, expected.nameSpace)) {
-        faults.push_back("the namespace is not " + printable(expected.nameSpace));
+        faults.push_back({FaultKind::OtherName, "the namespace is not " + printable(expected.nameSpace)});
     }
-    if (path.className != expected.name) faults.push_back("the class is not " + expected.name);
-    for (const NamedValue& key : path.keys) checkKey(key, expected, faults);
+    if (path.className != expected.name) faults.push_back({FaultKind::OtherName, "the class is not " + expected.name});
+    for (const NamedValue& key : path.keys) {
+        checkKey(key, expected, faults);
+        if (via == Via::Manager) checkBlanks(key, faults);
+    }
     for (const Member& member : expected.members) {
         if (member.isKey && path.findKey(member.name) == nullptr)
-            faults.push_back("key " + member.name + " is missing");
+            faults.push_back({FaultKind::WrongKey, "key " + member.name + " is missing"});
     }
     return faults;
 }
 
-Faults faultsOf(const broker::Instance& instance, const ExpectedClass& expected) {
-    Faults faults = faultsOf(instance.path, expected);
+Faults faultsOf(const broker::Instance& instance, const ExpectedClass& expected, Via via) {
+    Faults faults = faultsOf(instance.path, expected, via);
     for (const NamedValue& property : instance.properties) checkProperty(property, expected, faults);
     for (const Member& member : expected.members) {
         if (member.isKey) checkKeyProperty(instance, member, faults);
+        if (via == Via::Manager && !member.isKey && instance.findProperty(member.name) == nullptr) {
+            faults.push_back({FaultKind::Missing, "property " + member.name + " is missing"});
+        }
     }
     return faults;
 }

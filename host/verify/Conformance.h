@@ -20,18 +20,36 @@ struct ExpectedClass {
     const mof::Member* find(const std::string& member) const;  // null: there is none
 };
 
-// Each gives one text for each thing that is wrong, fit for a terminal; none where all is right.
+enum class FaultKind {
+    OtherName,       // namespace, class, or how a member is spelled
+    WrongKey,        // a key that is not declared, missing or null
+    BlankAroundKey,  // by a manager only
+    OtherType,
+    UnfitText,
+    NotDeclared,  // a property
+    Missing,      // a property that a manager ought to send, be it without a value
+    KeyPropertyNotSet,
+    KeyPropertyDiffers,  // from the path's key
+    Refused,             // the request
+    WrongInstance,       // or not one
+};
+
+struct Fault {
+    FaultKind kind;
+    std::string text;  // fit for a terminal
+};
+
+// Who gave the answers. An object manager sends every property that its class declares, and knows no others.
+enum class Via { Provider, Manager };
+
+// Each gives one fault for each thing that is wrong; none where all is right.
 
 // The name of an instance: namespace, class, and exactly the declared keys with their types.
-std::vector<std::string> faultsOf(const broker::ObjectPath& path, const ExpectedClass& expected);
+std::vector<Fault> faultsOf(const broker::ObjectPath& path, const ExpectedClass& expected, Via via = Via::Provider);
 
 // An instance: its path, its properties' names and types, and the keys among them, which must be there and be those of
-// the path. Declared properties that are not set are no fault: they are null.
-std::vector<std::string> faultsOf(const broker::Instance& instance, const ExpectedClass& expected);
-
-// Whether the text is UTF-8 made of characters that XML can carry: controls cannot, except tab, line feed and carriage
-// return. Object managers write texts into XML as they are.
-bool isFitForXml(const std::string& text);
+// the path. Declared properties that are not set are no fault: they are null. (A manager sends those too.)
+std::vector<Fault> faultsOf(const broker::Instance& instance, const ExpectedClass& expected, Via via = Via::Provider);
 
 }  // namespace host
 

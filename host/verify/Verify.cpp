@@ -6,6 +6,7 @@
 #include "format/ValueText.h"
 #include "source/Answer.h"
 #include "text/Utf8.h"
+#include "verify/Causes.h"
 #include "verify/Conformance.h"
 #include "verify/SchemaError.h"
 
@@ -23,8 +24,8 @@ std::string shownPath(const ObjectPath& path) {
 // One class's requests, and what they bring to light.
 class ClassVerifier {
   public:
-    ClassVerifier(ExpectedClass expected, Source& source, Verification& verification)
-        : m_expected(std::move(expected)), m_source(source), m_verification(verification) {
+    ClassVerifier(ExpectedClass expected, Source& source, Via via, Verification& verification)
+        : m_expected(std::move(expected)), m_source(source), m_via(via), m_verification(verification) {
         m_report.className = m_expected.name;
     }
 
@@ -39,7 +40,7 @@ class ClassVerifier {
     std::vector<ObjectPath> verifyNames() {
         Reply reply = checked("names", classPath(), m_source.enumerateInstanceNames(classPath()));
         m_report.names = reply.paths.size();
-        for (const ObjectPath& path : reply.paths) add("names", path, faultsOf(path, m_expected));
+        for (const ObjectPath& path : reply.paths) add("names", path, faultsOf(path, m_expected, m_via));
         return std::move(reply.paths);
     }
 
@@ -47,7 +48,7 @@ class ClassVerifier {
         const Reply reply = checked("instances", classPath(), m_source.enumerateInstances(classPath()));
         m_report.instances = reply.instances.size();
         for (const Instance& instance : reply.instances)
-            add("instances", instance.path, faultsOf(instance, m_expected));
+            add("instances", instance.path, faultsOf(instance, m_expected, m_via));
     }
 
     void verifySingle(ObjectPath path) {
@@ -60,12 +61,14 @@ class ClassVerifier {
         if (reply.status.rc != CMPI_RC_OK) return;
         if (reply.instances.size() != 1) {
             add("get", path,
-                {"the answer has " + std::to_string(reply.instances.size()) + " instances instead of one"});
+                {{FaultKind::WrongInstance,
+                  "the answer has " + std::to_string(reply.instances.size()) + " instances instead of one"}});
         }
         for (const Instance& instance : reply.instances) {
-            add("get", instance.path, faultsOf(instance, m_expected));
+            add("get", instance.path, faultsOf(instance, m_expected, m_via));
             if (!isSameInstance(instance.path, path)) {
-                add("get", instance.path, {"another instance was asked for: " + shownPath(path)});
+                add("get", instance.path,
+                    {{FaultKind::WrongInstance, "another instance was asked for: " + shownPath(path)}});
             }
         }
     }
@@ -79,7 +82,8 @@ class ClassVerifier {
 
     Reply checked(const char* request, const ObjectPath& path, Reply reply) {
         if (reply.status.rc != CMPI_RC_OK) {
-            add(request, path, {"the provider answered " + statusText(reply.status)});
+            const std::string who = m_via == Via::Manager ? "server" : "provider";
+            add(request, path, {{FaultKind::Refused, "the " + who + " answered " + statusText(reply.status)}});
             if (!m_verification.firstFailure) m_verification.firstFailure = reply.status;
         }
         return reply;
@@ -87,12 +91,16 @@ class ClassVerifier {
 
     ObjectPath classPath() const { return {"", m_expected.nameSpace, m_expected.name, {}}; }
 
-    void add(const char* request, const ObjectPath& path, const std::vector<std::string>& faults) {
-        for (const std::string& fault : faults) m_report.problems.push_back({request, shownPath(path), fault});
+    void add(const char* request, const ObjectPath& path, const std::vector<Fault>& faults) {
+        for (const Fault& fault : faults) {
+            const std::string cause = m_via == Via::Manager ? likelyCause(fault.kind) : "";
+            m_report.problems.push_back({request, shownPath(path), fault.text, cause});
+        }
     }
 
     ExpectedClass m_expected;
     Source& m_source;
+    Via m_via;
     Verification& m_verification;
     ClassReport m_report;
 };
@@ -104,13 +112,13 @@ bool Verification::conforms() const {
                        [](const ClassReport& report) { return report.problems.empty(); });
 }
 
-Verification verify(const mof::Schema& schema, const std::string& nameSpace, Source& source) {
+Verification verify(const mof::Schema& schema, const std::string& nameSpace, Source& source, Via via) {
     Verification verification;
     verification.nameSpace = nameSpace;
     for (const mof::Class& declaration : schema.classes()) {
         if (mof::isSet(declaration.qualifiers, "Abstract")) continue;
         ExpectedClass expected{nameSpace, declaration.name, schema.membersOf(declaration)};
-        verification.classes.push_back(ClassVerifier(std::move(expected), source, verification).verified());
+        verification.classes.push_back(ClassVerifier(std::move(expected), source, via, verification).verified());
     }
     if (verification.classes.empty()) throw SchemaError("the schema declares no class that can have instances");
     return verification;

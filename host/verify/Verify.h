@@ -10,6 +10,7 @@
 #include "broker/Model.h"
 #include "mof/Schema.h"
 #include "source/Source.h"
+#include "verify/Conformance.h"
 
 namespace host {
 
@@ -17,6 +18,7 @@ struct Problem {
     std::string request;  // "names", "instances" or "get"
     std::string path;     // of what was returned or asked for; fit for a terminal
     std::string text;     // what is wrong, likewise
+    std::string cause;    // the likely one, of what came from a manager; else empty
 };
 
 struct ClassReport {
@@ -37,7 +39,7 @@ struct Verification {
 
 // Asks for the names, the instances, and each single instance of every class that is not abstract. Throws SchemaError
 // where the schema has no such class.
-Verification verify(const mof::Schema& schema, const std::string& nameSpace, Source& source);
+Verification verify(const mof::Schema& schema, const std::string& nameSpace, Source& source, Via via = Via::Provider);
 
 }  // namespace host
 

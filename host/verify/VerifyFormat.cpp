@@ -26,6 +26,7 @@ Json jsonOf(const ClassReport& report) {
         object["request"] = problem.request;
         object["path"] = problem.path;
         object["text"] = problem.text;
+        if (!problem.cause.empty()) object["cause"] = problem.cause;
         problems.push_back(std::move(object));
     }
     Json object = Json::object();
@@ -44,6 +45,7 @@ std::string verificationText(const Verification& verification) {
     for (const ClassReport& report : verification.classes) {
         for (const Problem& problem : report.problems) {
             text += problem.request + ' ' + problem.path + ": " + problem.text + '\n';
+            if (!problem.cause.empty()) text += "    likely cause: " + problem.cause + '\n';
         }
         text += summaryOf(report);
     }

@@ -15,7 +15,8 @@ std::string verificationText(const Verification& verification);
 // One JSON object with a newline at its end:
 //   {"command": "verify", "namespace": text, "simulated": boolean, "conforms": boolean,
 //    "classes": [{"class": text, "names": number, "instances": number, "singles": number,
-//                 "problems": [{"request": text, "path": text, "text": text}]}]}
+//                 "problems": [{"request": text, "path": text, "text": text}]}]}; a problem has a "cause" too
+// where one is likely.
 // "simulated" says whether the chip library is; null where that is not known. All is ASCII: other characters are
 // escaped.
 std::string verificationJson(const Verification& verification, std::optional<bool> isSimulated);

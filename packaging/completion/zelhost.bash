@@ -80,9 +80,10 @@ _zelhost() {
             _zelhost_files
             _zelhost_offer < <(printf '%s\n' system simulated)
             ;;
-        --provider | --schema | --provider-output | --to) _zelhost_files ;;
+        --provider | --schema | --provider-output | --to | --password-file | --ca) _zelhost_files ;;
         --class) _zelhost_offer < <(printf '%s\n' TQS_NumericSensor TQS_SystemEventLog) ;;
-        --provider-name | --namespace | --language | --interval | --count | --every | --last | --since | --match) ;;
+        --provider-name | --namespace | --language | --interval | --count | --every | --last | --since | --match | \
+            --server | --user | --timeout) ;;
         *)
             case ${COMP_WORDS[COMP_CWORD]} in
                 -*) _zelhost_offer < <(_zelhost_listed Options "$command") ;;

@@ -98,8 +98,8 @@ copy_program() {
 for program in sh rm rmdir cat readlink awk cmp cp ln mkdir mv sort timeout; do copy_program "$program"; done
 cp -L /sbin/ldconfig "$root/usr/sbin/"
 # The packages' own dependencies, as this machine has them.
-of_host=$(dpkg-deb -f "$host" Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//' | grep '^libprometheus-cpp') ||
-    fail "zelhost does not depend on prometheus-cpp"
+of_host=$(dpkg-deb -f "$host" Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//' | grep -E '^lib(curl|prometheus-cpp|pugixml)')
+[ "$(echo "$of_host" | wc -l)" = 3 ] || fail "zelhost does not depend on libcurl, prometheus-cpp and pugixml"
 needed="libc6 libgcc-s1 libstdc++6 libsensors-config libsensors5 $of_host"
 : >"$root/var/lib/dpkg/status"
 for package in $needed; do
@@ -111,6 +111,11 @@ for package in $needed; do
     esac
     for library in $(dpkg-query -L "$package" | grep -E '\.so[.0-9]*$'); do
         [ -f "$library" ] || continue
+        # With the libraries that it needs in turn.
+        ldd "$library" 2>/dev/null | grep -o '/[^ ]*' | while read -r deeper; do
+            mkdir -p "$root${deeper%/*}"
+            cp -L "$deeper" "$root$deeper"
+        done
         mkdir -p "$root${library%/*}"
         cp -L "$library" "$root$library"
     done

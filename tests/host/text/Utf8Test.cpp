@@ -8,7 +8,9 @@ namespace {
 
 using host::columnsOf;
 using host::cutToColumns;
+using host::isFitForXml;
 using host::printable;
+using host::utf8Of;
 
 TEST(PrintableTest, OrdinaryTextStays) {
     EXPECT_EQ(printable("CPU(0000001a) 42 °C, 10 µs, \U0001F321"), "CPU(0000001a) 42 °C, 10 µs, \U0001F321");
@@ -36,6 +38,31 @@ TEST(PrintableTest, BytesThatAreNoUtf8AreEscaped) {
     EXPECT_EQ(printable("\xed\xa0\x80"), "\\xed\\xa0\\x80");  // a surrogate
     EXPECT_EQ(printable("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");
     EXPECT_EQ(printable("\xff"), "\\xff");
+}
+
+TEST(FitForXmlTest, ControlsAndBytesThatAreNoUtf8AreNot) {
+    for (const char* text : {"", "a b", "\t\r\n", "\xc2\xb0\xe2\x82\xac\xf0\x9f\x98\x80", "\x7f"}) {
+        EXPECT_TRUE(isFitForXml(text)) << text;
+    }
+    for (const char* text :
+         {"\x01", "a\x1f", "\x0b", "\x80", "\xc3", "\xc0\x80", "\xed\xa0\x80", "\xef\xbf\xbe", "\xef\xbf\xbf"}) {
+        EXPECT_FALSE(isFitForXml(text)) << testing::PrintToString(text);
+    }
+    EXPECT_FALSE(isFitForXml(std::string(1, '\0')));
+}
+
+TEST(Utf8OfTest, GivesWhatIsReadAsTheSameCharacter) {
+    for (const char32_t code : {U'\x1', U'\x7f', U'\x80', U'\x7ff', U'\x800', U'\xffff', U'\x10000', U'\x10ffff'}) {
+        const std::string text = utf8Of(code);
+        const host::Character read = host::firstCharacter(text);
+        EXPECT_TRUE(read.isUtf8);
+        EXPECT_EQ(read.codePoint, code);
+        EXPECT_EQ(read.length, text.size());
+    }
+}
+
+TEST(Utf8OfTest, SurrogateIsNoUtf8) {
+    EXPECT_FALSE(host::firstCharacter(utf8Of(0xd800)).isUtf8);
 }
 
 TEST(ColumnsTest, CountCharactersNotBytes) {

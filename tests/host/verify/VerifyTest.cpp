@@ -34,7 +34,7 @@ Reply pathsOf(std::vector<broker::Instance> instances) {
 // A provider of two things, each of whose answers a test may replace.
 class VerifyTest : public testing::Test {
   protected:
-    Verification verified(const std::string& mof = THING) {
+    Verification verified(const std::string& mof = THING, host::Via via = host::Via::Provider) {
         const auto noted = [this](const char* request, const Reply& reply) {
             return [this, request, &reply](const ObjectPath& path) {
                 m_asked.push_back(std::string(request) + ' ' + path.nameSpace + ':' + path.className);
@@ -49,7 +49,7 @@ class VerifyTest : public testing::Test {
         source.names = noted("names", m_names);
         source.instances = noted("instances", m_instances);
         source.get = noted("get", m_get);
-        return verify(mof::readMof(mof, "t.mof"), "root/cimv2", source);
+        return verify(mof::readMof(mof, "t.mof"), "root/cimv2", source, via);
     }
 
     Reply m_names = pathsOf({thingOf("a", 1), thingOf("b", 2)});
@@ -147,6 +147,30 @@ TEST_F(VerifyTest, JsonOfWhatConformsHasNoProblems) {
     EXPECT_EQ(document["simulated"], nullptr);
     EXPECT_EQ(document["conforms"], true);
     EXPECT_EQ(document["classes"][0]["problems"], nlohmann::json::array());
+}
+
+TEST_F(VerifyTest, FindingsByAManagerNameTheLikelyCause) {
+    m_names = pathsOf({thingOf(" a", 1)});
+    m_instances = replyOf(CMPI_RC_OK, {instanceOf("Thing", "b", {{"Name", Value::null(CMPI_string)}})});
+    m_get.status = {CMPI_RC_ERR_FAILED, "no such thing"};
+    const std::string text = verificationText(verified(THING, host::Via::Manager));
+    EXPECT_EQ(
+        text,
+        "names root/cimv2:Thing.Name=\" a\": key Name begins or ends with a blank\n"
+        "    likely cause: managers trim the blanks around a key in a request, so that this instance cannot be "
+        "asked for\n"
+        "instances root/cimv2:Thing.Name=\"b\": key property Name is not set\n"
+        "    likely cause: the provider does not set it, or with another type: a manager empties such a property\n"
+        "instances root/cimv2:Thing.Name=\"b\": property Reading is missing\n"
+        "    likely cause: the manager has another version of the class; it sends what its own class declares, "
+        "with the types of that, and drops the rest\n"
+        "get root/cimv2:Thing.Name=\" a\": the server answered 1 CMPI_RC_ERR_FAILED: no such thing\n"
+        "    likely cause: the provider, or the manager before it asks the provider; the log on that machine "
+        "tells which\n"
+        "Thing: 1 name, 1 instance, 1 single request, 4 problems\n");
+    EXPECT_THAT(verificationJson(verified(THING, host::Via::Manager), std::nullopt),
+                testing::HasSubstr("\"cause\": \"managers trim"));
+    EXPECT_THAT(verificationText(verified()), testing::Not(testing::HasSubstr("likely cause")));
 }
 
 }  // namespace
