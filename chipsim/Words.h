@@ -13,8 +13,8 @@ struct Word {
 // The words of a constant table, which must outlive the list.
 class WordList {
   public:
-    template <std::size_t Count>
-    constexpr WordList(const Word (&words)[Count]) : m_words(words), m_count(Count) {}
+    template <std::size_t count>
+    constexpr WordList(const Word (&words)[count]) : m_words(words), m_count(count) {}
 
     const Word* begin() const { return m_words; }
     const Word* end() const { return m_words + m_count; }

@@ -16,7 +16,11 @@ std::vector<std::size_t> notIgnored(const std::vector<std::string>& patterns, co
     for (const std::string& pattern : patterns) {
         const NameMatch match = namesMeantBy(pattern, names);
         if (match.isAmbiguous)
-            throw UsageError("--ignore: " + pattern + " may mean several sensors; " + pattern + "* means all");
+            throw UsageError(std::string("--ignore: ")
+                                 .append(pattern)
+                                 .append(" may mean several sensors; ")
+                                 .append(pattern)
+                                 .append("* means all"));
         ignored.insert(match.places.begin(), match.places.end());
     }
     std::vector<std::size_t> others;

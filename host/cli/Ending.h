@@ -2,10 +2,9 @@
 #ifndef ZELSENSORS_CLI_ENDING_H
 #define ZELSENSORS_CLI_ENDING_H
 
-#include <signal.h>
-
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <functional>
 #include <mutex>
 #include <thread>

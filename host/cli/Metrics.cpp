@@ -108,8 +108,8 @@ PublishedFile::~PublishedFile() {
 void publishMetrics(MetricsRounds& rounds, std::chrono::nanoseconds interval, const ReplacedFile& file,
                     const MetricsListener& listener) {
     // Long enough for any request that is not stuck, short enough for who waits for the end.
-    constexpr std::chrono::seconds GRACE(2);
-    Ending ending(GRACE, [&file] { file.removeSilently(); });
+    constexpr std::chrono::seconds grace(2);
+    Ending ending(grace, [&file] { file.removeSilently(); });
     Publishing publishing(rounds, file, listener);
     const Clock::time_point start = Clock::now();
     do {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <filesystem>
@@ -26,8 +27,9 @@ void apply(const std::string& key, const std::string& value, LogSettings& settin
     if (value.empty()) return;
     if (key == "FileName") settings.file = value;
     if (key == "IsConsole" && std::strchr("1Tt", value.front()) != nullptr) settings.isConsole = true;
-    unsigned long level = 0;
-    if (key == "Level" && std::sscanf(value.c_str(), "%lu", &level) == 1 && level <= 4) {
+    char* end = nullptr;
+    const unsigned long level = std::strtoul(value.c_str(), &end, 10);
+    if (key == "Level" && end != value.c_str() && level <= 4) {
         settings.level = static_cast<unsigned>(level);
     }
 }

@@ -24,6 +24,7 @@ std::string mayMeanSeveral(const std::string& word, const std::vector<std::size_
 // What is near is found among labels and names.
 std::string refusal(const std::string& word, const std::vector<std::string>& names) {
     std::vector<std::string> candidates;
+    candidates.reserve(2 * names.size());
     for (const std::string& name : names) candidates.push_back(labelOf(name));
     candidates.insert(candidates.end(), names.begin(), names.end());
     const std::string nearest = nearestTo(word, candidates);
@@ -79,7 +80,7 @@ std::optional<broker::Status> showSensors(const Options& options, Source& source
     Round round = wanted.names.empty()
                       ? rounds.next()
                       : rounds.next([&](const std::vector<std::string>& names) { return chosen(wanted.names, names); });
-    const std::optional<broker::Status> failure = firstFailure(round);
+    std::optional<broker::Status> failure = firstFailure(round);
     narrow(round.sensors, wanted);
     if (options.format == Format::Json) {
         output.write(sensorsJson(round, nameSpace, time, chip));

@@ -36,9 +36,9 @@ bool taken(volatile std::sig_atomic_t& noted) {
 }
 
 timespec timeUntil(Waiting::Clock::time_point end) {
-    constexpr long SECOND = 1'000'000'000;
+    constexpr long second = 1'000'000'000;
     const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(end - Waiting::Clock::now()).count();
-    return {left > 0 ? left / SECOND : 0, left > 0 ? left % SECOND : 0};
+    return {left > 0 ? left / second : 0, left > 0 ? left % second : 0};
 }
 
 void setHandler(int signal, void (*handler)(int)) {

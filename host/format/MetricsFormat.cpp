@@ -135,21 +135,21 @@ std::optional<double> doubleIn(std::string_view decimal) {
 
 // The double nearest to value × 10^modifier.
 std::optional<double> scaledNumber(std::int64_t value, std::int64_t modifier) {
-    constexpr std::int64_t EXACT = std::int64_t{1} << 53U;  // up to here every whole number is a double
-    constexpr std::array POWERS{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
+    constexpr std::int64_t exact = std::int64_t{1} << 53U;  // up to here every whole number is a double
+    constexpr std::array powers{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
     if (value == 0) return 0;
     // One rounding alone, since both numbers are exact; multiplying by 0.1 would round twice.
-    if (modifier <= 0 && modifier > -static_cast<std::int64_t>(POWERS.size()) && value < EXACT && value > -EXACT) {
-        return static_cast<double>(value) / POWERS.at(static_cast<std::size_t>(-modifier));
+    if (modifier <= 0 && modifier > -static_cast<std::int64_t>(powers.size()) && value < exact && value > -exact) {
+        return static_cast<double>(value) / powers.at(static_cast<std::size_t>(-modifier));
     }
     return doubleIn(std::to_string(value) + 'e' + std::to_string(modifier));
 }
 
 // What the conversion of a unit adds beyond 15 digits is not the sensor's.
 std::optional<double> rounded(double number) {
-    constexpr int DIGITS = 15;
+    constexpr int mostDigits = 15;
     std::array<char, 32> text{};
-    const char* end = std::to_chars(text.begin(), text.end(), number, std::chars_format::general, DIGITS).ptr;
+    const char* end = std::to_chars(text.begin(), text.end(), number, std::chars_format::general, mostDigits).ptr;
     return doubleIn({text.data(), static_cast<std::size_t>(end - text.data())});
 }
 
@@ -164,15 +164,15 @@ std::optional<double> baseValue(const Sensor& sensor, Number number) {
 // The shortest of the usual forms that is read as the same number. The serializer's own 16 digits make 99.85
 // 99.84999999999999.
 std::string shortest(double number) {
-    constexpr int SURE_DIGITS = 15;  // of a decimal that short, every digit comes back
-    constexpr int ALL_DIGITS = 17;
+    constexpr int sureDigits = 15;  // of a decimal that short, every digit comes back
+    constexpr int allDigits = 17;
     std::array<char, 32> text{};
     const auto write = [&](int digits) {
         const char* end = std::to_chars(text.begin(), text.end(), number, std::chars_format::general, digits).ptr;
         return std::string_view(text.data(), static_cast<std::size_t>(end - text.data()));
     };
-    const std::string_view sure = write(SURE_DIGITS);
-    return std::string(doubleIn(sure) == number ? sure : write(ALL_DIGITS));
+    const std::string_view sure = write(sureDigits);
+    return std::string(doubleIn(sure) == number ? sure : write(allDigits));
 }
 
 bool isHexadecimal(char sign) {

@@ -39,7 +39,7 @@ Number lastInside(const Sensor& sensor, Number limit, bool isHigh) {
 }  // namespace
 
 std::string performanceLabel(const std::string& name) {
-    const std::string text = name.empty() ? "(no name)" : printable(name);
+    std::string text = name.empty() ? "(no name)" : printable(name);
     if (std::all_of(text.begin(), text.end(), isInWord)) return text;
     std::string label = "'";
     for (const char c : text) {

@@ -66,9 +66,9 @@ std::optional<Shape> shapeFor(const std::vector<std::size_t>& widths, std::size_
 }
 
 std::string shortened(const std::string& name, std::size_t columns) {
-    constexpr const char* DOTS = "...";
+    constexpr const char* dots = "...";
     if (columnsOf(name) <= columns) return name;
-    return cutToColumns(name, columns - columnsOf(DOTS)) + DOTS;
+    return cutToColumns(name, columns - columnsOf(dots)) + dots;
 }
 
 std::vector<std::string> oneLineEach(const std::vector<Row>& rows, const Shape& shape, Charset charset) {

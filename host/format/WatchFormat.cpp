@@ -145,16 +145,16 @@ std::string joined(const Cells& cells, const Widths& widths, bool movesCursor) {
 
 std::string lineOf(const Row& row, const Widths& widths, bool movesCursor, const WatchStyle& style) {
     const std::string last = widths.last > 0 ? lastIn(widths.last, row) : "";
-    const std::string line = joined({row.name, readingIn(widths.reading, row), row.state, last}, widths, movesCursor);
+    std::string line = joined({row.name, readingIn(widths.reading, row), row.state, last}, widths, movesCursor);
     if (!style.isColoured) return line;
     return coloured(line, row.sensor->state.severity, row.sensor->reading.has_value());
 }
 
 std::string titles(const Widths& widths) {
-    constexpr const char* READING = "Reading";
-    const std::size_t before = widths.reading - std::min(widths.reading, columnsOf(READING));
+    constexpr const char* reading = "Reading";
+    const std::size_t before = widths.reading - std::min(widths.reading, columnsOf(reading));
     const std::string last = widths.last < columnsOf(LIMITS_TITLE) ? "Limits" : LIMITS_TITLE;
-    return joined({"Sensor", std::string(before, ' ') + cutToColumns(READING, widths.reading), "State", last}, widths,
+    return joined({"Sensor", std::string(before, ' ') + cutToColumns(reading, widths.reading), "State", last}, widths,
                   false);
 }
 

@@ -62,9 +62,9 @@ std::string nameOf(const Instance& instance) {
 
 // The number of the drive, from 1, whose sensor has the name; 0 where it is no such name.
 int driveNumberIn(const std::string& name) {
-    constexpr int DRIVES = 10;
+    constexpr int drives = 10;
     if (name.rfind("SSD", 0) != 0) return 0;
-    for (int number = 1; number <= DRIVES; ++number) {
+    for (int number = 1; number <= drives; ++number) {
         std::array<char, 9> hexadecimal{};
         std::snprintf(hexadecimal.data(), hexadecimal.size(), "%08x", static_cast<unsigned>(number));
         if (name == "SSD" + std::to_string(number) + " Temperature(" + hexadecimal.data() + ")") return number;
@@ -176,8 +176,8 @@ class Cells {
 Number numberIn(const Value& value) {
     if (value.isNull) return std::nullopt;
     if (value.isSigned()) return value.signedNumber;
-    constexpr auto LARGEST = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    if (!value.isUnsigned() || value.unsignedNumber > LARGEST) return std::nullopt;
+    constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    if (!value.isUnsigned() || value.unsignedNumber > largest) return std::nullopt;
     return static_cast<std::int64_t>(value.unsignedNumber);
 }
 

@@ -12,7 +12,6 @@
 namespace host {
 namespace {
 
-using broker::Instance;
 using broker::ObjectPath;
 using broker::Reply;
 using Clock = RoundTiming::Clock;
