@@ -18,7 +18,6 @@
 namespace host {
 namespace {
 
-using broker::Instance;
 using broker::NamedValue;
 using broker::ObjectPath;
 using broker::Value;

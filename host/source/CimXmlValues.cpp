@@ -37,10 +37,10 @@ unsigned bitsOf(CMPIType type) {
 }
 
 std::string_view withoutBlanks(std::string_view text) {
-    constexpr const char* BLANKS = " \t\r\n";
-    const std::size_t begin = std::min(text.find_first_not_of(BLANKS), text.size());
+    constexpr const char* blanks = " \t\r\n";
+    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
     text.remove_prefix(begin);
-    return text.substr(0, text.find_last_not_of(BLANKS) + 1);
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
 // All of the text, decimal or after 0x.

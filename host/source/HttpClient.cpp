@@ -26,9 +26,9 @@ bool isSameWord(std::string_view left, std::string_view right) {
 }
 
 std::string_view withoutBlanks(std::string_view text) {
-    constexpr const char* BLANKS = " \t\r\n";
-    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
-    return text.substr(0, text.find_last_not_of(BLANKS) + 1);
+    constexpr const char* blanks = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
 // What has come so far.
@@ -82,7 +82,7 @@ List listOf(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) {
         curl_slist* longer = curl_slist_append(list.get(), line.c_str());
         if (longer == nullptr) throw std::bad_alloc();
-        list.release();
+        static_cast<void>(list.release());  // it is in the longer one
         list.reset(longer);
     }
     return list;
@@ -237,14 +237,14 @@ HttpAnswer HttpClient::post(const std::string& path, const std::vector<std::stri
 }
 
 std::string percentEncoded(const std::string& text) {
-    static constexpr char DIGITS[] = "0123456789ABCDEF";
+    static constexpr char digits[] = "0123456789ABCDEF";
     std::string result;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x80 && (std::isalnum(byte) != 0 || std::strchr("-._~", c) != nullptr) && byte != 0) {
             result += c;
         } else {
-            result += {'%', DIGITS[byte >> 4], DIGITS[byte & 0x0f]};
+            result += {'%', digits[byte >> 4], digits[byte & 0x0f]};
         }
     }
     return result;
