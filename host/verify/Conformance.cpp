@@ -63,8 +63,8 @@ void checkKey(const NamedValue& key, const ExpectedClass& expected, Faults& faul
 
 void checkBlanks(const NamedValue& key, Faults& faults) {
     const std::string& text = key.value.text;
-    constexpr std::string_view BLANKS = " \t\r\n";
-    if (text.empty() || (BLANKS.find(text.front()) == BLANKS.npos && BLANKS.find(text.back()) == BLANKS.npos)) return;
+    constexpr std::string_view blanks = " \t\r\n";
+    if (text.empty() || (blanks.find(text.front()) == blanks.npos && blanks.find(text.back()) == blanks.npos)) return;
     faults.push_back({FaultKind::BlankAroundKey, "key " + printable(key.name) + " begins or ends with a blank"});
 }
 
