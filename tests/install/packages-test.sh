@@ -198,8 +198,10 @@ install_linux || { cat "$work/install-linux.log"; fail "it does not install"; }
 install_linux || { cat "$work/install-linux.log"; fail "it does not install over itself"; }
 inside zelhost --chip system instances >"$work/instances" || fail "zelhost instances failed on it"
 grep -q '^oven temp1(.*42\.5' "$work/instances" || { cat "$work/instances"; fail "no temperature of the chip"; }
-inside zelhost instances >"$work/instances" || fail "zelhost instances failed beside it"
-grep -q 'CPU Temperature(00000010)' "$work/instances" || fail "the simulated chip library is no longer zelhost's own"
+inside zelhost instances >"$work/instances" || fail "zelhost instances failed without --chip"
+grep -q '^oven temp1(' "$work/instances" || fail "an installed zelhost does not take the system's chip library"
+inside zelhost --chip simulated instances >"$work/instances" || fail "zelhost instances failed beside it"
+grep -q 'CPU Temperature(00000010)' "$work/instances" || fail "the simulated chip library does not play where asked for"
 
 step "Registering without a manager"
 status=0
