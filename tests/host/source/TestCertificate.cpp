@@ -28,7 +28,7 @@ void addName(X509_NAME* subject, const std::string& name) {
 }  // namespace
 
 TestCertificate::TestCertificate(const std::string& name, const TestCertificate* issuer, int days)
-    : m_key(EVP_EC_gen("P-256")), m_certificate(X509_new()) {
+    : m_key(EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256")), m_certificate(X509_new()) {
     X509* made = m_certificate.get();
     require(m_key && made != nullptr);
     X509_set_version(made, 2);
