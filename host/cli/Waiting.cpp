@@ -93,11 +93,14 @@ int Waiting::endingSignal() const {
 void Waiting::stop() const {
     setHandler(SIGTSTP, SIG_DFL);
     raise(SIGTSTP);
-    sigset_t one;
-    sigemptyset(&one);
-    sigaddset(&one, SIGTSTP);
-    pthread_sigmask(SIG_UNBLOCK, &one, nullptr);  // here it stops
-    pthread_sigmask(SIG_BLOCK, &one, nullptr);
+    // The signal that ends the stop is taken here too, or the caller would see it as another event.
+    sigset_t both;
+    sigemptyset(&both);
+    sigaddset(&both, SIGTSTP);
+    sigaddset(&both, SIGCONT);
+    pthread_sigmask(SIG_UNBLOCK, &both, nullptr);  // here it stops
+    pthread_sigmask(SIG_BLOCK, &both, nullptr);
+    s_continues = 0;
     setHandler(SIGTSTP, noteSignal);
 }
 

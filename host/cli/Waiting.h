@@ -34,7 +34,7 @@ class Waiting {
     Event until(Clock::time_point end, int descriptor) const;
     // The signal of Event::End.
     int endingSignal() const;
-    // Stops the process, as Ctrl-Z does; returns when it goes on.
+    // Stops the process, as Ctrl-Z does; returns when it goes on, and no Event::Continue follows.
     void stop() const;
 
   private:
