@@ -20,7 +20,7 @@ Terminal* makeTerminal() {
 
 }  // namespace
 
-// Tells whoever shows its answers that they are no terminal's. The symbol says it; the value has no meaning.
+// By this symbol whoever shows the answers knows that they are no terminal's. The value has no meaning.
 // NOLINTNEXTLINE(readability-identifier-naming): a C name, as those of loaders are
 extern "C" __attribute__((visibility("default"))) const int zelchip_is_simulated = 1;
 

@@ -1,5 +1,5 @@
 // Reads the tables of a TOML file strictly: an unknown key, a missing one, and a value of another type or out of range
-// are mistakes, each told with file and line, what is wrong, and what was expected. What reads a value throws the
+// are mistakes, each reported with file and line, what is wrong, and what was expected. What reads a value throws the
 // mistake; collect() takes it down, so that the rest of the file is read too.
 #ifndef ZELSENSORS_CHIPSIM_TABLEREADER_H
 #define ZELSENSORS_CHIPSIM_TABLEREADER_H

@@ -19,24 +19,24 @@ auto timed(std::chrono::duration<double>& duration, Call call) {
     return result;
 }
 
-// What goes wrong, told when it begins, changes or ends: a log shall not fill with the same line.
+// What goes wrong, reported when it begins, changes or ends: a log shall not fill with the same line.
 class Trouble {
   public:
-    using Tell = std::function<void(const std::string&)>;
-    explicit Trouble(Tell tell) : m_tell(std::move(tell)) {}
+    using Report = std::function<void(const std::string&)>;
+    explicit Trouble(Report report) : m_report(std::move(report)) {}
 
     // An empty text: nothing is wrong now.
     void now(const std::string& text) {
-        if (text != m_last) m_tell(text);
+        if (text != m_last) m_report(text);
         m_last = text;
     }
 
   private:
-    Tell m_tell;
+    Report m_report;
     std::string m_last;
 };
 
-// What there is to tell; empty where the page is in the file.
+// What there is to report; empty where the page is in the file.
 std::string replaced(const ReplacedFile& file, const std::string& page) {
     try {
         file.replace(page);

@@ -57,7 +57,7 @@ struct MetricsListener {
 
 // Makes a page at once and then at each multiple of the interval, and puts it into the file, until a signal asks for
 // the end. A round that takes longer than the interval costs the multiples that it covers. Where a later page cannot be
-// written the file is removed, and the next page is tried as usual. What lasts is told when it begins, changes and
+// written the file is removed, and the next page is tried as usual. What lasts is reported when it begins, changes and
 // ends. Throws OutputError for the first page that cannot be written, and what the rounds throw. At the end the file is
 // still there. A request that does not return within seconds after the signal is left: the file is removed and the
 // process ends with status 0.

@@ -51,8 +51,8 @@ std::string textOf(const Answer& answer, Format format, const std::string& note,
     return text;
 }
 
-// Standard error that cannot be written changes nothing: there is nobody to tell, and the exit code says it too.
-void tell(Output& errors, const std::string& text) {
+// Standard error that cannot be written changes nothing: nobody is left to read it, and the exit code says it too.
+void reportOn(Output& errors, const std::string& text) {
     try {
         errors.write(shownIn(errors.charset(), text));
     } catch (const OutputError&) {
@@ -82,13 +82,13 @@ struct Streams {
 void explainStart(const Options& options, Streams& streams) {
     if (options.providerOutput == "-") return;  // all of them are shown at the end
     if (!options.providerOutput.empty()) {
-        tell(streams.errors,
-             "zelhost: its start failed; its own lines are in " + printable(options.providerOutput) + '\n');
+        reportOn(streams.errors,
+                 "zelhost: its start failed; its own lines are in " + printable(options.providerOutput) + '\n');
         return;
     }
     const std::string lines = marked(streams.provider.start());
-    tell(streams.errors, lines.empty() ? "zelhost: its start failed, without a line of its own\n"
-                                       : "zelhost: its start failed; its own lines:\n" + lines);
+    reportOn(streams.errors, lines.empty() ? "zelhost: its start failed, without a line of its own\n"
+                                           : "zelhost: its start failed; its own lines:\n" + lines);
 }
 
 // What the status means where it comes from, and what helps; a line, or nothing.
@@ -120,18 +120,18 @@ struct Asking {
     }
 };
 
-// With the cause, as far as the provider has told it: in the lines of its start, or in its log. A server's is
+// With the cause, as far as the provider has reported it: in the lines of its start, or in its log. A server's is
 // elsewhere.
 void report(const broker::Status& status, const std::string& ownLines, Asking& asking) {
     Output& errors = asking.streams.errors;
     if (!asking.chosen.terminal()) {
-        tell(errors, "zelhost: the server answered " + statusText(status) + '\n');
-        tell(errors, adviceFromServer(status.rc));
+        reportOn(errors, "zelhost: the server answered " + statusText(status) + '\n');
+        reportOn(errors, adviceFromServer(status.rc));
         return;
     }
-    tell(errors, "zelhost: the provider answered " + statusText(status) + '\n');
+    reportOn(errors, "zelhost: the provider answered " + statusText(status) + '\n');
     if (status.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE) explainStart(asking.options, asking.streams);
-    tell(errors, asking.chosen.terminal()->log().explanation(ownLines));
+    reportOn(errors, asking.chosen.terminal()->log().explanation(ownLines));
 }
 
 void report(const broker::Status& status, Asking& asking) {
@@ -155,7 +155,7 @@ int ask(Asking& asking) {
     output.write(textOf(answer, asking.options.format, asking.chosen.note(), output.charset()));
     if (answer.reply.status.rc == CMPI_RC_OK) return ExitCode::Fine;
     report(answer.reply.status, asking);
-    if (!named.hint.empty()) tell(asking.streams.errors, "zelhost: " + printable(named.hint) + '\n');
+    if (!named.hint.empty()) reportOn(asking.streams.errors, "zelhost: " + printable(named.hint) + '\n');
     return ExitCode::AnsweredError;
 }
 
@@ -173,22 +173,22 @@ int askAgain(Asking& asking) {
     const WatchOutcome outcome =
         watch(asking.options, source, asking.chosen.note(), asking.chosen.chip(), asking.streams.output);
     if (outcome.failedRounds == 0) return ExitCode::Fine;
-    tell(asking.streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " +
-                                    std::to_string(outcome.rounds) + " rounds failed; the last failure was:\n");
+    reportOn(asking.streams.errors, "zelhost: " + std::to_string(outcome.failedRounds) + " of " +
+                                        std::to_string(outcome.rounds) + " rounds failed; the last failure was:\n");
     reportLast(outcome.lastFailure, source, asking);
     return ExitCode::AnsweredError;
 }
 
 int publish(const FailureKeeper& source, MetricsRounds& rounds, const ReplacedFile& file, Asking& asking) {
-    const auto tellLine = [&](const std::string& text) {
-        tell(asking.streams.errors, "zelhost: " + printable(text) + '\n');
+    const auto reportLine = [&](const std::string& text) {
+        reportOn(asking.streams.errors, "zelhost: " + printable(text) + '\n');
     };
-    const auto tellFailure = [&](const broker::Status& status) {
-        source.isUnanswered(status) ? tellLine(status.message.value_or(""))
+    const auto reportFailure = [&](const broker::Status& status) {
+        source.isUnanswered(status) ? reportLine(status.message.value_or(""))
                                     : report(status, source.linesOfFailure(), asking);
     };
     const std::chrono::nanoseconds interval(static_cast<std::int64_t>(asking.options.every * 1e9));
-    publishMetrics(rounds, interval, file, {tellFailure, tellLine});
+    publishMetrics(rounds, interval, file, {reportFailure, reportLine});
     file.remove();
     return ExitCode::Fine;
 }
@@ -226,7 +226,7 @@ int verifyAnswers(const mof::Schema& schema, Asking& asking) {
     return verification.conforms() ? ExitCode::Fine : ExitCode::AnsweredError;
 }
 
-int tellPlugin(const PluginAnswer& answer, Output& output) {
+int writePlugin(const PluginAnswer& answer, Output& output) {
     output.write(answer.text);
     return static_cast<int>(answer.state);
 }
@@ -235,25 +235,25 @@ int check(Asking& asking) {
     const Options& options = asking.options;
     Output& output = asking.streams.output;
     if (isChipSimulated(asking.chosen).value_or(false) && !isSimulationWanted(options)) {
-        return tellPlugin(unknownAnswer("the chip library is a simulated one, which nobody asked for (--scenario or "
-                                        "--chip simulated); --chip system takes the terminal's own",
-                                        output.charset()),
-                          output);
+        return writePlugin(unknownAnswer("the chip library is a simulated one, which nobody asked for (--scenario or "
+                                         "--chip simulated); --chip system takes the terminal's own",
+                                         output.charset()),
+                           output);
     }
     const PluginFindings findings =
         findingsOf(options.check, options.request.nameSpace, asking.start(), asking.chosen.note());
     if (const std::optional<broker::Status> failure = firstFailure(findings)) report(*failure, asking);
     const PluginRules rules{options.check.warnsOnCritical, options.check.warnsOnNoReading};
-    return tellPlugin(pluginAnswer(findings, rules, output.charset()), output);
+    return writePlugin(pluginAnswer(findings, rules, output.charset()), output);
 }
 
 ChosenSource chosenSource(const Options& options, const InstallTree& tree, Streams& streams) {
     return ChosenSource(options, tree,
-                        [&](const std::string& text) { tell(streams.errors, "zelhost: " + text + '\n'); });
+                        [&](const std::string& text) { reportOn(streams.errors, "zelhost: " + text + '\n'); });
 }
 
 int complain(Output& errors, const std::exception& failure, int exitCode) {
-    tell(errors, "zelhost: " + printable(failure.what()) + '\n');
+    reportOn(errors, "zelhost: " + printable(failure.what()) + '\n');
     return exitCode;
 }
 
@@ -267,9 +267,9 @@ int checkReported(const Options& options, const InstallTree& tree, Streams& stre
         } catch (const OutputError&) {
             throw;
         } catch (const ScenarioMistakes& failure) {
-            return tellPlugin(unknownAnswer(failure.lines().front(), streams.output.charset()), streams.output);
+            return writePlugin(unknownAnswer(failure.lines().front(), streams.output.charset()), streams.output);
         } catch (const std::exception& failure) {
-            return tellPlugin(unknownAnswer(failure.what(), streams.output.charset()), streams.output);
+            return writePlugin(unknownAnswer(failure.what(), streams.output.charset()), streams.output);
         }
     } catch (const OutputError& failure) {
         return complain(streams.errors, failure, static_cast<int>(PluginState::Unknown));
@@ -285,8 +285,8 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
     if (!options.to.empty()) published.emplace(options.to);
     ChosenSource chosen = chosenSource(options, tree, streams);
     if (chosen.terminal() && chosen.terminal()->isSubstitute()) {
-        tell(streams.errors,
-             std::string("zelhost: this system has no ") + CHIP_LIBRARY + "; what follows is simulated\n");
+        reportOn(streams.errors,
+                 std::string("zelhost: this system has no ") + CHIP_LIBRARY + "; what follows is simulated\n");
     }
     Asking asking{options, chosen, streams};
     if (isVerify) return verifyAnswers(schema, asking);
@@ -312,7 +312,7 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
     } catch (const OutputError& failure) {
         return complain(errors, failure, ExitCode::NotWritten);
     } catch (const ScenarioMistakes& failure) {
-        for (const std::string& line : failure.lines()) tell(errors, "zelhost: " + printable(line) + '\n');
+        for (const std::string& line : failure.lines()) reportOn(errors, "zelhost: " + printable(line) + '\n');
         return ExitCode::WrongUsage;
     } catch (const UsageError& failure) {
         return complain(errors, failure, ExitCode::WrongUsage);
@@ -323,7 +323,7 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
     } catch (const broker::LoadError& failure) {
         complain(errors, failure, ExitCode::NotLoaded);
         // A factory that failed may have said why.
-        if (options.providerOutput.empty()) tell(errors, marked(streams.provider.collected()));
+        if (options.providerOutput.empty()) reportOn(errors, marked(streams.provider.collected()));
         return ExitCode::NotLoaded;
     } catch (const ServerError& failure) {
         return complain(errors, failure, ExitCode::NotAnswered);
@@ -340,13 +340,13 @@ int run(const Options& options, const InstallTree& tree) try {
     Streams streams{providerOutput, Output(providerOutput.standardOutput(), charset),
                     Output(providerOutput.standardError(), charset)};
     const int exitCode = runReported(options, tree, streams);
-    if (options.providerOutput == "-") tell(streams.errors, marked(providerOutput.collected()));
+    if (options.providerOutput == "-") reportOn(streams.errors, marked(providerOutput.collected()));
     return exitCode;
 } catch (const UsageError& failure) {
     // Where the provider's lines cannot go.
     if (options.request.command != Command::Check) throw;
     Output output(STDOUT_FILENO, charsetOfEnvironment());
-    return tellPlugin(unknownAnswer(failure.what(), output.charset()), output);
+    return writePlugin(unknownAnswer(failure.what(), output.charset()), output);
 }
 
 }  // namespace host

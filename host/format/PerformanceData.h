@@ -22,7 +22,7 @@ struct PerformanceLimits {
 };
 
 // The readings that are no reason to alert, both ends included: "3.0:5.5", "3.0:" and "~:5.5"; empty without limits,
-// and for limits in the wrong order, which no range can tell.
+// and for limits in the wrong order, which no range can express.
 std::string performanceRange(const Sensor& sensor, const PerformanceLimits& limits);
 
 // 'label'=value[UOM];warn;crit;min;max without the semicolons at the end. The value is exact, and U where there is none

@@ -1,4 +1,4 @@
-// A terminal's health as monitoring plugins tell it.
+// A terminal's health as monitoring plugins report it.
 #ifndef ZELSENSORS_FORMAT_PLUGINFORMAT_H
 #define ZELSENSORS_FORMAT_PLUGINFORMAT_H
 

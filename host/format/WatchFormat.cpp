@@ -122,7 +122,7 @@ bool isAscii(const std::string& text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// To its column. How wide other characters are is the terminal's matter: there the cursor is told where to go on.
+// To its column. How wide other characters are is the terminal's matter: there the cursor is set to where it goes on.
 std::string padded(const std::string& text, std::size_t columns, bool movesCursor) {
     if (movesCursor && !isAscii(text)) return text + "\x1b[" + std::to_string(columns + 1) + 'G';
     return text + std::string(columns - columnsOf(text), ' ');

@@ -1,4 +1,4 @@
-// The lines of the event log: texts of the chip, whose form nobody promises. Many begin with a number, and tell a date.
+// The lines of the event log: texts of the chip, whose form nobody promises. Many begin with a number, and contain a date.
 #ifndef ZELSENSORS_HEALTH_EVENTLINES_H
 #define ZELSENSORS_HEALTH_EVENTLINES_H
 

@@ -8,7 +8,7 @@
 namespace host {
 
 // It is written as .NAME.tmp beside, with the mode 0644 whatever the umask, and then renamed. Readers see the old text
-// or the new one. It is not forced to the disk: what it tells is worth nothing after a restart of the machine. Two
+// or the new one. It is not forced to the disk: its content is worth nothing after a restart of the machine. Two
 // writers of one file would spoil each other's.
 class ReplacedFile {
   public:

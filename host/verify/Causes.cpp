@@ -20,7 +20,7 @@ std::string likelyCause(FaultKind kind) {
             return "the provider's text; a manager passes it on unchecked, and other clients may refuse the whole "
                    "answer";
         case FaultKind::Refused:
-            return "the provider, or the manager before it asks the provider; the log on that machine tells which";
+            return "the provider, or the manager before it asks the provider; the log on that machine says which";
         case FaultKind::WrongInstance:
             return "the manager changed the key of the request, as it does with blanks around it";
     }

@@ -263,7 +263,7 @@ TEST_F(TwinsTest, TwinsThatChangedNumbersKeepTheirHandles) {
     EXPECT_EQ(valueOf(*chip, handles[1]), 2001);
 }
 
-TEST_F(TwinsTest, TwinsThatNothingTellsApartHaveNoValueOnceTheyAreFoundAnew) {
+TEST_F(TwinsTest, TwinsThatLookAlikeHaveNoValueOnceTheyAreFoundAnew) {
     const auto first = addVirtual(0, "soc", {{"temp1_input", "1000"}});
     addVirtual(1, "soc", {{"temp1_input", "2000"}});
     const auto chip = initialisedChip();

@@ -50,7 +50,7 @@ TEST_F(MannersTest, LocaleIsKeptAlsoWhileSettingsAreRead) {
     std::setlocale(LC_ALL, "C");
 }
 
-TEST_F(MannersTest, MistakesInTheSettingsCostTheirBlockAloneAndNobodyIsTold) {
+TEST_F(MannersTest, MistakesInTheSettingsCostTheirBlockAloneAndNobodyHearsOfThem) {
     sandbox::writeLibsensorsConfiguration(
         "chip \"lm85-*\"\n label in0 \"+3.3V\"\n"
         "chip \"lm85-*\"\n compute in1 @ * * 2, @\n nonsense\n"

@@ -48,7 +48,7 @@ TEST(MappingTest, EachQuantityHasItsTypeUnitsAndModifier) {
     }
 }
 
-TEST(MappingTest, WhatNoDriverTellsIsNotAvailable) {
+TEST(MappingTest, WhatNoDriverGivesIsNotAvailable) {
     for (const Quantity quantity : ALL) {
         const CSensorInformation information = describe(quantity, everyLimit(), "");
         EXPECT_EQ(information.accuracy, NOT_AVAILABLE);

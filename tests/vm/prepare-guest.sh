@@ -4,11 +4,12 @@
 #
 #     prepare-guest.sh SOURCES KERNELS GUEST FILE...
 #
-# Of the files, a library comes into the guest's /lib, and a program into its /bin; FILE=DIRECTORY names another directory.
-# SOURCES is a guest's directory here: its files for the guest, the list `kernel` and any tables of ACPI (*.dsl), which
-# become GUEST/*.aml. The list's first line names a package that depends on the package of a kernel, the second one the
-# modules that the guest loads. The kernel is fetched once for all build directories into KERNELS and never installed.
-# What makes the tests impossible here is written to GUEST/unavailable; the exit code is then 77, or 1 in CI.
+# Of the files, a library comes into the guest's /lib, and a program into its /bin; FILE=DIRECTORY names another
+# directory. SOURCES is a guest's directory here: its files for the guest, the list `kernel` and any tables of ACPI
+# (*.dsl), which become GUEST/*.aml. The list's first line names a package that depends on the package of a kernel, the
+# second one the modules that the guest loads. The kernel is fetched once for all build directories into KERNELS and
+# never installed. What makes the tests impossible here is written to GUEST/unavailable; the exit code is then 77, or 1
+# in CI.
 set -eu
 sources=$1
 kernels=$2
@@ -30,8 +31,8 @@ fetch_package() {
     [ -n "$package" ] && (cd "$1" && apt-get -qq download "$package" >apt.log 2>&1)
 }
 
-# with_dependencies DIRECTORY VERSION MODULE...: DIRECTORY's files of these modules and of those that they need. Of Debian 13
-# the modules lie below usr/ and are compressed, and kmod looks for them there.
+# with_dependencies DIRECTORY VERSION MODULE...: DIRECTORY's files of these modules and of those that they need. Of
+# Debian 13 the modules lie below usr/ and are compressed, and kmod looks for them there.
 with_dependencies() {
     tree=$1
     version=$2

@@ -118,18 +118,18 @@ TEST_F(CauseProgramTest, LogOnStandardErrorIsFound) {
                            "SensorProvider::UpdateReading - failed to read sensor 0x00000002, sscode=0x00010005\n"));
 }
 
-TEST_F(CauseProgramTest, LogThatIsOffIsTold) {
+TEST_F(CauseProgramTest, LogThatIsOffIsReported) {
     sandbox::writeLogConfiguration("Level=0\n");
     EXPECT_EQ(causeOnATerminal(), "zelhost: its log is off, by Level=0 in /etc/tarn/log.conf\n");
 }
 
-TEST_F(CauseProgramTest, LogThatCannotBeReadIsTold) {
+TEST_F(CauseProgramTest, LogThatCannotBeReadIsReported) {
     fs::remove("/var/log/tarn");
     EXPECT_EQ(causeOnATerminal(),
               std::string("zelhost: its log ") + LOG + " cannot be read: No such file or directory\n");
 }
 
-TEST_F(CauseProgramTest, LogThatCannotBeWrittenIsTold) {
+TEST_F(CauseProgramTest, LogThatCannotBeWrittenIsReported) {
     ASSERT_EQ(mount("tmpfs", "/var/log/tarn", "tmpfs", 0, nullptr), 0);
     std::ofstream(LOG) << "old\n";
     ASSERT_EQ(mount(nullptr, "/var/log/tarn", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);

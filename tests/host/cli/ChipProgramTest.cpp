@@ -52,7 +52,7 @@ TEST_F(ChipProgramTest, InstalledProgramTakesTheSystemsLibrary) {
     EXPECT_EQ(end.errors, "");
 }
 
-TEST_F(ChipProgramTest, WhereThereIsNoOtherTheSimulatedOnePlaysAndIsTold) {
+TEST_F(ChipProgramTest, WhereThereIsNoOtherTheSimulatedOnePlaysAndSaysSo) {
     const ProgramEnd end = runProgram({"instances"}, {}, install(true));
     EXPECT_EQ(end.exitCode, 0) << end.errors;
     EXPECT_THAT(end.output, HasSubstr("\nChip library: simulated, " + m_directory.path("prefix")));

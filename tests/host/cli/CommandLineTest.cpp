@@ -312,7 +312,7 @@ TEST(CommandLineTest, WatchIsOfSensorsAlone) {
                      "watch ");
 }
 
-TEST(CommandLineTest, HelpIsFineAndTellsTheExitCodes) {
+TEST(CommandLineTest, HelpIsFineAndListsTheExitCodes) {
     const Read result = read({"--help"});
     EXPECT_EQ(result.ended, 0);
     EXPECT_EQ(result.errors, "");

@@ -153,7 +153,7 @@ TEST_F(LocationsTest, ScenarioByFile) {
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}), "there is no scenario file " + options.scenario);
 }
 
-TEST_F(LocationsTest, ScenarioThatIsNoFileIsToldAsWhatItIs) {
+TEST_F(LocationsTest, ScenarioThatIsNoFileIsReportedAsWhatItIs) {
     Options options;
     options.scenario = m_directory;
     EXPECT_EQ(complaint(options, {"p", "c", "", ""}),

@@ -183,7 +183,7 @@ TEST_F(MetricsProgramTest, RoundLongerThanTheIntervalIsNotPiledUp) {
     EXPECT_EQ(errors(), "");
 }
 
-TEST_F(MetricsProgramTest, LastingFailureIsToldOnceAndShown) {
+TEST_F(MetricsProgramTest, LastingFailureIsReportedOnceAndShown) {
     const pid_t process = start("no-driver");
     waitForPages(3);
     EXPECT_THAT(page(), HasSubstr("zelsensors_scrape_success{collector=\"sensors\"} 0\n"));
@@ -218,7 +218,7 @@ TEST_F(MetricsProgramTest, DirectoryAndLinkAreNotReplaced) {
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
-TEST_F(MetricsProgramTest, DirectoryThatGoesAndComesBackIsToldTwice) {
+TEST_F(MetricsProgramTest, DirectoryThatGoesAndComesBackIsReportedTwice) {
     const pid_t process = start(m_scenario);
     waitForPages(2);
     fs::rename(m_place, m_directory.path("elsewhere"));
@@ -254,7 +254,7 @@ TEST_F(MetricsProgramTest, FullDiskLeavesNoOldPage) {
     EXPECT_EQ(umount(m_place.c_str()), 0);
 }
 
-TEST_F(MetricsProgramTest, LaterPageOfAnotherFailureIsTold) {
+TEST_F(MetricsProgramTest, LaterPageOfAnotherFailureIsReported) {
     const std::string scenario =
         m_directory.write("log.toml", std::string(TWO_SENSORS) +
                                           "[[fault]]\noperation = \"event-log\"\nfrom-call = 3\n"

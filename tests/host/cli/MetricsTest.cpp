@@ -78,7 +78,7 @@ TEST_F(MetricsRoundsTest, NewLinesAreCountedFromTheFirstRound) {
     }
 }
 
-TEST_F(MetricsRoundsTest, FailureIsShownAndToldAndIsOverWithTheNextRound) {
+TEST_F(MetricsRoundsTest, FailureIsShownAndReportedAndIsOverWithTheNextRound) {
     EXPECT_FALSE(m_rounds.next().failure);
     m_status = CMPI_RC_ERR_FAILED;
     const MetricsRounds::Page failed = m_rounds.next();

@@ -383,7 +383,7 @@ TEST_F(ProgramTest, ProviderIsCleanedUpThoughTheReaderIsGone) {
     EXPECT_THAT(contentsOf(file), HasSubstr("\nDESTRUCTOR\n"));
 }
 
-TEST_F(ProgramTest, WhereTheSignalIsIgnoredAReaderThatIsGoneIsTold) {
+TEST_F(ProgramTest, WhereTheSignalIsIgnoredAReaderThatIsGoneIsReported) {
     const ProgramEnd end = runUnread({"-c", "trap '' PIPE; exec " ZELHOST " instances"}, "/bin/sh");
     EXPECT_EQ(end.exitCode, 4);
     EXPECT_EQ(end.errors, "zelhost: the output cannot be written: Broken pipe\n");

@@ -120,7 +120,7 @@ TEST_F(SensorsProgramTest, UnknownNameIsAnErrorWithWhatIsNear) {
     EXPECT_EQ(end.errors, "zelhost: nothing is named Bord; did you mean Board?\n");
 }
 
-TEST_F(SensorsProgramTest, ColourIsForTerminalsUnlessToldOtherwise) {
+TEST_F(SensorsProgramTest, ColourIsForTerminalsUnlessAskedForElsewhere) {
     EXPECT_EQ(run({}).output.find('\x1b'), std::string::npos);
     EXPECT_THAT(run({"--color", "always"}, STATES, {"NO_COLOR=1"}).output,
                 HasSubstr("\n\x1b[1;31mCPU Temperature(00000011)"));

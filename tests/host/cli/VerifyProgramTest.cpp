@@ -118,7 +118,7 @@ TEST_P(VerifyScenarioTest, EveryAnswerConforms) {
     EXPECT_EQ(end.errors, "");
 }
 
-TEST_F(VerifyProgramTest, FailedRequestsAreToldOnBothOutputs) {
+TEST_F(VerifyProgramTest, FailedRequestsAreReportedOnBothOutputs) {
     const ProgramEnd end = runProgram({"verify", "--scenario", "no-driver"});
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_EQ(end.output,

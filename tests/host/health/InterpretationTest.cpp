@@ -88,7 +88,7 @@ TEST(InterpretationTest, DriveLimitOf0KelvinIsNone) {
     EXPECT_EQ(Sensor::of(driveOf(28, -273, 0)).stateWord(), "critical high");
 }
 
-TEST(InterpretationTest, DriveIsToldByNameDeviceAndType) {
+TEST(InterpretationTest, DriveIsRecognisedByNameDeviceAndType) {
     EXPECT_TRUE(host::isNameOfDriveSensor("SSD10 Temperature(0000000a)"));
     for (const char* other : {"SSD0 Temperature(00000000)", "SSD11 Temperature(0000000b)", "SSD1 Temperature(00000002)",
                               "SSD1 Temperature(0000001)", "ssd1 Temperature(00000001)", "SSD1 Temperature", ""}) {

@@ -131,7 +131,7 @@ TEST(CimXmlReaderTest, ReferenceIsAPath) {
     EXPECT_EQ(*plain.path, (ObjectPath{"", "root/cimv2", "C", {}}));
 }
 
-TEST(CimXmlReaderTest, KeysHaveTheTypesThatTheAnswerTells) {
+TEST(CimXmlReaderTest, KeysHaveTheTypesThatTheAnswerGives) {
     EXPECT_EQ(key("<KEYVALUE VALUETYPE=\"string\">7</KEYVALUE>"), Value::ofText("7"));
     EXPECT_EQ(key("<KEYVALUE>7</KEYVALUE>"), Value::ofText("7"));
     EXPECT_EQ(key("<KEYVALUE VALUETYPE=\"boolean\">TRUE</KEYVALUE>"), Value::ofBoolean(true));

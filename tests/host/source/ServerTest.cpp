@@ -253,7 +253,7 @@ TEST(ServerTest, SingleInstanceThatIsMissingIsNoAnswer) {
     }
 }
 
-TEST(ServerTest, UnfitTextIsToldOnce) {
+TEST(ServerTest, UnfitTextIsReportedOnce) {
     int id = 1000;
     RawServer raw([&](Connection& connection) {
         for (;;) {
@@ -355,7 +355,7 @@ TEST(ServerTest, WhoIsNotThereIsSaidSo) {
               "has a name that is not known here; is it spelled right, and does the name service know it?");
 }
 
-TEST(ServerTest, OtherProtocolsAreToldApart) {
+TEST(ServerTest, OtherProtocolsAreDistinguished) {
     EXPECT_EQ(failureOf("220 till17 ESMTP\r\n"), "does not answer in HTTP; is this the port of an object manager?");
     EXPECT_EQ(failureOf(""), "ended the connection without an answer; does this port want https?");
 }

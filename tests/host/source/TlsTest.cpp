@@ -128,7 +128,7 @@ TEST_F(TlsTest, FileWithoutCertificatesIsSaidSo) {
     }
 }
 
-TEST_F(TlsTest, TlsAndPlainHttpAreToldApart) {
+TEST_F(TlsTest, TlsAndPlainHttpAreDistinguished) {
     const RawServer plain([](Connection& connection) {
         connection.write("HTTP/1.1 400 Bad Request\r\n\r\n");
         connection.waitForEnd();

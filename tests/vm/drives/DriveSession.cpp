@@ -2,7 +2,7 @@
 //
 //     drive_session FILE OUTPUT
 //
-// OUTPUT takes what it tells; the provider writes lines of its own to standard output. The steps, besides those of
+// OUTPUT takes what it reports; the provider writes lines of its own to standard output. The steps, besides those of
 // GuestSteps:
 //
 //     start          makes the provider and shows the drive sensors

@@ -1,5 +1,5 @@
 // A thermal zone and a power meter, whose values lie in memory at 0x10000000: tenths of Kelvin, a word that makes the
-// thermal zone fail where it is not 0, milliwatts. The kernel is told to leave that memory alone.
+// thermal zone fail where it is not 0, milliwatts. The kernel's command line keeps that memory free.
 DefinitionBlock ("", "SSDT", 2, "TEST", "TESTHERM", 1)
 {
     Scope (\_SB)

@@ -1,5 +1,5 @@
 # shellcheck shell=sh
-# What the shell steps of the groups use. A drive is told by its number in /dev/nvmeN.
+# What the shell steps of the groups use. A drive is named by its number in /dev/nvmeN.
 
 # What plays the steps, and what it finds.
 session() { drive_session "$@"; }
