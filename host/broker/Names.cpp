@@ -54,11 +54,17 @@ constexpr TypeName TYPE_NAMES[] = {
     {CMPI_instance, "instance"}, {CMPI_null, "null"},
 };
 
+}  // namespace
+
 char lowered(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-}  // namespace
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    for (char& c : result) c = lowered(c);
+    return result;
+}
 
 bool sameName(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),

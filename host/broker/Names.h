@@ -11,6 +11,9 @@ namespace broker {
 
 // Whether two names are the same to CIM, which ignores the case of ASCII letters.
 bool sameName(std::string_view left, std::string_view right);
+// With ASCII letters in lower case.
+char lowered(char c);
+std::string lowered(std::string_view text);
 
 // "CMPI_RC_ERR_FAILED" for 1; "CMPI_RC_<number>" for a number that CMPI does not name.
 std::string nameOfStatus(int rc);

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <utility>
 
+#include "broker/Names.h"
 #include "cli/Colouring.h"
 #include "cli/Failure.h"
 #include "cli/Spelling.h"
@@ -21,13 +22,32 @@ std::string mayMeanSeveral(const std::string& word, const std::vector<std::size_
     return word + " may mean several: " + list;
 }
 
+// The one name with the word in it, or a pattern for all of them; empty where there is none.
+std::string containing(const std::string& word, const std::vector<std::string>& names) {
+    constexpr std::size_t fewestLetters = 2;
+    if (word.size() < fewestLetters || word.find_first_of("*?") != std::string::npos) return "";
+    std::string found;
+    for (const std::string& name : names) {
+        if (broker::lowered(name).find(broker::lowered(word)) == std::string::npos) continue;
+        if (!found.empty()) return "'*" + word + "*'";
+        found = name;
+    }
+    return found;
+}
+
 // What is near is found among labels and names.
-std::string refusal(const std::string& word, const std::vector<std::string>& names) {
+std::string suggestion(const std::string& word, const std::vector<std::string>& names) {
+    const std::string longer = containing(word, names);
+    if (!longer.empty()) return longer;
     std::vector<std::string> candidates;
     candidates.reserve(2 * names.size());
     for (const std::string& name : names) candidates.push_back(labelOf(name));
     candidates.insert(candidates.end(), names.begin(), names.end());
-    const std::string nearest = nearestTo(word, candidates);
+    return nearestTo(word, candidates);
+}
+
+std::string refusal(const std::string& word, const std::vector<std::string>& names) {
+    const std::string nearest = suggestion(word, names);
     return "nothing is named " + word + (nearest.empty() ? "" : "; did you mean " + nearest + "?");
 }
 

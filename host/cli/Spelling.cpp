@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <numeric>
 
+#include "broker/Names.h"
+
 namespace host {
 namespace {
 
@@ -29,7 +31,7 @@ std::string nearestTo(const std::string& word, const std::vector<std::string>& c
     std::string nearest;
     std::size_t least = std::min<std::size_t>(3, word.size());
     for (const std::string& candidate : candidates) {
-        const std::size_t changes = distance(word, candidate);
+        const std::size_t changes = distance(broker::lowered(word), broker::lowered(candidate));
         if (changes >= least) continue;
         least = changes;
         nearest = candidate;

@@ -8,7 +8,7 @@
 namespace host {
 
 // The candidate that a mistyped word most likely means: the first of those with the fewest letters to be added, left
-// out or replaced, two at most and fewer than the word has. Empty where none is so near.
+// out or replaced, two at most and fewer than the word has; case does not count. Empty where none is so near.
 std::string nearestTo(const std::string& word, const std::vector<std::string>& candidates);
 
 }  // namespace host

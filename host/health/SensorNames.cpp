@@ -5,21 +5,16 @@
 #include <cstdint>
 #include <optional>
 
+#include "broker/Names.h"
 #include "text/Utf8.h"
 
 namespace host {
 namespace {
 
+using broker::lowered;
+
 constexpr std::size_t HANDLE_DIGITS = 8;
 constexpr int HEXADECIMAL = 16;
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    for (char& c : result) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return result;
-}
 
 std::optional<std::uint32_t> handleIn(std::string_view digits) {
     std::uint32_t handle = 0;

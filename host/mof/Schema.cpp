@@ -11,10 +11,6 @@ namespace {
 
 using Kind = Literal::Kind;
 
-char lowered(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 struct IntegerRange {
     CMPIType type;
     std::uint64_t largest;
@@ -64,7 +60,7 @@ bool scalarFits(const Literal& value, CMPIType type) {
 
 bool NameLess::operator()(const std::string& left, const std::string& right) const {
     return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                        [](char l, char r) { return lowered(l) < lowered(r); });
+                                        [](char l, char r) { return broker::lowered(l) < broker::lowered(r); });
 }
 
 bool fits(const Literal& value, CMPIType type) {

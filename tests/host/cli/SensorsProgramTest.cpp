@@ -120,6 +120,13 @@ TEST_F(SensorsProgramTest, UnknownNameIsAnErrorWithWhatIsNear) {
     EXPECT_EQ(end.errors, "zelhost: nothing is named Bord; did you mean Board?\n");
 }
 
+TEST_F(SensorsProgramTest, UnknownNameThatStandsWithinOthersSuggestsThem) {
+    EXPECT_EQ(run({"temp"}).errors, "zelhost: nothing is named temp; did you mean CPU Temperature(00000011)?\n");
+    EXPECT_EQ(run({"000001"}).errors, "zelhost: nothing is named 000001; did you mean '*000001*'?\n");
+    EXPECT_EQ(run({"e"}).errors, "zelhost: nothing is named e\n");
+    EXPECT_EQ(run({"*tempo"}).errors, "zelhost: nothing is named *tempo\n");
+}
+
 TEST_F(SensorsProgramTest, ColourIsForTerminalsUnlessAskedForElsewhere) {
     EXPECT_EQ(run({}).output.find('\x1b'), std::string::npos);
     EXPECT_THAT(run({"--color", "always"}, STATES, {"NO_COLOR=1"}).output,

@@ -11,6 +11,7 @@ TEST(NearestToTest, OneOrTwoLettersMayBeWrong) {
     EXPECT_EQ(nearestTo("instancess", {"names", "instances"}), "instances");  // added
     EXPECT_EQ(nearestTo("imstamces", {"names", "instances"}), "instances");   // replaced, twice
     EXPECT_EQ(nearestTo("lgo", {"log"}), "log");                              // exchanged
+    EXPECT_EQ(nearestTo("INSTANCEZ", {"names", "instances"}), "instances");   // case does not count
 }
 
 TEST(NearestToTest, TheNearerOneIsTaken) {

@@ -38,6 +38,7 @@ for scenario in healthy overheating dying-sensor grebel-drives; do
 done
 "$zelhost" sensors --format json --scenario "$work/odd.toml" >"$work/odd.json"
 "$zelhost" sensors --format json --scenario "$scenarios/no-driver.toml" >"$work/failed.json" 2>/dev/null && exit 1
+"$zelhost" watch --count 1 --format json --scenario "$scenarios/healthy.toml" >"$work/watch.json"
 
 python3 - "$schema" "$work" <<'PYTHON'
 import copy
@@ -51,7 +52,7 @@ schema = json.load(open(sys.argv[1]))
 jsonschema.Draft7Validator.check_schema(schema)
 validator = jsonschema.Draft7Validator(schema)
 documents = {}
-for name in ("healthy", "overheating", "dying-sensor", "grebel-drives", "odd", "failed"):
+for name in ("healthy", "overheating", "dying-sensor", "grebel-drives", "odd", "failed", "watch"):
     documents[name] = json.load(open(os.path.join(sys.argv[2], name + ".json")))
     validator.validate(documents[name])
 
@@ -59,6 +60,7 @@ healthy = documents["healthy"]
 assert len(healthy["sensors"]) == 14, healthy
 assert [s["severity"] for s in documents["odd"]["sensors"]] == ["critical", "ok", None], documents["odd"]
 assert documents["odd"]["sensors"][2]["reason"], documents["odd"]
+assert documents["watch"]["command"] == "watch", documents["watch"]
 assert documents["failed"]["status"]["rc"] == 16 and documents["failed"]["sensors"] == [], documents["failed"]
 
 

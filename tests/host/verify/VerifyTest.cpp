@@ -166,7 +166,7 @@ TEST_F(VerifyTest, FindingsByAManagerNameTheLikelyCause) {
         "with the types of that, and drops the rest\n"
         "get root/cimv2:Thing.Name=\" a\": the server answered 1 CMPI_RC_ERR_FAILED: no such thing\n"
         "    likely cause: the provider, or the manager before it asks the provider; the log on that machine "
-        "tells which\n"
+        "says which\n"
         "Thing: 1 name, 1 instance, 1 single request, 4 problems\n");
     EXPECT_THAT(verificationJson(verified(THING, host::Via::Manager), std::nullopt),
                 testing::HasSubstr("\"cause\": \"managers trim"));
