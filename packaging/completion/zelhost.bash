@@ -1,5 +1,5 @@
-# Completion of zelhost's command line in bash. What there is to complete, zelhost itself says: its help knows the commands
-# and their options, its command "scenario list" the scenarios, its command "names" the sensors.
+# Completion of zelhost's command line in bash. What there is to complete, zelhost itself says: its help knows the
+# commands and their options, its command "scenario list" the scenarios, its command "names" the sensors.
 
 # _zelhost_listed HEADING [COMMAND]: the words in the first column below that heading of the help.
 _zelhost_listed() {
@@ -9,10 +9,16 @@ _zelhost_listed() {
             inside && /^  [-a-z]/ { sub(/^.*,--/, "--", $1); print $1 }'
 }
 
+# The options without a value.
+_zelhost_flags() {
+    "$_zelhost_program" help 2>/dev/null |
+        awk '/^  -/ { sub(/^  /, ""); sub(/  .*/, ""); if (!/ /) { gsub(/,/, "\n"); print } }'
+}
+
 # The rows of a table, without its title.
 _zelhost_rows() { "$_zelhost_program" "$@" 2>/dev/null | sed 1d; }
 
-# Sets command, and asked: the options before the word that say which sensors there are.
+# Sets command, and asked: the options before the word that say which sensors there are. bash parts words at "=" and ":".
 _zelhost_read() {
     local i word
     command=
@@ -20,12 +26,16 @@ _zelhost_read() {
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case $word in
-            --chip | --scenario | --provider | --namespace)
-                if ((i + 1 < COMP_CWORD)); then asked+=("$word" "${COMP_WORDS[i + 1]}"); fi
-                ((++i))
+            = | :) ((++i)) ;;
+            -*)
+                if [[ $'\n'$flags$'\n' == *$'\n'"$word"$'\n'* ]]; then continue; fi
+                if [[ ${COMP_WORDS[i + 1]-} == = ]]; then ((++i)); fi
+                if ((++i < COMP_CWORD)); then
+                    case $word in
+                        --chip | --scenario | --provider | --namespace | --server) asked+=("$word" "${COMP_WORDS[i]}") ;;
+                    esac
+                fi
                 ;;
-            -h | --help | -V | --version) ;;
-            -*) ((++i)) ;;
             *) if [[ -z $command ]]; then command=$word; fi ;;
         esac
     done
@@ -42,6 +52,13 @@ _zelhost_offer() {
     done
 }
 
+_zelhost_words() { _zelhost_offer < <(printf '%s\n' "$@"); }
+
+# Nobody is asked over the network because of a key.
+_zelhost_sensors() {
+    if [[ " ${asked[*]} " != *" --server "* ]]; then _zelhost_offer < <(_zelhost_rows names "${asked[@]}"); fi
+}
+
 _zelhost_files() {
     compopt -o filenames
     mapfile -t COMPREPLY < <(compgen -f -- "${COMP_WORDS[COMP_CWORD]}")
@@ -50,47 +67,60 @@ _zelhost_files() {
 _zelhost_arguments() {
     case $command in
         '' | help) _zelhost_offer < <(_zelhost_listed Commands) ;;
-        get | modify | delete) _zelhost_offer < <(_zelhost_rows names "${asked[@]}") ;;
-        names | instances) _zelhost_offer < <(printf '%s\n' TQS_NumericSensor TQS_SystemEventLog) ;;
-        watch) _zelhost_offer < <(echo TQS_NumericSensor) ;;
+        sensors | get | modify | delete) _zelhost_sensors ;;
+        names | instances) _zelhost_words TQS_NumericSensor TQS_SystemEventLog ;;
         scenario)
             if [[ " ${COMP_WORDS[*]:0:COMP_CWORD} " == *" check "* ]]; then
                 _zelhost_files
             else
-                _zelhost_offer < <(printf '%s\n' list check)
+                _zelhost_words list check
             fi
             ;;
     esac
 }
 
-_zelhost() {
-    local command asked _zelhost_program=${COMP_WORDS[0]/#\~/$HOME}
-    COMPREPLY=()
-    _zelhost_read
-    case ${COMP_WORDS[COMP_CWORD - 1]} in
-        --format) _zelhost_offer < <(printf '%s\n' table json mof) ;;
-        --scenario)
-            if [[ ${COMP_WORDS[COMP_CWORD]} == */* ]]; then
-                _zelhost_files
-            else
-                _zelhost_offer < <(_zelhost_rows scenario list | awk '{ print $1 }')
-            fi
-            ;;
+_zelhost_scenarios() {
+    if [[ ${COMP_WORDS[COMP_CWORD]} == */* ]]; then
+        _zelhost_files
+    else
+        _zelhost_offer < <(_zelhost_rows scenario list | awk '{ print $1 }')
+    fi
+}
+
+# _zelhost_value OPTION: what it may be; nothing for a number, a time or a text.
+_zelhost_value() {
+    case $1 in
+        --format) _zelhost_words table json csv mof ;;
+        --scenario) _zelhost_scenarios ;;
         --chip)
             _zelhost_files
-            _zelhost_offer < <(printf '%s\n' system simulated)
+            _zelhost_words system simulated
             ;;
         --provider | --schema | --provider-output | --to | --password-file | --ca) _zelhost_files ;;
-        --class) _zelhost_offer < <(printf '%s\n' TQS_NumericSensor TQS_SystemEventLog) ;;
-        --provider-name | --namespace | --language | --interval | --count | --every | --last | --since | --match | \
-            --server | --user | --timeout) ;;
-        *)
-            case ${COMP_WORDS[COMP_CWORD]} in
-                -*) _zelhost_offer < <(_zelhost_listed Options "$command") ;;
-                *) _zelhost_arguments ;;
-            esac
+        --class) _zelhost_words TQS_NumericSensor TQS_SystemEventLog ;;
+        --ignore) _zelhost_sensors ;;
+        --type)
+            _zelhost_words air-flow counter current fan humidity intrusion lock other power power-production presence \
+                pressure smoke switch temperature unknown voltage
             ;;
+        --sort) _zelhost_words severity ;;
+        --color) _zelhost_words auto always never ;;
+        --warn-on) _zelhost_words critical no-reading ;;
     esac
+}
+
+_zelhost() {
+    local command asked flags before=${COMP_WORDS[COMP_CWORD - 1]} _zelhost_program=${COMP_WORDS[0]/#\~/$HOME}
+    COMPREPLY=()
+    flags=$(_zelhost_flags)
+    _zelhost_read
+    if [[ $before == -* && $'\n'$flags$'\n' != *$'\n'"$before"$'\n'* ]]; then
+        _zelhost_value "$before"
+    elif [[ ${COMP_WORDS[COMP_CWORD]} == -* ]]; then
+        _zelhost_offer < <(_zelhost_listed Options "$command")
+    else
+        _zelhost_arguments
+    fi
 }
 
 complete -F _zelhost zelhost
