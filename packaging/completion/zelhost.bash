@@ -18,7 +18,8 @@ _zelhost_flags() {
 # The rows of a table, without its title.
 _zelhost_rows() { "$_zelhost_program" "$@" 2>/dev/null | sed 1d; }
 
-# Sets command, and asked: the options before the word that say which sensors there are. bash parts words at "=" and ":".
+# Sets command, and asked: the options before the word that say which sensors there are. bash parts words at "=" and
+# ":".
 _zelhost_read() {
     local i word
     command=

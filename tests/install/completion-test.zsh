@@ -1,6 +1,6 @@
 #!/usr/bin/env zsh
-# Types command lines into real shells, bash and zsh, in a terminal of their own, and compares what the tabulator makes of
-# them. After each, a key lets the shell print the line between two marks: nothing here rests on time.
+# Types command lines into real shells, bash and zsh, in a terminal of their own, and compares what the tabulator makes
+# of them. After each, a key lets the shell print the line between two marks: nothing here rests on time.
 #
 # usage: completion-test.zsh SOURCE-DIRECTORY ZELHOST
 emulate -L zsh
