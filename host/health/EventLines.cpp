@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "broker/Names.h"
+
 namespace host {
 namespace {
 
@@ -37,12 +39,8 @@ std::optional<std::string> dateOf(const std::smatch& found) {
     return isWhole ? std::optional<std::string>(written(parts)) : std::nullopt;
 }
 
-char lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 bool hasText(const std::string& line, const std::string& text) {
-    const auto isSame = [](char left, char right) { return lower(left) == lower(right); };
+    const auto isSame = [](char left, char right) { return broker::lowered(left) == broker::lowered(right); };
     return std::search(line.begin(), line.end(), text.begin(), text.end(), isSame) != line.end() || text.empty();
 }
 
