@@ -38,8 +38,7 @@ class Provider {
         gettimeofday(&now, nullptr);
         fakeclock::set(now);
         play(sensors);
-        m_session =
-            std::make_unique<host::Session>(host::LibraryChoice{PROVIDER_LIBRARY, "", true, ""}, "SensorProvider");
+        m_session = std::make_unique<host::Session>(PROVIDER_LIBRARY, "SensorProvider");
     }
 
     host::Session& due() {

@@ -22,8 +22,7 @@ host::Session& sessionOf(int sensors) {
         fakeclock::set(now);
         playTerminal(sensors);
         session.reset();
-        session =
-            std::make_unique<host::Session>(host::LibraryChoice{PROVIDER_LIBRARY, "", false, ""}, "SensorProvider");
+        session = std::make_unique<host::Session>(PROVIDER_LIBRARY, "SensorProvider");
         count = sensors;
     }
     return *session;

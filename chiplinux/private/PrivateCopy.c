@@ -30,13 +30,17 @@ static int (*realClosedir)(DIR*);
 static int (*realScandir)(const char*, struct dirent***, int (*)(const struct dirent*),
                           int (*)(const struct dirent**, const struct dirent**));
 
-OFFERED void* malloc(size_t size) {
+static void* allocated(size_t size) {
     return host == NULL ? NULL : host->allocate(host->context, size);
+}
+
+OFFERED void* malloc(size_t size) {
+    return allocated(size);
 }
 
 OFFERED void* calloc(size_t count, size_t size) {
     if (size != 0 && count > SIZE_MAX / size) return NULL;
-    void* block = malloc(count * size);
+    void* block = allocated(count * size);
     return block == NULL ? NULL : memset(block, 0, count * size);
 }
 
