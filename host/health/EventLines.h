@@ -1,4 +1,5 @@
-// The lines of the event log: texts of the chip, whose form nobody promises. Many begin with a number, and contain a date.
+// The lines of the event log: texts of the chip, whose form nobody promises. Many begin with a number, and contain a
+// date.
 #ifndef ZELSENSORS_HEALTH_EVENTLINES_H
 #define ZELSENSORS_HEALTH_EVENTLINES_H
 
