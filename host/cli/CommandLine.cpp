@@ -74,6 +74,21 @@ void refuseWrongMetrics(const Options& options) {
     }
 }
 
+// Throws UsageError.
+void refuseWrongFollowing(const Options& options) {
+    if (options.isFollowed && options.format != Format::Table) {
+        throw UsageError("log --follow shows the lines alone, in no other format");
+    }
+    const bool isFollowing = options.every > 0 || options.rounds > 0 || !options.state.empty();
+    if (!options.isFollowed && isFollowing) {
+        throw UsageError(std::string("log: ") +
+                         (options.every > 0    ? "--every"
+                          : options.rounds > 0 ? "--count"
+                                               : "--state") +
+                         " is for --follow");
+    }
+}
+
 // What was wrong where it was neither an unknown word nor a value.
 std::string reasonOf(const CLI::ParseError& error, Grammar& grammar, const std::string& lastWord) {
     if (grammar.app().get_option_no_throw(lastWord) != nullptr) return lastWord + " needs a value";
@@ -140,7 +155,10 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     refuseWrongFormat(options);
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
     if (options.request.command == Command::Metrics) refuseWrongMetrics(options);
-    if (options.request.command == Command::Log) options.request.className = EVENT_LOG_CLASS;
+    if (options.request.command == Command::Log) {
+        refuseWrongFollowing(options);
+        options.request.className = EVENT_LOG_CLASS;
+    }
     return std::nullopt;
 }
 

@@ -73,4 +73,9 @@ void Ending::takeSignal() {
     _exit(0);
 }
 
+Ending::Clock::time_point nextMultiple(Ending::Clock::time_point start, std::chrono::nanoseconds interval,
+                                       Ending::Clock::time_point now) {
+    return start + ((now - start) / interval + 1) * interval;
+}
+
 }  // namespace host

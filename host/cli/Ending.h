@@ -43,6 +43,10 @@ class Ending {
     std::thread m_thread;
 };
 
+// The first start + n × interval, n a whole number, that comes after `now`, which is not before the start.
+Ending::Clock::time_point nextMultiple(Ending::Clock::time_point start, std::chrono::nanoseconds interval,
+                                       Ending::Clock::time_point now);
+
 }  // namespace host
 
 #endif

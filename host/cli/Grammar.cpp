@@ -123,9 +123,9 @@ double everyIn(const std::string& text) {
     throw UsageError("--every: '" + text + "' is not a number of seconds from 0.1 to 86400, such as 15s");
 }
 
-std::string fileIn(const std::string& text) {
+std::string fileIn(const char* option, const std::string& text) {
     if (!text.empty()) return text;
-    throw UsageError("--to: the name of the file is empty");
+    throw UsageError(std::string(option) + ": the name of the file is empty");
 }
 
 unsigned countIn(const std::string& text) {
@@ -289,8 +289,9 @@ void Grammar::addSpecialOptions(Options& options) {
     special[addOption(m_app, "--interval", "SECONDS", "Seconds between two rounds of watch",
                       [&options](const std::string& text) { options.interval = intervalIn(text); })
                 ->default_str("2")] = {"watch"};
-    special[addOption(m_app, "--count", "ROUNDS", "End watch after so many rounds (default: when interrupted)",
-                      [&options](const std::string& text) { options.rounds = countIn(text); })] = {"watch"};
+    special[addOption(m_app, "--count", "ROUNDS",
+                      "End watch, or log --follow, after so many rounds (default: when interrupted)",
+                      [&options](const std::string& text) { options.rounds = countIn(text); })] = {"watch", "log"};
     addSensorOptions(options.sensors);
     special[addOption(m_app, "--last", "N", "Show the last N lines alone, of those that the other options leave",
                       [&options](const std::string& text) { options.lines.last = lastIn(text); })] = {"log"};
@@ -300,6 +301,7 @@ void Grammar::addSpecialOptions(Options& options) {
                       [&options](const std::string& text) { options.lines.since = momentOf(text); })] = {"log"};
     special[addText(m_app, "--match", "TEXT", "Show the lines that have this text, in capitals or not",
                     options.lines.match)] = {"log"};
+    addFollowOptions(options);
     addCheckOptions(options.check);
     addMetricsOptions(options);
     CLI::Option* schema =
@@ -356,14 +358,24 @@ void Grammar::addCheckOptions(CheckOptions& check) {
     m_repeatable.insert({ignored, warnings});
 }
 
+void Grammar::addFollowOptions(Options& options) {
+    SpecialOptions& special = *m_special;
+    special[m_app.add_flag("--follow", options.isFollowed,
+                           "Show the lines of the log alone, go on, and show new ones as they come")] = {"log"};
+    special[addOption(m_app, "--state", "FILE",
+                      "File that keeps which lines have been shown, so that a later --follow goes on behind them",
+                      [&options](const std::string& text) { options.state = fileIn("--state", text); })] = {"log"};
+}
+
 void Grammar::addMetricsOptions(Options& options) {
     SpecialOptions& special = *m_special;
     special[addOption(m_app, "--every", "SECONDS",
-                      "Seconds between two pages of metrics, such as 15s (default: one page)",
-                      [&options](const std::string& text) { options.every = everyIn(text); })] = {"metrics"};
+                      "Seconds between two pages of metrics, such as 15s (default: one page), or between two looks of "
+                      "log --follow (default: 5s)",
+                      [&options](const std::string& text) { options.every = everyIn(text); })] = {"metrics", "log"};
     special[addOption(m_app, "--to", "FILE",
                       "File that always holds the last page of metrics (default: standard output)",
-                      [&options](const std::string& text) { options.to = fileIn(text); })] = {"metrics"};
+                      [&options](const std::string& text) { options.to = fileIn("--to", text); })] = {"metrics"};
     special[m_app.add_flag_function(
         "--no-thresholds", [&options](std::int64_t) { options.hasThresholds = false; },
         "Leave the thresholds out of the page of metrics")] = {"metrics"};

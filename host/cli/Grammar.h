@@ -50,6 +50,7 @@ class Grammar {
     void addServerOptions(ServerOptions& server);
     void addSpecialOptions(Options& options);
     void addSensorOptions(SensorOptions& sensors);
+    void addFollowOptions(Options& options);
     void addCheckOptions(CheckOptions& check);
     void addMetricsOptions(Options& options);
     void addReadingCommands(Options& options);

@@ -19,23 +19,6 @@ auto timed(std::chrono::duration<double>& duration, Call call) {
     return result;
 }
 
-// What goes wrong, reported when it begins, changes or ends: a log shall not fill with the same line.
-class Trouble {
-  public:
-    using Report = std::function<void(const std::string&)>;
-    explicit Trouble(Report report) : m_report(std::move(report)) {}
-
-    // An empty text: nothing is wrong now.
-    void now(const std::string& text) {
-        if (text != m_last) m_report(text);
-        m_last = text;
-    }
-
-  private:
-    Report m_report;
-    std::string m_last;
-};
-
 // What there is to report; empty where the page is in the file.
 std::string replaced(const ReplacedFile& file, const std::string& page) {
     try {
@@ -54,7 +37,7 @@ std::string replaced(const ReplacedFile& file, const std::string& page) {
 
 class Publishing {
   public:
-    Publishing(MetricsRounds& rounds, const ReplacedFile& file, const MetricsListener& listener)
+    Publishing(MetricsRounds& rounds, const ReplacedFile& file, const TroubleListener& listener)
         : m_rounds(rounds),
           m_file(file),
           m_fileTrouble([&listener](const std::string& text) {
@@ -106,7 +89,7 @@ PublishedFile::~PublishedFile() {
 }
 
 void publishMetrics(MetricsRounds& rounds, std::chrono::nanoseconds interval, const ReplacedFile& file,
-                    const MetricsListener& listener) {
+                    const TroubleListener& listener) {
     // Long enough for any request that is not stuck, short enough for who waits for the end.
     constexpr std::chrono::seconds grace(2);
     Ending ending(grace, [&file] { file.removeSilently(); });
@@ -115,10 +98,6 @@ void publishMetrics(MetricsRounds& rounds, std::chrono::nanoseconds interval, co
     do {
         publishing.round(ending);
     } while (ending.waitUntil(nextMultiple(start, interval, Clock::now())));
-}
-
-Clock::time_point nextMultiple(Clock::time_point start, std::chrono::nanoseconds interval, Clock::time_point now) {
-    return start + ((now - start) / interval + 1) * interval;
 }
 
 }  // namespace host

@@ -3,11 +3,11 @@
 #define ZELSENSORS_CLI_METRICS_H
 
 #include <chrono>
-#include <functional>
 #include <optional>
 #include <string>
 
 #include "cli/Ending.h"
+#include "cli/Trouble.h"
 #include "format/MetricsFormat.h"
 #include "source/Source.h"
 #include "text/ReplacedFile.h"
@@ -49,12 +49,6 @@ class PublishedFile {
     bool m_isKept = false;
 };
 
-// Who hears of what goes wrong.
-struct MetricsListener {
-    std::function<void(const broker::Status&)> failure;  // the provider's answer was an error
-    std::function<void(const std::string&)> line;        // anything else, in one line
-};
-
 // Makes a page at once and then at each multiple of the interval, and puts it into the file, until a signal asks for
 // the end. A round that takes longer than the interval costs the multiples that it covers. Where a later page cannot be
 // written the file is removed, and the next page is tried as usual. What lasts is reported when it begins, changes and
@@ -62,11 +56,7 @@ struct MetricsListener {
 // still there. A request that does not return within seconds after the signal is left: the file is removed and the
 // process ends with status 0.
 void publishMetrics(MetricsRounds& rounds, std::chrono::nanoseconds interval, const ReplacedFile& file,
-                    const MetricsListener& listener);
-
-// The first start + n × interval, n a whole number, that comes after `now`, which is not before the start.
-Ending::Clock::time_point nextMultiple(Ending::Clock::time_point start, std::chrono::nanoseconds interval,
-                                       Ending::Clock::time_point now);
+                    const TroubleListener& listener);
 
 }  // namespace host
 

@@ -51,13 +51,15 @@ struct Options {
     CheckOptions check;
     ServerOptions server;
     double interval = 2;              // seconds between the rounds of watch
-    unsigned rounds = 0;              // of watch; 0: until it is interrupted
-    double every = 0;                 // seconds between the pages of metrics; 0: one page
+    unsigned rounds = 0;              // of watch, or looks of log; 0: until it is interrupted
+    double every = 0;                 // seconds between pages of metrics or looks of log; 0: one page, or the default
     std::string to;                   // the file of metrics' pages; empty: standard output
     bool hasThresholds = true;        // metrics shows them
     std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's
 
     LineFilter lines;  // of log
+    bool isFollowed = false;
+    std::string state;  // the file of log's state; empty: none
 
     std::string provider;  // the library; empty: the one of the program's own tree
     std::string providerName = "SensorProvider";

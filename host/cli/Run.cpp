@@ -17,6 +17,7 @@
 #include "cli/ChosenSource.h"
 #include "cli/Failure.h"
 #include "cli/FailureKeeper.h"
+#include "cli/Follow.h"
 #include "cli/Metrics.h"
 #include "cli/ProviderOutput.h"
 #include "cli/ScenarioCommands.h"
@@ -179,18 +180,43 @@ int askAgain(Asking& asking) {
     return ExitCode::AnsweredError;
 }
 
-int publish(const FailureKeeper& source, MetricsRounds& rounds, const ReplacedFile& file, Asking& asking) {
-    const auto reportLine = [&](const std::string& text) {
+TroubleListener listenerOf(const FailureKeeper& source, Asking& asking) {
+    const auto reportLine = [&asking](const std::string& text) {
         reportOn(asking.streams.errors, "zelhost: " + printable(text) + '\n');
     };
-    const auto reportFailure = [&](const broker::Status& status) {
+    const auto reportFailure = [&source, &asking, reportLine](const broker::Status& status) {
         source.isUnanswered(status) ? reportLine(status.message.value_or(""))
                                     : report(status, source.linesOfFailure(), asking);
     };
-    const std::chrono::nanoseconds interval(static_cast<std::int64_t>(asking.options.every * 1e9));
-    publishMetrics(rounds, interval, file, {reportFailure, reportLine});
+    return {reportFailure, reportLine};
+}
+
+std::chrono::nanoseconds nanoseconds(double seconds) {
+    return std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
+}
+
+int publish(const FailureKeeper& source, MetricsRounds& rounds, const ReplacedFile& file, Asking& asking) {
+    publishMetrics(rounds, nanoseconds(asking.options.every), file, listenerOf(source, asking));
     file.remove();
     return ExitCode::Fine;
+}
+
+int follow(Asking& asking) {
+    const Options& options = asking.options;
+    std::optional<SeenLines> state;
+    if (!options.state.empty()) state.emplace(options.state);
+    const SeenLines::Kept kept = state ? state->read() : SeenLines::Kept();
+    if (!kept.complaint.empty()) {
+        reportOn(asking.streams.errors,
+             "zelhost: --state: " + printable(kept.complaint) + "; all lines of the log are shown\n");
+    }
+    FailureKeeper source(asking.start(), asking.streams.provider);
+    LogFollower follower(source, options.request.nameSpace, options.lines, kept.lines);
+    constexpr double defaultInterval = 5;
+    const FollowTiming timing{nanoseconds(options.every > 0 ? options.every : defaultInterval), options.rounds};
+    const FollowOutcome outcome = followLog(follower, state, timing, asking.streams.output, listenerOf(source, asking));
+    if (outcome.failure) return ExitCode::AnsweredError;
+    return outcome.isSaved ? ExitCode::Fine : ExitCode::NotWritten;
 }
 
 std::optional<bool> isChipSimulated(const ChosenSource& chosen) {
@@ -297,6 +323,8 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
             return askAgain(asking);
         case Command::Metrics:
             return showMetrics(published, asking);
+        case Command::Log:
+            return options.isFollowed ? follow(asking) : ask(asking);
         default:
             return ask(asking);
     }

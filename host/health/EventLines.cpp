@@ -79,6 +79,14 @@ std::optional<std::string> momentIn(const std::string& word, std::time_t now) {
     return written(parts);
 }
 
+std::vector<std::string> wantedLines(std::vector<std::string> lines, const LineFilter& filter) {
+    const auto isUnwanted = [&filter](const std::string& line) { return !isWanted(line, filter); };
+    lines.erase(std::remove_if(lines.begin(), lines.end(), isUnwanted), lines.end());
+    const std::size_t surplus = lines.size() - std::min(lines.size(), filter.last.value_or(lines.size()));
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(surplus));
+    return lines;
+}
+
 Answer withLines(Answer answer, const LineFilter& filter) {
     for (broker::Instance& instance : answer.reply.instances) {
         for (broker::NamedValue& property : instance.properties) {

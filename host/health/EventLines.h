@@ -7,6 +7,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "source/Answer.h"
 
@@ -29,6 +30,9 @@ struct LineFilter {
     std::string match;                 // a text that the line has, in any case of ASCII's letters; empty: all
     std::optional<std::size_t> last;   // so many of those that are left, counted from the end
 };
+
+// The lines that are left.
+std::vector<std::string> wantedLines(std::vector<std::string> lines, const LineFilter& filter);
 
 // The answer with these lines alone. A line's date is compared as it is written; a line without a date is never too
 // old.

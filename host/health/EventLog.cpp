@@ -26,19 +26,24 @@ EventLog EventLog::of(const Instance& instance) {
     return log;
 }
 
-EventLogRounds::EventLogRounds(Source& source, const std::string& nameSpace)
-    : m_source(source), m_classPath{"", nameSpace, EVENT_LOG_CLASS, {}} {}
-
-EventLogRound EventLogRounds::next() {
-    const broker::Reply reply = m_source.enumerateInstances(m_classPath);
+EventLogRound askForEventLog(Source& source, const broker::ObjectPath& classPath) {
+    const broker::Reply reply = source.enumerateInstances(classPath);
     EventLogRound round;
     round.status = reply.status;
     if (reply.status.rc == CMPI_RC_OK && reply.instances.empty()) {
         round.status = {CMPI_RC_ERR_NOT_FOUND, "the answer is empty"};
     } else if (reply.status.rc == CMPI_RC_OK) {
         round.log = EventLog::of(reply.instances.front());
-        count(*round.log);
     }
+    return round;
+}
+
+EventLogRounds::EventLogRounds(Source& source, const std::string& nameSpace)
+    : m_source(source), m_classPath{"", nameSpace, EVENT_LOG_CLASS, {}} {}
+
+EventLogRound EventLogRounds::next() {
+    EventLogRound round = askForEventLog(m_source, m_classPath);
+    if (round.log) count(*round.log);
     if (m_before) round.newLines = m_newLines;
     return round;
 }

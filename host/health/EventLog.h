@@ -29,6 +29,9 @@ struct EventLogRound {
     std::optional<std::uint64_t> newLines;
 };
 
+// Asks once for the event log, a class path with a namespace; gives no newLines. Throws what the source throws.
+EventLogRound askForEventLog(Source& source, const broker::ObjectPath& classPath);
+
 class EventLogRounds {
   public:
     // Asks the source for the event log's class in the namespace; the source must outlive this object.

@@ -11,6 +11,14 @@
 
 namespace host {
 
+namespace {
+
+std::string complaintOf(int error) {
+    return std::string("the output cannot be written: ") + std::strerror(error);
+}
+
+}  // namespace
+
 void Output::write(std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::write(m_descriptor, text.data(), text.size());
@@ -20,11 +28,16 @@ void Output::write(std::string_view text) {
             pollfd wanted{m_descriptor, POLLOUT, 0};
             ::poll(&wanted, 1, -1);
         } else if (errno != EINTR) {
-            const std::string complaint = std::string("the output cannot be written: ") + std::strerror(errno);
-            if (errno == EPIPE) throw ReaderGone(complaint);
-            throw OutputError(complaint);
+            if (errno == EPIPE) throw ReaderGone(complaintOf(EPIPE));
+            throw OutputError(complaintOf(errno));
         }
     }
+}
+
+void Output::requireReader() const {
+    pollfd watched{m_descriptor, 0, 0};
+    if (::poll(&watched, 1, 0) > 0 && (watched.revents & (POLLERR | POLLHUP)) != 0)
+        throw ReaderGone(complaintOf(EPIPE));
 }
 
 bool Output::isTerminal() const {

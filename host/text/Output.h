@@ -35,6 +35,9 @@ class Output {
     // Writes all of the text, as it is. Throws OutputError, and ReaderGone where SIGPIPE is ignored.
     void write(std::string_view text);
 
+    // Throws ReaderGone where nobody reads a pipe or socket any more, without writing to it.
+    void requireReader() const;
+
     bool isTerminal() const;
     // Whether colours are wanted: a terminal that knows them, and no NO_COLOR in the environment.
     bool takesColour() const;

@@ -13,10 +13,14 @@
 namespace host {
 namespace {
 
-std::string temporaryOf(const std::string& path) {
+// Where its name begins, behind the last slash.
+std::size_t nameIn(const std::string& path) {
     const std::size_t slash = path.rfind('/');
-    const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
-    return path.substr(0, name) + '.' + path.substr(name) + ".tmp";
+    return slash == std::string::npos ? 0 : slash + 1;
+}
+
+std::string temporaryOf(const std::string& path) {
+    return path.substr(0, nameIn(path)) + '.' + path.substr(nameIn(path)) + ".tmp";
 }
 
 // Takes errno.
@@ -36,13 +40,15 @@ bool writeAll(int file, std::string_view text) {
 
 }  // namespace
 
-ReplacedFile::ReplacedFile(const std::string& path) : m_path(path), m_temporary(temporaryOf(path)) {}
+ReplacedFile::ReplacedFile(const std::string& path, Kind kind)
+    : m_path(path), m_temporary(temporaryOf(path)), m_kind(kind) {}
 
 void ReplacedFile::replace(std::string_view text) const {
     if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
     try {
         write(text);
         if (rename(m_temporary.c_str(), m_path.c_str()) != 0) throw notWritten(m_path);
+        if (m_kind == Kind::Lasting) forceName();
     } catch (const OutputError&) {
         unlink(m_temporary.c_str());
         throw;
@@ -68,13 +74,24 @@ bool ReplacedFile::isReplaceable() const {
 void ReplacedFile::write(std::string_view text) const {
     // Nothing that somebody has put there is written into.
     if (unlink(m_temporary.c_str()) != 0 && errno != ENOENT) throw notWritten(m_temporary);
-    const int file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    const bool isLasting = m_kind == Kind::Lasting;
+    const mode_t mode = isLasting ? 0600 : 0644;
+    const int file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file < 0) throw notWritten(m_path);
-    const bool isWritten = fchmod(file, 0644) == 0 && writeAll(file, text);
+    const bool isWritten = fchmod(file, mode) == 0 && writeAll(file, text) && (!isLasting || fsync(file) == 0);
     const int error = errno;
     if (close(file) != 0 && isWritten) throw notWritten(m_path);
     errno = error;
     if (!isWritten) throw notWritten(m_path);
+}
+
+// A directory that cannot be forced, as of some network file systems, has the new name all the same.
+void ReplacedFile::forceName() const {
+    const std::string directory = m_path.substr(0, nameIn(m_path));
+    const int file = open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file < 0) return;
+    fsync(file);
+    close(file);
 }
 
 }  // namespace host

@@ -7,13 +7,17 @@
 
 namespace host {
 
-// It is written as .NAME.tmp beside, with the mode 0644 whatever the umask, and then renamed. Readers see the old text
-// or the new one. It is not forced to the disk: its content is worth nothing after a restart of the machine. Two
-// writers of one file would spoil each other's.
+// It is written as .NAME.tmp beside and then renamed. Readers see the old text or the new one. Two writers of one file
+// would spoil each other's.
 class ReplacedFile {
   public:
+    enum class Kind {
+        ForAll,   // mode 0644 whatever the umask; not forced to the disk: worth nothing after a restart of the machine
+        Lasting,  // mode 0600; forced to the disk, so that the power may fail at any time
+    };
+
     // Touches nothing yet. A path without a directory means the current one.
-    explicit ReplacedFile(const std::string& path);
+    explicit ReplacedFile(const std::string& path, Kind kind = Kind::ForAll);
 
     // Throws OutputError, which names the file, where it cannot be; what is there then is the old file, or none, and
     // nothing is left beside it. Only a regular file is replaced: no directory, device or symbolic link.
@@ -28,9 +32,11 @@ class ReplacedFile {
   private:
     bool isReplaceable() const;  // a regular file, or nothing that is known
     void write(std::string_view text) const;
+    void forceName() const;
 
     std::string m_path;
     std::string m_temporary;
+    Kind m_kind;
 };
 
 }  // namespace host
