@@ -97,7 +97,7 @@ _zelhost_value() {
             _zelhost_files
             _zelhost_words system simulated
             ;;
-        --provider | --schema | --provider-output | --to | --password-file | --ca) _zelhost_files ;;
+        --provider | --schema | --provider-output | --to | --state | --password-file | --ca) _zelhost_files ;;
         --class) _zelhost_words TQS_NumericSensor TQS_SystemEventLog ;;
         --ignore) _zelhost_sensors ;;
         --type)

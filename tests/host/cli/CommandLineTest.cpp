@@ -109,6 +109,29 @@ TEST(CommandLineTest, MetricsRefusesWhatHasNoMeaning) {
     expectWrongUsage({"metrics", "X"}, "metrics: there is an argument too many: X", "metrics ");
 }
 
+TEST(CommandLineTest, LogFollowsWithStateIntervalAndCount) {
+    const Options options =
+        read({"log", "--follow", "--state", "s", "--every", "10s", "--count", "3", "--match", "Fan"}).options;
+    EXPECT_TRUE(options.isFollowed);
+    EXPECT_EQ(options.state, "s");
+    EXPECT_EQ(options.every, 10);
+    EXPECT_EQ(options.rounds, 3U);
+    EXPECT_EQ(options.lines.match, "Fan");
+    EXPECT_FALSE(read({"log"}).options.isFollowed);
+}
+
+TEST(CommandLineTest, LogRefusesWhatHasNoMeaning) {
+    expectWrongUsage({"log", "--state", "s"}, "log: --state is for --follow", "log ");
+    expectWrongUsage({"log", "--every", "1s"}, "log: --every is for --follow", "log ");
+    expectWrongUsage({"log", "--count", "1"}, "log: --count is for --follow", "log ");
+    expectWrongUsage({"log", "--follow", "--state", ""}, "--state: the name of the file is empty", "log ");
+    for (const char* format : {"json", "mof"}) {
+        expectWrongUsage({"log", "--follow", "--format", format},
+                         "log --follow shows the lines alone, in no other format", "log ");
+    }
+    expectWrongUsage({"metrics", "--follow"}, "metrics has no option --follow", "metrics ");
+}
+
 TEST(CommandLineTest, WritingCommands) {
     EXPECT_EQ(read({"create"}).options.request.command, Command::Create);
     EXPECT_EQ(read({"modify", "N"}).options.request.command, Command::Modify);
@@ -319,9 +342,9 @@ TEST(CommandLineTest, HelpIsFineAndListsTheExitCodes) {
     EXPECT_THAT(result.output, HasSubstr("Exit codes:\n  0  fine\n"));
     EXPECT_THAT(result.output, HasSubstr("\n  4  the output could not be written\n"));
     EXPECT_THAT(result.output, HasSubstr("--chip system"));
-    for (const char* option :
-         {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS", "--count ROUNDS",
-          "--language NAME", "--schema FILE", "--every SECONDS", "--to FILE", "--no-thresholds"}) {
+    for (const char* option : {"--help", "--version", "--provider PATH", "--class CLASS", "--interval SECONDS",
+                               "--count ROUNDS", "--language NAME", "--schema FILE", "--every SECONDS", "--to FILE",
+                               "--no-thresholds", "--follow", "--state FILE"}) {
         EXPECT_THAT(result.output, HasSubstr(option));
     }
 }
