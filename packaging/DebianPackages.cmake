@@ -1,10 +1,11 @@
-# The Debian packages by CPack: the provider, the chip library of any Linux machine, the simulated terminal, the host. Made
-# by the preset "package".
-foreach(package zelsensors zelsensors-linux zelsensors-simulator zelhost)
+# The Debian packages by CPack: the provider, the chip library of any Linux machine, the simulated terminal, the host, its
+# services. Made by the preset "package".
+foreach(package zelsensors zelsensors-linux zelsensors-simulator zelhost zelsensors-metrics)
     set(component_of_zelsensors provider)
     set(component_of_zelsensors-linux zelsensors-linux)
     set(component_of_zelsensors-simulator simulator)
     set(component_of_zelhost host)
+    set(component_of_zelsensors-metrics metrics)
     set(component ${component_of_${package}})
     # Each package has its own copyright file, since the programs differ in the libraries that are compiled into them.
     install(FILES debian/${package}.copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
@@ -34,7 +35,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/FinishStaging.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL provider zelsensors-linux simulator host)
+set(CPACK_COMPONENTS_ALL provider zelsensors-linux simulator host metrics)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 
 # The provider's package depends on no package with a chip library: the terminal has its own, and on any other machine
@@ -89,6 +90,24 @@ Loads a provider library as an object manager does, sends it requests and
 shows the answers as a table, as JSON or as MOF. Shows the sensors and the
 event log of a point-of-sale terminal without an object manager.")
 set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS "zelsensors")
-set(CPACK_DEBIAN_HOST_PACKAGE_SUGGESTS "zelsensors-simulator")
+set(CPACK_DEBIAN_HOST_PACKAGE_SUGGESTS "zelsensors-simulator, zelsensors-metrics")
+
+set(CPACK_DEBIAN_METRICS_DESCRIPTION "health of a point-of-sale terminal for Prometheus and the journal
+Two sandboxed services of systemd. One keeps a page with the terminal's
+readings, thresholds and states, which the textfile collector of
+prometheus-node-exporter takes. The other writes each new line of the
+motherboard's event log into the journal, once.
+
+They show the terminal's own sensors, never those of a simulated terminal.")
+set(CPACK_DEBIAN_METRICS_PACKAGE_ARCHITECTURE "all")
+set(CPACK_DEBIAN_METRICS_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_METRICS_PACKAGE_DEPENDS "zelsensors (>= ${PROJECT_VERSION}), zelhost (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_METRICS_PACKAGE_RECOMMENDS "prometheus-node-exporter")
+set(CPACK_DEBIAN_METRICS_PACKAGE_SUGGESTS "zelsensors-linux")
+set(CPACK_DEBIAN_METRICS_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/conffiles
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/postinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/prerm
+    ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/postrm)
 
 include(CPack)

@@ -188,7 +188,7 @@ TEST(CommandLineTest, OptionOfAnotherCommandIsRefusedWhereverItStands) {
     expectWrongUsage({"instances", "--schema", "q.mof"}, "instances has no option --schema", "instances ");
     expectWrongUsage({"--schema", "q.mof", "instances"}, "instances has no option --schema", "instances ");
     expectWrongUsage({"names", "--interval", "1"}, "names has no option --interval", "names ");
-    expectWrongUsage({"--count", "1", "log"}, "log has no option --count", "log ");
+    expectWrongUsage({"--count", "1", "names"}, "names has no option --count", "names ");
     expectWrongUsage({"watch", "--class", "X"}, "watch has no option --class", "watch ");
     expectWrongUsage({"get", "--language", "CQL", "X"}, "get has no option --language", "get ");
 }
