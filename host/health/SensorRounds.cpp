@@ -115,11 +115,23 @@ SensorRounds::SensorRounds(Source& source, const std::string& nameSpace, RoundTi
     : m_source(source), m_classPath{"", nameSpace, SENSOR_CLASS, {}}, m_timing(std::move(timing)) {}
 
 Round SensorRounds::next() {
+    restartAfterSetBack();
     return Asking(*this).round(nullptr);
 }
 
 Round SensorRounds::next(const ChooseNames& choose) {
+    restartAfterSetBack();
     return Asking(*this).round(&choose);
+}
+
+void SensorRounds::restartAfterSetBack() {
+    // More than clocks drift from each other between two rounds, and less than a reading may be old anyway.
+    constexpr std::chrono::milliseconds tolerance(500);
+    const Moment now{m_timing.now(), m_timing.timeOfDay()};
+    const bool isSetBack =
+        m_lastRound && (now.steady - m_lastRound->steady) - (now.ofDay - m_lastRound->ofDay) > tolerance;
+    m_lastRound = now;
+    if (isSetBack) m_source.restart();
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,7 @@ struct RoundTiming {
     using Clock = std::chrono::steady_clock;
     std::function<Clock::time_point()> now;
     std::function<void(Clock::duration)> wait;
+    std::function<std::chrono::system_clock::time_point()> timeOfDay = std::chrono::system_clock::now;
 };
 RoundTiming realTiming();
 
@@ -38,6 +40,10 @@ RoundTiming realTiming();
 // The provider takes no second reading within a second, not even after a failure: asked again so soon it gives the
 // value from before, as if all were well. So a round that has to ask again after a failure waits for that second, and
 // rounds that follow each other faster repeat the failure.
+//
+// It measures that second by the time of day: when that is set back, it goes on to give the values from before, for as
+// long as the clock takes to catch up. A round that finds it set back restarts the source, which then reads anew; a
+// source that cannot be restarted may give old values.
 class SensorRounds {
   public:
     // The source must outlive this object.
@@ -58,9 +64,16 @@ class SensorRounds {
         Sensor sensor;  // as it was shown
     };
 
+    struct Moment {
+        RoundTiming::Clock::time_point steady;
+        std::chrono::system_clock::time_point ofDay;
+    };
+    void restartAfterSetBack();
+
     Source& m_source;
     broker::ObjectPath m_classPath;
     RoundTiming m_timing;
+    std::optional<Moment> m_lastRound;
     std::map<std::string, Failure> m_failures;  // of the last round, by name
 };
 

@@ -48,9 +48,10 @@ provider=$(ls "$work"/packages/zelsensors_*.deb)
 simulator=$(ls "$work"/packages/zelsensors-simulator_*.deb)
 linux=$(ls "$work"/packages/zelsensors-linux_*.deb)
 host=$(ls "$work"/packages/zelhost_*.deb)
+metrics=$(ls "$work"/packages/zelsensors-metrics_*.deb)
 
 step "lintian"
-lintian --allow-root --display-info --fail-on error,warning,info "$provider" "$linux" "$simulator" "$host" ||
+lintian --allow-root --display-info --fail-on error,warning,info "$provider" "$linux" "$simulator" "$host" "$metrics" ||
     fail "lintian has found something"
 
 step "What the packages hold"
@@ -78,6 +79,13 @@ for file in "$libraries/libzelchip.so.0" "$libraries/zelsensors-linux/privatecop
     usr/share/doc/zelsensors-linux/linux-machines.md; do
     grep -qF " ./$file" "$work/linux.list" || fail "no $file in the package of the chip library for Linux machines"
 done
+dpkg-deb -c "$metrics" >"$work/metrics.list"
+for file in lib/systemd/system/zelsensors-metrics.service lib/systemd/system/zelsensors-event-log.service \
+    etc/default/zelsensors-metrics usr/share/doc/zelsensors-metrics/metrics.md; do
+    grep -qE " \./(usr/)?$file\$" "$work/metrics.list" || fail "no $file in the package of the services"
+done
+[ "$(dpkg-deb -f "$metrics" Architecture)" = all ] || fail "the services' package is not for all architectures"
+[ "$(dpkg-deb -f "$metrics" Recommends)" = prometheus-node-exporter ] || fail "it does not recommend node_exporter"
 dpkg-deb -f "$linux" Depends | grep -q libsensors5 || fail "the chip library for Linux machines does not depend on libsensors5"
 dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
 
@@ -95,12 +103,20 @@ copy_program() {
         cp -L "$library" "$root$library"
     done
 }
-for program in sh rm rmdir cat readlink awk cmp cp ln mkdir mv sort timeout; do copy_program "$program"; done
+for program in sh rm rmdir cat readlink awk cmp cp ln mkdir mv sort timeout perl; do copy_program "$program"; done
 cp -L /sbin/ldconfig "$root/usr/sbin/"
 # The packages' own dependencies, as this machine has them.
 of_host=$(dpkg-deb -f "$host" Depends | tr ',' '\n' | sed 's/^ *//; s/ .*//' | grep -E '^lib(curl|prometheus-cpp|pugixml)')
 [ "$(echo "$of_host" | wc -l)" = 3 ] || fail "zelhost does not depend on libcurl, prometheus-cpp and pugixml"
 needed="libc6 libgcc-s1 libstdc++6 libsensors-config libsensors5 $of_host"
+# What enables services is a script in Perl.
+cp -L /usr/bin/deb-systemd-helper /usr/bin/deb-systemd-invoke "$root/usr/bin/"
+mkdir -p "$root/var/lib/systemd" "$root/etc/systemd/system"
+for file in $(dpkg-query -L perl-base); do
+    [ -f "$file" ] || continue
+    mkdir -p "$root${file%/*}"
+    cp -L "$file" "$root$file"
+done
 : >"$root/var/lib/dpkg/status"
 for package in $needed; do
     dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
@@ -149,7 +165,7 @@ ln -s /opt/manager/var/lib/sfcb "$root/var/lib/sfcb"
 contents >"$work/before"
 
 step "Installing"
-dpkg --root="$root" --log=/dev/null -i "$provider" "$simulator" "$host" >"$work/install.log" 2>&1 ||
+dpkg --root="$root" --log=/dev/null -i "$provider" "$simulator" "$host" "$metrics" >"$work/install.log" 2>&1 ||
     { cat "$work/install.log"; fail "the packages do not install"; }
 [ "$(readlink "$root/$libraries/cmpi/libzelsensors.so")" = ../libzelsensors.so.0 ] ||
     fail "no link in the object managers' directory"
@@ -160,6 +176,20 @@ for example in log.conf sensor.conf; do
     [ -z "$(tail -c 1 "$file")" ] || fail "$example ends without a newline"
     if grep -vE '^(FileName|Level|MaxLength|NvmeReadings)=[^ ]+$' "$file"; then fail "$example has the above"; fi
 done
+
+# There is no systemd in the scratch root: nothing is started, and nothing fails for that.
+enabled=$root/etc/systemd/system/multi-user.target.wants
+for unit in zelsensors-metrics.service zelsensors-event-log.service; do
+    [ "$(readlink "$enabled/$unit" | sed 's|^/usr||')" = "/lib/systemd/system/$unit" ] || fail "$unit is not enabled"
+done
+[ "$(readlink "$root/var/lib/prometheus/node-exporter/zelsensors.prom")" = /run/zelsensors-metrics/zelsensors.prom ] ||
+    fail "no link to the page where node_exporter looks"
+# Whoever disables a service finds it disabled after the next version.
+rm "$enabled/zelsensors-event-log.service"
+dpkg --root="$root" --log=/dev/null -i "$metrics" >"$work/install-again.log" 2>&1 ||
+    { cat "$work/install-again.log"; fail "the services do not install over themselves"; }
+[ ! -e "$enabled/zelsensors-event-log.service" ] || fail "a disabled service is enabled by the next version"
+[ -L "$enabled/zelsensors-metrics.service" ] || fail "an enabled service is disabled by the next version"
 
 step "Using what is installed"
 mkdir -p "$root/etc/tarn"
@@ -229,19 +259,24 @@ left_after() {
 
 step "Removing"
 PATH=/opt/manager/bin:$PATH dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-linux zelsensors-simulator \
-    zelhost >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
+    zelhost zelsensors-metrics >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
 [ ! -L "$manager/lib/libzelsensors.so" ] || fail "the link in OpenPegasus's provider directory is left"
 [ ! -s "$manager/var/modules" ] || fail "OpenPegasus has the module still"
 grep -qF 'sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof && sfcbrepos -f' "$work/remove.log" ||
     fail "the removal does not say that sfcb has the provider still"
-left_after removal /etc/logrotate.d /etc/logrotate.d/zelsensors /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf \
+# dpkg keeps the settings, deb-systemd-helper what enables a service, for the case that the package comes back.
+left_after removal /etc/default /etc/default/zelsensors-metrics /etc/logrotate.d /etc/logrotate.d/zelsensors \
+    /etc/systemd/system/multi-user.target.wants /etc/systemd/system/multi-user.target.wants/zelsensors-metrics.service \
+    /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf \
     /var/log/tarn /var/log/tarn/tarn.log
 
 step "Purging"
 : >"$root/var/log/tarn/tarn.log.1"
 : >"$root/var/log/tarn/somebodys"
+mkdir -p "$root/var/lib/zelsensors-metrics"
+: >"$root/var/lib/zelsensors-metrics/event-log.state"
 dpkg --root="$root" --log=/dev/null -P zelsensors zelsensors-linux zelsensors-simulator zelhost \
-    >"$work/purge.log" 2>&1 ||
+    zelsensors-metrics >"$work/purge.log" 2>&1 ||
     { cat "$work/purge.log"; fail "the packages cannot be purged"; }
 left_after purging /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf /var/log/tarn /var/log/tarn/somebodys
 echo "The packages: all steps passed"

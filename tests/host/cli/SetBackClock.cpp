@@ -22,6 +22,8 @@ bool canBeSet(clockid_t clock) {
 
 }  // namespace
 
+// Seen by whoever loads it, which is not the default of this project.
+#pragma GCC visibility push(default)
 extern "C" {
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
@@ -46,3 +48,4 @@ time_t time(time_t* result) noexcept {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop

@@ -70,12 +70,14 @@ class SensorRoundsTest : public testing::Test {
 
     std::vector<std::string> takeAsked() { return std::exchange(m_asked, {}); }
 
+    using TimeOfDay = std::chrono::system_clock::time_point;
     RoundTiming timing() {
         return {[this] { return m_now; },
                 [this](RoundTiming::Clock::duration time) {
                     m_asked.push_back("wait " + std::to_string(time / milliseconds(1)));
                     m_now += time;
-                }};
+                },
+                [this] { return TimeOfDay(m_now.time_since_epoch() + m_offset); }};
     }
 
     FakeSource m_source;
@@ -87,6 +89,7 @@ class SensorRoundsTest : public testing::Test {
     int m_reading = 0;
     std::vector<std::string> m_asked;
     RoundTiming::Clock::time_point m_now;
+    milliseconds m_offset{0};  // of the time of day
     SensorRounds m_rounds{m_source, "root/cimv2", timing()};
 };
 
@@ -163,6 +166,30 @@ TEST_F(SensorRoundsTest, SourceIsRestartedOnceInARoundAtMost) {
     EXPECT_THAT(takeAsked(), ElementsAre("names", "restart", "names"));
     EXPECT_THAT(round.sensors, IsEmpty());
     EXPECT_EQ(host::firstFailure(round).value().rc, CMPI_RC_ERR_METHOD_NOT_AVAILABLE);
+}
+
+// The provider would take no reading until the clock has caught up.
+TEST_F(SensorRoundsTest, ClockThatIsSetBackRestartsTheSourceOnce) {
+    m_rounds.next();
+    m_now += milliseconds(2000);
+    m_rounds.next();
+    takeAsked();
+    m_offset -= milliseconds(501);
+    m_now += milliseconds(2000);
+    m_rounds.next();
+    EXPECT_THAT(takeAsked(), ElementsAre("restart", "names", "instances"));
+    m_now += milliseconds(2000);
+    m_rounds.next();
+    EXPECT_THAT(takeAsked(), ElementsAre("names", "instances"));
+}
+
+TEST_F(SensorRoundsTest, ClockThatIsSetForwardOrDriftsRestartsNothing) {
+    for (const int change : {500, 3'600'000, -500, 0}) {
+        m_offset += milliseconds(change);
+        m_now += milliseconds(2000);
+        m_rounds.next();
+        EXPECT_THAT(takeAsked(), ElementsAre("names", "instances")) << change;
+    }
 }
 
 TEST_F(SensorRoundsTest, SourceThatCannotBeRestartedIsNotAskedAgain) {
