@@ -208,7 +208,7 @@ int follow(Asking& asking) {
     const SeenLines::Kept kept = state ? state->read() : SeenLines::Kept();
     if (!kept.complaint.empty()) {
         reportOn(asking.streams.errors,
-             "zelhost: --state: " + printable(kept.complaint) + "; all lines of the log are shown\n");
+                 "zelhost: --state: " + printable(kept.complaint) + "; all lines of the log are shown\n");
     }
     FailureKeeper source(asking.start(), asking.streams.provider);
     LogFollower follower(source, options.request.nameSpace, options.lines, kept.lines);

@@ -1,4 +1,5 @@
-// What goes wrong while rounds go on, reported when it begins, changes or ends: a log shall not fill with the same line.
+// What goes wrong while rounds go on, reported when it begins, changes or ends: a log shall not fill with the same
+// line.
 #ifndef ZELSENSORS_CLI_TROUBLE_H
 #define ZELSENSORS_CLI_TROUBLE_H
 
