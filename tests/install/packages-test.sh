@@ -267,7 +267,12 @@ grep -qF 'sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof && sfcbrepos -f' "$work/r
 # dpkg keeps the settings, deb-systemd-helper what enables a service, for the case that the package comes back.
 left_after removal /etc/default /etc/default/zelsensors-metrics /etc/logrotate.d /etc/logrotate.d/zelsensors \
     /etc/systemd/system/multi-user.target.wants /etc/systemd/system/multi-user.target.wants/zelsensors-metrics.service \
-    /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf \
+    /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf /var/lib/systemd/deb-systemd-helper-enabled \
+    /var/lib/systemd/deb-systemd-helper-enabled/multi-user.target.wants \
+    /var/lib/systemd/deb-systemd-helper-enabled/multi-user.target.wants/zelsensors-event-log.service \
+    /var/lib/systemd/deb-systemd-helper-enabled/multi-user.target.wants/zelsensors-metrics.service \
+    /var/lib/systemd/deb-systemd-helper-enabled/zelsensors-event-log.service.dsh-also \
+    /var/lib/systemd/deb-systemd-helper-enabled/zelsensors-metrics.service.dsh-also \
     /var/log/tarn /var/log/tarn/tarn.log
 
 step "Purging"
