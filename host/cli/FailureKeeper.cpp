@@ -1,6 +1,6 @@
 #include "cli/FailureKeeper.h"
 
-#include "source/HttpClient.h"
+#include "source/Http.h"
 
 namespace host {
 

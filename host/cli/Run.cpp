@@ -28,7 +28,7 @@
 #include "format/TableFormat.h"
 #include "mof/MofError.h"
 #include "source/Answer.h"
-#include "source/HttpClient.h"
+#include "source/Http.h"
 #include "text/Charset.h"
 #include "text/Output.h"
 #include "text/Utf8.h"

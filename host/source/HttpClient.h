@@ -2,71 +2,31 @@
 #ifndef ZELSENSORS_SOURCE_HTTPCLIENT_H
 #define ZELSENSORS_SOURCE_HTTPCLIENT_H
 
-#include <chrono>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <vector>
+
+#include "source/Http.h"
 
 namespace host {
 
-// No usable answer came; what() is a sentence that names the server and says what may help, fit for a terminal. It
-// never holds a password.
-class ServerError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+class HttpHandle;
 
-// Which server, and how it is asked.
-struct ServerAccess {
-    std::string url;   // "https://till17:5989": scheme, host and port, nothing else
-    std::string user;  // empty: none is named
-    std::string password;
-    std::string caFile;                        // certificates to trust instead of the system's; empty: the system's
-    bool checksCertificate = true;             // false: any certificate and any name in it will do
-    std::chrono::milliseconds timeout{30000};  // for a whole request, from the search for the name to the last byte
-};
-
-struct HttpAnswer {
-    struct Header {
-        std::string name;
-        std::string value;
-    };
-    long status = 0;
-    std::vector<Header> headers;  // those of the trailer too, behind the others
-    std::string body;
-
-    // The value of the last such header, in any case; empty where there is none.
-    std::string header(const std::string& name) const;
-};
-
-// Keeps its connection from request to request, as long as the server does. Follows no redirection and uses no proxy.
+// Keeps its connection from request to request, as long as the server does. See HttpHandle for what it never does.
 class HttpClient {
   public:
-    // The longest body that is taken.
-    static constexpr std::size_t LARGEST_BODY = std::size_t{32} << 20;
-
-    // Throws ServerError where libcurl does not start or the file of certificates cannot be read.
+    // Throws ServerError where libcurl does not start.
     explicit HttpClient(const ServerAccess& access);
     ~HttpClient();
     HttpClient(const HttpClient&) = delete;
     HttpClient& operator=(const HttpClient&) = delete;
 
-    // Sends the body by POST to that path, with the headers ("Name: value"). An answer that is not whole is none.
-    // Throws ServerError.
-    HttpAnswer post(const std::string& path, const std::vector<std::string>& headers, const std::string& body);
+    // Throws ServerError, also for a file of certificates that cannot be read.
+    HttpAnswer post(HttpRequest request);
 
   private:
-    struct Handle;
-
-    ServerAccess m_access;
-    std::unique_ptr<Handle> m_handle;
+    std::string m_url;
+    std::unique_ptr<HttpHandle> m_handle;
 };
-
-// As a header may hold it: each byte but unreserved ASCII characters as %NN.
-std::string percentEncoded(const std::string& text);
-// The opposite; what is no %NN stays.
-std::string percentDecoded(const std::string& text);
 
 }  // namespace host
 

@@ -39,7 +39,6 @@ class Server : public Source {
     template <typename Write>
     broker::Reply ask(const Write& write);
     broker::Reply answerTo(const CimXmlRequest& request);
-    broker::Reply replyIn(const HttpAnswer& answer, const CimXmlRequest& request);
 
     ServerAccess m_access;
     Warning m_warn;
