@@ -16,15 +16,6 @@ using broker::ObjectPath;
 using broker::Reply;
 using Clock = RoundTiming::Clock;
 
-// The provider's update interval, and some of its clock's grain and pace.
-constexpr Clock::duration NEXT_READING = std::chrono::milliseconds(1100);
-
-Sensor failed(const std::string& name, const broker::Status& status) {
-    Sensor sensor = Sensor::withoutReading(name, "the provider answered " + statusText(status));
-    sensor.failure = status;
-    return sensor;
-}
-
 }  // namespace
 
 // One round's requests.
@@ -83,10 +74,8 @@ class SensorRounds::Asking {
             return before->second.sensor;
         }
         const Reply reply = ask([&] { return m_source.getInstance(path); });
-        if (reply.status.rc == CMPI_RC_OK && !reply.instances.empty()) return Sensor::of(reply.instances.front());
-        if (reply.status.rc == CMPI_RC_OK) return Sensor::withoutReading(name, "the provider's answer is empty");
-        Sensor sensor = failed(name, reply.status);
-        m_rounds.m_failures[name] = {m_rounds.m_timing.now(), sensor};
+        Sensor sensor = sensorIn(reply, name);
+        if (sensor.failure) m_rounds.m_failures[name] = {m_rounds.m_timing.now(), sensor};
         return sensor;
     }
 
@@ -105,6 +94,14 @@ std::optional<broker::Status> firstFailure(const Round& round) {
         if (sensor.failure) return sensor.failure;
     }
     return std::nullopt;
+}
+
+Sensor sensorIn(const Reply& reply, const std::string& name) {
+    if (reply.status.rc == CMPI_RC_OK && !reply.instances.empty()) return Sensor::of(reply.instances.front());
+    if (reply.status.rc == CMPI_RC_OK) return Sensor::withoutReading(name, "the provider's answer is empty");
+    Sensor sensor = Sensor::withoutReading(name, "the provider answered " + statusText(reply.status));
+    sensor.failure = reply.status;
+    return sensor;
 }
 
 RoundTiming realTiming() {

@@ -35,6 +35,12 @@ struct RoundTiming {
 };
 RoundTiming realTiming();
 
+// The provider's update interval, and some of its clock's grain and pace.
+constexpr RoundTiming::Clock::duration NEXT_READING = std::chrono::milliseconds(1100);
+
+// The sensor in the answer to a request for it alone; without a reading, and with the reason, where it is not there.
+Sensor sensorIn(const broker::Reply& reply, const std::string& name);
+
 // One after the other, of the sensor class in a namespace.
 //
 // The provider takes no second reading within a second, not even after a failure: asked again so soon it gives the
