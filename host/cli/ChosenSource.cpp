@@ -1,6 +1,6 @@
 #include "cli/ChosenSource.h"
 
-#include "cli/Password.h"
+#include "cli/AskedServers.h"
 #include "source/Server.h"
 #include "source/Session.h"
 #include "text/Utf8.h"
@@ -10,27 +10,8 @@ namespace {
 
 using Warning = std::function<void(const std::string&)>;
 
-// What somebody gives up who does not want encryption, or not to know with whom.
-void warnOfRisks(const ServerOptions& server, const Warning& warn) {
-    if (server.isInsecure) {
-        warn("--insecure: nobody checks that this is " + printable(server.url) +
-             "; the readings may come from somebody else" +
-             (server.user.empty() ? "" : ", who also gets the password"));
-    } else if (!server.user.empty() && server.url.rfind("http:", 0) == 0) {
-        warn("the password goes to " + printable(server.url) + " without encryption; https encrypts it");
-    }
-}
-
 std::unique_ptr<Source> namedServer(const ServerOptions& server, const Warning& warn) {
-    warnOfRisks(server, warn);
-    ServerAccess access;
-    access.url = server.url;
-    access.user = server.user;
-    if (!server.user.empty()) access.password = passwordOf(server.user, server.url, server.passwordFile);
-    access.caFile = server.caFile;
-    access.checksCertificate = !server.isInsecure;
-    access.timeout = server.timeout;
-    return std::make_unique<Server>(access, warn);
+    return std::make_unique<Server>(accessTo({{server.url}, printable(server.url)}, server, warn), warn);
 }
 
 }  // namespace

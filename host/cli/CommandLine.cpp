@@ -89,6 +89,14 @@ void refuseWrongFollowing(const Options& options) {
     }
 }
 
+// Throws UsageError.
+void refuseWrongServers(const Options& options) {
+    if (!options.server.list.empty() && !options.sensors.names.empty()) {
+        throw UsageError("sensors: --servers asks for all sensors, not for " + options.sensors.names.front() +
+                         "; --type and --problems choose among them");
+    }
+}
+
 // What was wrong where it was neither an unknown word nor a value.
 std::string reasonOf(const CLI::ParseError& error, Grammar& grammar, const std::string& lastWord) {
     if (grammar.app().get_option_no_throw(lastWord) != nullptr) return lastWord + " needs a value";
@@ -153,6 +161,7 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     refuseWrongOptions(grammar);
     grammar.refuseContradictions();
     refuseWrongFormat(options);
+    refuseWrongServers(options);
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
     if (options.request.command == Command::Metrics) refuseWrongMetrics(options);
     if (options.request.command == Command::Log) {

@@ -3,6 +3,9 @@
 #define ZELSENSORS_CLI_FAILURE_H
 
 #include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace host {
 
@@ -20,6 +23,16 @@ enum ExitCode : int {
 class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
+};
+
+// A file that cannot be used: a line for each of its mistakes.
+class Mistakes : public UsageError {
+  public:
+    explicit Mistakes(std::vector<std::string> lines) : UsageError(lines.front()), m_lines(std::move(lines)) {}
+    const std::vector<std::string>& lines() const { return m_lines; }
+
+  private:
+    std::vector<std::string> m_lines;
 };
 
 }  // namespace host

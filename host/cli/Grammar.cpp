@@ -149,6 +149,11 @@ std::chrono::milliseconds timeoutIn(const std::string& text) {
     throw UsageError("--timeout: '" + text + "' is not a time from 1ms to 1440m, such as 10s");
 }
 
+std::string listIn(const std::string& text) {
+    if (!text.empty()) return text;
+    throw UsageError("--servers: the name of the file is empty");
+}
+
 std::string urlIn(const std::string& text) {
     try {
         return serverUrl(text);
@@ -292,6 +297,9 @@ void Grammar::addSpecialOptions(Options& options) {
     special[addOption(m_app, "--count", "ROUNDS",
                       "End watch, or log --follow, after so many rounds (default: when interrupted)",
                       [&options](const std::string& text) { options.rounds = countIn(text); })] = {"watch", "log"};
+    special[addOption(m_app, "--servers", "FILE|-",
+                      "Ask all object managers that the file names, a URL in a line, and show the worst sensor of each",
+                      [&options](const std::string& text) { options.server.list = listIn(text); })] = {"sensors"};
     addSensorOptions(options.sensors);
     special[addOption(m_app, "--last", "N", "Show the last N lines alone, of those that the other options leave",
                       [&options](const std::string& text) { options.lines.last = lastIn(text); })] = {"log"};
@@ -448,23 +456,26 @@ bool Grammar::isMisplaced(const CLI::Option* option, const std::string& command)
     return option->count() > 0 && takers != m_special->end() && takers->second.count(command) == 0;
 }
 
+bool Grammar::isGiven(const char* option) const {
+    return m_app.get_option(option)->count() > 0;
+}
+
 void Grammar::refuseContradictions() const {
-    const auto isGiven = [this](const char* option) { return m_app.get_option(option)->count() > 0; };
-    const bool hasServer = isGiven("--server");
+    const bool hasList = isGiven("--servers");
+    const bool hasServer = isGiven("--server") || hasList;
+    const std::string given = hasList ? "--servers" : "--server";
+    if (isGiven("--server") && hasList) throw UsageError("--server and --servers exclude each other");
     for (const char* option : {"--provider", "--provider-name", "--chip", "--scenario", "--provider-output"}) {
         if (hasServer && isGiven(option)) {
-            throw UsageError(std::string(option) + " is for a provider that is loaded here, --server asks elsewhere");
+            throw UsageError(std::string(option) + " is for a provider that is loaded here, " + given +
+                             " asks elsewhere");
         }
     }
     for (const char* option : {"--user", "--password-file", "--ca", "--insecure", "--timeout"}) {
-        if (!hasServer && isGiven(option)) throw UsageError(std::string(option) + " is for --server");
+        if (!hasServer && isGiven(option)) throw UsageError(std::string(option) + " is for --server and --servers");
     }
     if (isGiven("--password-file") && !isGiven("--user")) throw UsageError("--password-file needs --user");
     if (isGiven("--ca") && isGiven("--insecure")) throw UsageError("--ca and --insecure exclude each other");
-    const bool isEncrypted = m_app.get_option("--server")->as<std::string>().rfind("http:", 0) != 0;
-    for (const char* option : {"--ca", "--insecure"}) {
-        if (!isEncrypted && isGiven(option)) throw UsageError(std::string(option) + " is for https, not for http");
-    }
 }
 
 std::string Grammar::missingArgument() const {

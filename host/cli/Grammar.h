@@ -46,6 +46,7 @@ class Grammar {
     std::string helpOf(const std::string& command) const;
 
   private:
+    bool isGiven(const char* option) const;
     void addCommonOptions(Options& options);
     void addServerOptions(ServerOptions& server);
     void addSpecialOptions(Options& options);

@@ -17,7 +17,7 @@ void requireScenario(const LibraryChoice& choice) {
     const char* file = std::getenv(SCENARIO_VARIABLE);
     if (file == nullptr || *file == '\0') return;
     std::vector<std::string> mistakes = mistakesOfScenario(file);
-    if (!mistakes.empty()) throw ScenarioMistakes(std::move(mistakes));
+    if (!mistakes.empty()) throw Mistakes(std::move(mistakes));
 }
 
 // Gives whether the provider's log is one of this process alone.
@@ -32,9 +32,6 @@ bool prepare(const LibraryChoice& choice, const AnsweringChip& chip) {
 }
 
 }  // namespace
-
-ScenarioMistakes::ScenarioMistakes(std::vector<std::string> lines)
-    : UsageError("the scenario has mistakes"), m_lines(std::move(lines)) {}
 
 LocalTerminal::LocalTerminal(LibraryChoice choice)
     : m_choice(std::move(choice)),

@@ -14,20 +14,10 @@
 
 namespace host {
 
-// A scenario that cannot be played: a line for each mistake.
-class ScenarioMistakes : public UsageError {
-  public:
-    explicit ScenarioMistakes(std::vector<std::string> lines);
-    const std::vector<std::string>& lines() const { return m_lines; }
-
-  private:
-    std::vector<std::string> m_lines;
-};
-
 class LocalTerminal {
   public:
     // Loads the chip library; where it is a simulated one, checks the scenario and keeps the real terminal's log out of
-    // sight. Throws UsageError, ScenarioMistakes and broker::LoadError.
+    // sight. Throws UsageError, Mistakes for a scenario, and broker::LoadError.
     explicit LocalTerminal(LibraryChoice choice);
 
     const std::string& provider() const { return m_choice.provider; }

@@ -33,9 +33,10 @@ struct CheckOptions {
     bool withEventLog = false;
 };
 
-// The object manager that is asked over the network, and how.
+// The object managers that are asked over the network, and how.
 struct ServerOptions {
-    std::string url;   // scheme, host and port; empty: a provider is loaded here
+    std::string url;   // scheme, host and port; empty: none
+    std::string list;  // a file with URLs, or "-"; empty: none. Without both a provider is loaded here
     std::string user;  // empty: none
     std::string passwordFile;
     std::string caFile;

@@ -22,6 +22,7 @@
 #include "cli/ProviderOutput.h"
 #include "cli/ScenarioCommands.h"
 #include "cli/Sensors.h"
+#include "cli/SensorsOfServers.h"
 #include "cli/Watch.h"
 #include "format/JsonFormat.h"
 #include "format/MofFormat.h"
@@ -169,6 +170,16 @@ int askForSensors(Asking& asking) {
     return ExitCode::AnsweredError;
 }
 
+int askServersForSensors(const Options& options, Streams& streams) {
+    const ServersOutcome outcome =
+        showSensorsOfServers(options, streams.output, streams.errors,
+                             [&](const std::string& text) { reportOn(streams.errors, "zelhost: " + text + '\n'); });
+    if (outcome.failed == 0) return ExitCode::Fine;
+    reportOn(streams.errors, "zelhost: " + std::to_string(outcome.failed) + " of " + std::to_string(outcome.servers) +
+                                 (outcome.servers == 1 ? " server failed\n" : " servers failed\n"));
+    return outcome.unanswered == outcome.servers ? ExitCode::NotAnswered : ExitCode::AnsweredError;
+}
+
 int askAgain(Asking& asking) {
     FailureKeeper source(asking.start(), asking.streams.provider);
     const WatchOutcome outcome =
@@ -292,7 +303,7 @@ int checkReported(const Options& options, const InstallTree& tree, Streams& stre
             return check(asking);
         } catch (const OutputError&) {
             throw;
-        } catch (const ScenarioMistakes& failure) {
+        } catch (const Mistakes& failure) {
             return writePlugin(unknownAnswer(failure.lines().front(), streams.output.charset()), streams.output);
         } catch (const std::exception& failure) {
             return writePlugin(unknownAnswer(failure.what(), streams.output.charset()), streams.output);
@@ -304,6 +315,7 @@ int checkReported(const Options& options, const InstallTree& tree, Streams& stre
 
 int runCommand(const Options& options, const InstallTree& tree, Streams& streams) {
     if (options.scenarioAction != ScenarioAction::None) return runScenarioCommand(options, tree, streams.output);
+    if (!options.server.list.empty()) return askServersForSensors(options, streams);
     const bool isVerify = options.request.command == Command::Verify;
     const mof::Schema schema = isVerify ? readSchema(schemaFiles(options, tree)) : mof::Schema();
     // Before whatever may fail: then an old page goes.
@@ -339,7 +351,7 @@ int runReported(const Options& options, const InstallTree& tree, Streams& stream
         return ExitCode::BrokenPipe;
     } catch (const OutputError& failure) {
         return complain(errors, failure, ExitCode::NotWritten);
-    } catch (const ScenarioMistakes& failure) {
+    } catch (const Mistakes& failure) {
         for (const std::string& line : failure.lines()) reportOn(errors, "zelhost: " + printable(line) + '\n');
         return ExitCode::WrongUsage;
     } catch (const UsageError& failure) {

@@ -70,6 +70,16 @@ std::vector<std::size_t> chosen(const std::vector<std::string>& words, const std
     return all;
 }
 
+std::string tableOf(const Round& round, const SensorOptions& options, const std::string& note, const Output& output) {
+    if (round.sensors.empty() && round.status.rc != CMPI_RC_OK) return "";
+    const std::size_t columns = output.isTerminal() ? output.size().columns : 0;
+    const TableLayout layout{output.charset(), columns, options.hasHeader, isColoured(options.colouring, output)};
+    const std::string text = round.sensors.empty() ? "No sensor to show.\n" : sensorsTable(round.sensors, layout);
+    return options.hasHeader ? text + '\n' + shownIn(output.charset(), note) + '\n' : text;
+}
+
+}  // namespace
+
 void narrow(std::vector<Sensor>& sensors, const SensorOptions& options) {
     const auto isUnwanted = [&](const Sensor& sensor) {
         return (options.onlyProblems && !sensor.isProblem()) ||
@@ -80,16 +90,6 @@ void narrow(std::vector<Sensor>& sensors, const SensorOptions& options) {
     std::stable_sort(sensors.begin(), sensors.end(),
                      [](const Sensor& left, const Sensor& right) { return left.gravity() > right.gravity(); });
 }
-
-std::string tableOf(const Round& round, const SensorOptions& options, const std::string& note, const Output& output) {
-    if (round.sensors.empty() && round.status.rc != CMPI_RC_OK) return "";
-    const std::size_t columns = output.isTerminal() ? output.size().columns : 0;
-    const TableLayout layout{output.charset(), columns, options.hasHeader, isColoured(options.colouring, output)};
-    const std::string text = round.sensors.empty() ? "No sensor to show.\n" : sensorsTable(round.sensors, layout);
-    return options.hasHeader ? text + '\n' + shownIn(output.charset(), note) + '\n' : text;
-}
-
-}  // namespace
 
 std::optional<broker::Status> showSensors(const Options& options, Source& source, const std::string& note,
                                           const std::optional<AnsweringChip>& chip, Output& output) {

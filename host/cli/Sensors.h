@@ -24,6 +24,9 @@ class NoSuchName : public std::runtime_error {
 std::optional<broker::Status> showSensors(const Options& options, Source& source, const std::string& note,
                                           const std::optional<AnsweringChip>& chip, Output& output);
 
+// Leaves those that the options want to see, and sorts them.
+void narrow(std::vector<Sensor>& sensors, const SensorOptions& options);
+
 // What `get` asks for: one request where the name is written out. Where no instance has it, the names are asked for,
 // and that which the word means (see SensorNames.h). Throws UsageError for a word that means several.
 struct NamedReply {

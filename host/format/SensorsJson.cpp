@@ -73,8 +73,8 @@ constexpr std::array LIMITS{
     NamedLimit{"upperFatal", "upper_fatal", &Sensor::upperFatal},
 };
 
-std::string limitsJson(const Sensor& sensor) {
-    Members limits("      ");
+std::string limitsJson(const Sensor& sensor, const std::string& indent) {
+    Members limits(indent);
     for (const NamedLimit& each : LIMITS) {
         limits.add(each.jsonName, numberOrNull(exactNumber(sensor.*each.limit, sensor.modifier)));
     }
@@ -90,28 +90,31 @@ std::string sideOf(const Sensor& sensor) {
     return sensor.state.isHigh ? "high" : "low";
 }
 
-std::string sensorJson(const Sensor& sensor) {
-    return Members("    ")
+std::string sensorJson(const Sensor& sensor, const std::string& indent) {
+    return Members(indent)
         .add("name", jsonOf(sensor.name))
         .add("kind", jsonOf(sensor.kind()))
         .add("value", numberOrNull(exactNumber(sensor.reading, sensor.modifier)))
         .add("unit", textOrNull(sensor.unit))
         .add("raw", numberOrNull(exactNumber(sensor.rawReading, 0)))
-        .add("limits", limitsJson(sensor))
+        .add("limits", limitsJson(sensor, indent + "  "))
         .add("severity", textOrNull(severityOf(sensor)))
         .add("side", textOrNull(sideOf(sensor)))
         .add("reason", textOrNull(sensor.reason))
         .text();
 }
 
-std::string sensorsList(const std::vector<Sensor>& sensors) {
+// `indent` is that of the line in which the list begins, so for those below.
+template <typename Element, typename Write>
+std::string listJson(const std::vector<Element>& elements, const std::string& indent, const Write& write) {
+    const std::string inner = indent + "  ";
     std::string text;
-    for (const Sensor& sensor : sensors) text += (text.empty() ? "\n    " : ",\n    ") + sensorJson(sensor);
-    return text.empty() ? "[]" : '[' + text + "\n  ]";
+    for (const Element& each : elements) text += (text.empty() ? "\n" : ",\n") + inner + write(each, inner);
+    return text.empty() ? "[]" : '[' + text + '\n' + indent + ']';
 }
 
-std::string statusJson(const broker::Status& status) {
-    return Members("  ")
+std::string statusJson(const broker::Status& status, const std::string& indent) {
+    return Members(indent)
         .add("rc", std::to_string(static_cast<int>(status.rc)))
         .add("name", jsonOf(broker::nameOfStatus(status.rc)))
         .add("message", status.message ? jsonOf(*status.message) : "null")
@@ -134,8 +137,20 @@ std::string document(const char* command, const Round& round, const std::string&
         .add("time", jsonOf(utcTime(time)))
         .add("namespace", jsonOf(nameSpace))
         .add("chip", chipJson(chip))
-        .add("status", statusJson(round.status))
-        .add("sensors", sensorsList(round.sensors))
+        .add("status", statusJson(round.status, "  "))
+        .add("sensors", listJson(round.sensors, "  ", sensorJson))
+        .text();
+}
+
+std::string terminalJson(const Terminal& terminal, const std::string& indent) {
+    const Sensor* worst = terminal.worst();
+    const std::string inner = indent + "  ";
+    return Members(indent)
+        .add("server", jsonOf(terminal.url))
+        .add("failure", textOrNull(terminal.failure))
+        .add("status", terminal.isAnswered ? statusJson(terminal.round.status, inner) : "null")
+        .add("worst", worst == nullptr ? "null" : jsonOf(worst->name))
+        .add("sensors", listJson(terminal.round.sensors, inner, sensorJson))
         .text();
 }
 
@@ -165,6 +180,12 @@ std::string csvLine(const std::vector<std::string>& fields) {
     for (const std::string& field : fields) line += csvField(field) + ',';
     line.back() = '\n';
     return line;
+}
+
+// What stands in a line beside the columns of sensors.
+std::vector<std::string> withServer(const std::string& server, std::vector<std::string> fields) {
+    fields.insert(fields.begin(), server);
+    return fields;
 }
 
 std::vector<std::string> columnNames() {
@@ -211,6 +232,32 @@ std::string watchJson(const Round& round, const std::string& nameSpace, std::tim
 std::string sensorsCsv(const std::vector<Sensor>& sensors, bool hasHeader) {
     std::string text = hasHeader ? csvLine(columnNames()) : "";
     for (const Sensor& sensor : sensors) text += csvLine(fieldsOf(sensor));
+    return text;
+}
+
+std::string terminalsJson(const std::vector<Terminal>& terminals, const std::string& nameSpace, std::time_t time) {
+    return Members("")
+               .add("format", std::to_string(FORMAT_VERSION))
+               .add("command", jsonOf("sensors"))
+               .add("time", jsonOf(utcTime(time)))
+               .add("namespace", jsonOf(nameSpace))
+               .add("servers", listJson(terminals, "  ", terminalJson))
+               .text() +
+           '\n';
+}
+
+std::string terminalsCsv(const std::vector<Terminal>& terminals, bool hasHeader) {
+    const std::vector<std::string> names = columnNames();
+    std::string text = hasHeader ? csvLine(withServer("server", names)) : "";
+    for (const Terminal& terminal : terminals) {
+        for (const Sensor& sensor : terminal.round.sensors) {
+            text += csvLine(withServer(terminal.url, fieldsOf(sensor)));
+        }
+        if (!terminal.round.sensors.empty()) continue;
+        std::vector<std::string> fields(names.size());
+        fields.back() = terminal.failure;
+        text += csvLine(withServer(terminal.url, fields));
+    }
     return text;
 }
 

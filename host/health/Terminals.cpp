@@ -6,17 +6,27 @@
 
 #include "health/SensorVisit.h"
 #include "source/Answer.h"
+#include "text/Utf8.h"
 
 namespace host {
 namespace {
 
 using Clock = Servers::Clock;
 
+std::string failureIn(const Terminal& terminal) {
+    const Round& round = terminal.round;
+    if (round.status.rc != CMPI_RC_OK) return terminal.url + " answered " + statusText(round.status);
+    for (const Sensor& sensor : round.sensors) {
+        if (sensor.failure) return terminal.url + ": " + printable(sensor.name) + ": " + sensor.reason;
+    }
+    return "";
+}
+
 class Tour {
   public:
     Tour(Servers& servers, const std::string& nameSpace, const std::function<void(std::size_t)>& progress)
         : m_servers(servers), m_progress(progress), m_visits(servers.urls().size(), SensorVisit(nameSpace)) {
-        for (const std::string& url : servers.urls()) m_terminals.push_back({url, "", {}});
+        for (const std::string& url : servers.urls()) m_terminals.push_back({url, false, "", {}});
     }
 
     std::vector<Terminal> result() {
@@ -59,11 +69,16 @@ class Tour {
 
     void take(Servers::Answer answer) {
         SensorVisit& visit = m_visits[answer.server];
-        m_terminals[answer.server].failure = std::move(answer.failure);
-        if (!m_terminals[answer.server].failure.empty()) return end(answer.server);
+        Terminal& terminal = m_terminals[answer.server];
+        if (!answer.failure.empty()) {
+            terminal.failure = std::move(answer.failure);
+            return end(answer.server);
+        }
         visit.take(std::move(answer.reply));
         if (visit.isDone()) {
-            m_terminals[answer.server].round = visit.round();
+            terminal.isAnswered = true;
+            terminal.round = visit.round();
+            terminal.failure = failureIn(terminal);
             return end(answer.server);
         }
         // All wait for the same time, so that they stand in order.
@@ -90,15 +105,6 @@ class Tour {
 };
 
 }  // namespace
-
-std::string Terminal::whatFailed() const {
-    if (!failure.empty()) return failure;
-    if (round.status.rc != CMPI_RC_OK) return url + " answered " + statusText(round.status);
-    for (const Sensor& sensor : round.sensors) {
-        if (sensor.failure) return url + ": " + sensor.name + ": " + sensor.reason;
-    }
-    return "";
-}
 
 const Sensor* Terminal::worst() const {
     const auto found =

@@ -15,11 +15,10 @@ namespace host {
 
 struct Terminal {
     std::string url;
-    std::string failure;  // why no usable answer came, a sentence; empty where one came
-    Round round;          // empty where none came, and where one of several did not come
+    bool isAnswered = false;  // each request had a usable answer, be it an error
+    std::string failure;      // why not all sensors could be asked, a sentence; empty where they could
+    Round round;              // empty where isAnswered is false
 
-    // Why not all could be asked, as a line; empty where it could.
-    std::string whatFailed() const;
     // The gravest; of several the first. Null where there is none, or all are well.
     const Sensor* worst() const;
     // As Sensor::gravity(), of the worst; that of a sensor without a reading also where there is no sensor at all.
