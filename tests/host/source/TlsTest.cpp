@@ -7,6 +7,7 @@
 #include "Replay.h"
 #include "TemporaryDirectory.h"
 #include "TestCertificate.h"
+#include "cli/ProgramRun.h"
 #include "source/Server.h"
 
 namespace {
@@ -117,6 +118,25 @@ TEST_F(TlsTest, InsecureTakesAnyCertificate) {
     access.caFile.clear();
     access.checksCertificate = false;
     EXPECT_EQ(endOf(access), "answered");
+}
+
+TEST_F(TlsTest, EachOfManyServersIsCheckedByItself) {
+    const TestCertificate stranger("Other Authority", nullptr, 10);
+    const TlsManager good(TestCertificate("localhost", &m_authority, 10));
+    const TlsManager foreign(TestCertificate("localhost", &stranger, 10));
+    const TlsManager other(TestCertificate("till99", &m_authority, 10));
+    const std::string list = m_directory.write("list", foreign.url() + '\n' + good.url() + '\n' + other.url() + '\n');
+    const std::string ca = m_directory.write("ca.pem", m_authority.pem());
+    const ProgramEnd end = runProgram({"sensors", "--servers", list, "--ca", ca, "--timeout", "10m", "--no-header"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_THAT(end.output, HasSubstr(good.url() + "  ok  -  -  0\n\n" + foreign.url() +
+                                      " has a certificate that is not trusted ("));
+    EXPECT_THAT(end.output, HasSubstr('\n' + other.url() + " has a certificate that is not trusted ("));
+    const ProgramEnd careless =
+        runProgram({"sensors", "--servers", list, "--insecure", "--timeout", "10m", "--no-header"});
+    EXPECT_EQ(careless.exitCode, 0);
+    EXPECT_EQ(careless.errors, "zelhost: --insecure: nobody checks that these are the servers in " + list +
+                                   "; the readings may come from somebody else\n");
 }
 
 TEST_F(TlsTest, FileWithoutCertificatesIsSaidSo) {
