@@ -26,10 +26,10 @@ constexpr const char* FOOTER =
     "\n"
     "Exit codes:\n"
     "  0  fine\n"
-    "  1  the provider's answer was an error (its CIM status is on standard error), or verify found a\n"
-    "     problem\n"
+    "  1  the provider's answer was an error (its CIM status is on standard error), one of several\n"
+    "     servers failed, or verify found a problem\n"
     "  2  wrong usage, or a schema or a scenario that cannot be read or has mistakes\n"
-    "  3  the provider or the chip library could not be loaded, or the server gave no usable answer\n"
+    "  3  the provider or the chip library could not be loaded, or no server gave a usable answer\n"
     "  4  the output could not be written\n"
     "check ends as monitoring plugins do: 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN\n";
 

@@ -33,7 +33,9 @@ _zelhost_read() {
                 if [[ ${COMP_WORDS[i + 1]-} == = ]]; then ((++i)); fi
                 if ((++i < COMP_CWORD)); then
                     case $word in
-                        --chip | --scenario | --provider | --namespace | --server) asked+=("$word" "${COMP_WORDS[i]}") ;;
+                        --chip | --scenario | --provider | --namespace | --server | --servers)
+                            asked+=("$word" "${COMP_WORDS[i]}")
+                            ;;
                     esac
                 fi
                 ;;
@@ -57,7 +59,7 @@ _zelhost_words() { _zelhost_offer < <(printf '%s\n' "$@"); }
 
 # Nobody is asked over the network because of a key.
 _zelhost_sensors() {
-    if [[ " ${asked[*]} " != *" --server "* ]]; then _zelhost_offer < <(_zelhost_rows names "${asked[@]}"); fi
+    if [[ " ${asked[*]} " != *" --server"* ]]; then _zelhost_offer < <(_zelhost_rows names "${asked[@]}"); fi
 }
 
 _zelhost_files() {
@@ -97,7 +99,7 @@ _zelhost_value() {
             _zelhost_files
             _zelhost_words system simulated
             ;;
-        --provider | --schema | --provider-output | --to | --state | --password-file | --ca) _zelhost_files ;;
+        --provider | --schema | --provider-output | --to | --state | --servers | --password-file | --ca) _zelhost_files ;;
         --class) _zelhost_words TQS_NumericSensor TQS_SystemEventLog ;;
         --ignore) _zelhost_sensors ;;
         --type)

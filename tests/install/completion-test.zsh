@@ -77,6 +77,7 @@ for shell in bash zsh; do
     expect 'zelhost check --warn-on no' 'zelhost check --warn-on no-reading'
     expect 'zelhost check --ignore Cab' 'zelhost check --ignore Cabinet\ Cover\(00000050\)'
     expect 'zelhost --server http://localhost:1 get Clo' 'zelhost --server http://localhost:1 get Clo'
+    expect 'zelhost --servers list sensors Clo' 'zelhost --servers list sensors Clo'
     expect 'zelhost --server http://localhost:1 --user me sens' 'zelhost --server http://localhost:1 --user me sensors'
     expect 'zelhost log --since 2' 'zelhost log --since 2'
     expect 'zelhost watch TQS' 'zelhost watch TQS'

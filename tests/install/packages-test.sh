@@ -71,7 +71,7 @@ grep -qF ' ./usr/share/man/man5/zelsensors-scenario.5.gz' "$work/simulator.list"
     fail "the simulator's package does not contain the manual page of scenarios"
 dpkg-deb -c "$host" >"$work/host.list"
 for file in usr/share/bash-completion/completions/zelhost usr/share/zsh/vendor-completions/_zelhost \
-    usr/share/zelsensors/json/sensors.schema.json; do
+    usr/share/zelsensors/json/sensors.schema.json usr/share/zelsensors/json/servers.schema.json; do
     grep -qF " ./$file" "$work/host.list" || fail "no $file in the package of zelhost"
 done
 dpkg-deb -c "$linux" >"$work/linux.list"
