@@ -22,7 +22,7 @@ constexpr const char* FOOTER =
     "Libraries: without --provider the provider is that of zelhost's own tree, built or installed.\n"
     "Without --chip an installed zelhost takes the system's libzelchip.so.0, as with --chip system. The\n"
     "simulated one plays with --scenario, with --chip simulated, in a build tree, and where the system\n"
-    "has none.\n"
+    "has none. --chip linux shows what Linux's own drivers measure on this machine, terminal or not.\n"
     "\n"
     "Exit codes:\n"
     "  0  fine\n"
@@ -251,9 +251,9 @@ void Grammar::addCommonOptions(Options& options) {
             options.provider);
     addText(m_app, "--provider-name", "NAME", "Name that its factory bears", options.providerName);
     addText(
-        m_app, "--chip", "system|simulated|PATH",
-        "Chip library: the word system for the system's, the word simulated for that of zelhost's tree, a file, or a "
-        "directory that holds libzelchip.so.0 (default: see below)",
+        m_app, "--chip", "system|simulated|linux|PATH",
+        "Chip library: the word system for the system's, the words simulated and linux for those of zelhost's tree, a "
+        "file, or a directory that holds libzelchip.so.0 (default: see below)",
         options.chip);
     addText(m_app, "--scenario", "NAME|FILE",
             "What the simulated chip library plays: a file (written with a slash), or a name from the directory of "

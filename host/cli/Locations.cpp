@@ -60,13 +60,30 @@ ChipChoice simulatedChip(const InstallTree& tree) {
     return {tree.simulatedChip, "", true};
 }
 
+ChipChoice linuxChip(const InstallTree& tree) {
+    if (tree.linuxChip.empty()) {
+        throw UsageError(
+            "there is no chip library of Linux machines beside zelhost; the package zelsensors-linux brings it");
+    }
+    return {tree.linuxChip, "", true};
+}
+
 // What `--chip` says: a word, or a file or directory.
 ChipChoice namedChip(const std::string& name, const InstallTree& tree) {
     if (name == "system") return {CHIP_LIBRARY, "", true};
     if (name == "simulated") return simulatedChip(tree);
+    if (name == "linux") return linuxChip(tree);
     if (std::error_code error; fs::is_directory(name, error)) return {fs::path(name) / CHIP_LIBRARY, "", true};
     // Without a slash it is a file here, not one that the loader would search for.
     return {name.find('/') == std::string::npos ? "./" + name : name, "", true};
+}
+
+// Installed, it has the name that a terminal's own would have there, but not its companion.
+std::string linuxChipFrom(const std::string& programDirectory, const fs::path& libraries) {
+    std::vector<fs::path> candidates{fs::path("../chiplinux") / CHIP_LIBRARY};
+    if (!firstOf(programDirectory, {libraries / "zelsensors-linux"}).empty())
+        candidates.push_back(libraries / CHIP_LIBRARY);
+    return firstOf(programDirectory, candidates);
 }
 
 // A simulated terminal never takes the place of a real one unasked.
@@ -98,6 +115,7 @@ InstallTree installTree(const std::string& programDirectory) {
     if (tree.provider.empty()) tree.provider = PROVIDER;
     tree.simulatedChip =
         firstOf(programDirectory, {fs::path("../chipsim") / CHIP_LIBRARY, libraries / "zelsensors" / CHIP_LIBRARY});
+    tree.linuxChip = linuxChipFrom(programDirectory, libraries);
     tree.isInstalled = firstOf(programDirectory, {fs::path("../src/sensors") / PROVIDER}).empty();
     tree.scenarios = firstOf(programDirectory, {"scenarios", fs::path(DATA_FROM_PROGRAM) / "zelsensors/scenarios"});
     tree.schema = firstOf(programDirectory, {"schema", fs::path(DATA_FROM_PROGRAM) / "zelsensors/schema"});

@@ -12,11 +12,12 @@ namespace host {
 
 // What belongs to the tree that the program stands in, built or installed.
 struct InstallTree {
-    std::string provider;       // a path; "libzelsensors.so.0", for the loader to find, where the tree has none
-    std::string simulatedChip;  // a path, or empty
-    std::string scenarios;      // a directory, or empty
-    std::string schema;         // a directory, or empty
-    bool isInstalled = true;    // otherwise it is a build tree, which simulates unless it is asked not to
+    std::string provider;        // a path; "libzelsensors.so.0", for the loader to find, where the tree has none
+    std::string simulatedChip;   // a path, or empty
+    std::string scenarios;       // a directory, or empty
+    std::string schema;          // a directory, or empty
+    bool isInstalled = true;     // otherwise it is a build tree, which simulates unless it is asked not to
+    std::string linuxChip = {};  // a path, or empty: the chip library on Linux's own drivers
 };
 
 // The directory of the running program. Throws std::runtime_error where /proc does not say.
@@ -35,7 +36,7 @@ struct LibraryChoice {
 InstallTree installTree(const std::string& programDirectory);
 
 // Throws UsageError for a scenario that is not there (the message lists those that are) or is no regular file, and for
-// a simulated chip library that is asked for and is not there.
+// a chip library that is asked for by its word and is not there.
 LibraryChoice choose(const Options& options, const InstallTree& tree);
 
 // The MOF files that verify compares with, in the order of reading. Throws UsageError where none is named and the tree

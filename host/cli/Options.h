@@ -64,7 +64,7 @@ struct Options {
 
     std::string provider;  // the library; empty: the one of the program's own tree
     std::string providerName = "SensorProvider";
-    std::string chip;      // a file or directory, "system" or "simulated"; empty: the default
+    std::string chip;      // a file or directory, "system", "simulated" or "linux"; empty: the default
     std::string scenario;  // a name or a file; empty: what the environment says
     Format format = Format::Table;
     std::string providerOutput;  // a file, or "-"; empty: only the lines of a start that fails are shown

@@ -97,7 +97,7 @@ _zelhost_value() {
         --scenario) _zelhost_scenarios ;;
         --chip)
             _zelhost_files
-            _zelhost_words system simulated
+            _zelhost_words system simulated linux
             ;;
         --provider | --schema | --provider-output | --to | --state | --servers | --password-file | --ca) _zelhost_files ;;
         --class) _zelhost_words TQS_NumericSensor TQS_SystemEventLog ;;

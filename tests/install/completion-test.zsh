@@ -60,6 +60,7 @@ for shell in bash zsh; do
     expect 'zelhost names --format j' 'zelhost names --format json'
     expect 'zelhost names --scenario dy' 'zelhost names --scenario dying-sensor'
     expect 'zelhost names --chip sys' 'zelhost names --chip system'
+    expect 'zelhost names --chip lin' 'zelhost names --chip linux'
     expect 'zelhost names TQS_S' 'zelhost names TQS_SystemEventLog'
     expect 'zelhost get Clo' 'zelhost get Clock\ Battery\(00000024\)'
     expect 'zelhost get CPU\ T' 'zelhost get CPU\ Temperature\(00000010\)'

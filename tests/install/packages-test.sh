@@ -206,6 +206,13 @@ inside zelhost --chip system names >"$work/names" 2>&1 || status=$?
 [ "$status" = 3 ] || fail "the provider without a chip library: status $status instead of 3"
 
 step "The chip library of any Linux machine"
+# Whoever asks for it by its word never gets another, and is told what to install.
+cp "$root/$libraries/zelsensors/libzelchip.so.0" "$root/$libraries/"
+status=0
+inside zelhost --chip linux names >"$work/names" 2>&1 || status=$?
+[ "$status" = 2 ] || fail "zelhost --chip linux without the package: status $status instead of 2"
+grep -q 'the package zelsensors-linux brings it' "$work/names" || { cat "$work/names"; fail "it names no package"; }
+rm "$root/$libraries/libzelchip.so.0"
 install_linux() { dpkg --root="$root" --log=/dev/null -i "$linux" >"$work/install-linux.log" 2>&1; }
 cp "$root/$libraries/zelsensors/libzelchip.so.0" "$root/usr/lib/"
 inside ldconfig >"$work/ldconfig.log" 2>&1
@@ -228,6 +235,8 @@ install_linux || { cat "$work/install-linux.log"; fail "it does not install"; }
 install_linux || { cat "$work/install-linux.log"; fail "it does not install over itself"; }
 inside zelhost --chip system instances >"$work/instances" || fail "zelhost instances failed on it"
 grep -q '^oven temp1(.*42\.5' "$work/instances" || { cat "$work/instances"; fail "no temperature of the chip"; }
+inside zelhost --chip linux instances >"$work/instances" || fail "zelhost --chip linux failed on it"
+grep -q '^oven temp1(' "$work/instances" || { cat "$work/instances"; fail "no temperature with --chip linux"; }
 inside zelhost instances >"$work/instances" || fail "zelhost instances failed without --chip"
 grep -q '^oven temp1(' "$work/instances" || fail "an installed zelhost does not take the system's chip library"
 inside zelhost --chip simulated instances >"$work/instances" || fail "zelhost instances failed beside it"

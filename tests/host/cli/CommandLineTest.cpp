@@ -353,7 +353,7 @@ TEST(CommandLineTest, HelpOfACommandShowsTheOptionsThatItTakesAndNoOthers) {
     const std::string get = read({"get", "--help"}).output;
     EXPECT_THAT(get, StartsWith("Show one instance with all its properties\nUsage: zelhost get [OPTIONS] NAME\n"));
     for (const char* option : {"--class CLASS", "--help", "--version", "--provider PATH", "--provider-name NAME",
-                               "--chip system|simulated|PATH", "--scenario NAME|FILE", "--namespace NAME",
+                               "--chip system|simulated|linux|PATH", "--scenario NAME|FILE", "--namespace NAME",
                                "--format FORMAT", "--provider-output FILE|-"}) {
         EXPECT_THAT(get, HasSubstr(option));
     }

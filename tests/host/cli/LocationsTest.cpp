@@ -109,6 +109,26 @@ TEST_F(LocationsTest, ChipByItsWord) {
               "there is no simulated chip library beside zelhost; install it, or name one with --chip");
 }
 
+TEST_F(LocationsTest, LinuxChipOfTheBuildTree) {
+    const std::string chip = make("chiplinux/libzelchip.so.0");
+    make("host/zelhost");
+    Options options;
+    options.chip = "linux";
+    expectChip(choose(options, installTree(m_directory / "host")), chip, "", true);
+}
+
+TEST_F(LocationsTest, LinuxChipIsTheInstalledOneOfItsPackageAlone) {
+    const fs::path libraries = fs::path("bin") / LIBRARIES_FROM_PROGRAM;
+    const std::string program = make("bin/zelhost");
+    const std::string chip = make(libraries / "libzelchip.so.0");
+    Options options;
+    options.chip = "linux";
+    EXPECT_EQ(complaint(options, installTree(fs::path(program).parent_path())),
+              "there is no chip library of Linux machines beside zelhost; the package zelsensors-linux brings it");
+    make(libraries / "zelsensors-linux/privatecopy.so");
+    expectChip(choose(options, installTree(fs::path(program).parent_path())), chip, "", true);
+}
+
 TEST_F(LocationsTest, ScenarioAsksForTheSimulatedChip) {
     Options options;
     options.scenario = make("mine.toml");

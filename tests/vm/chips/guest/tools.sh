@@ -111,5 +111,5 @@ disturbances() {
 
 # host ARGUMENTS: zelhost with this guest's libraries.
 host() {
-    zelhost "$@" --provider /lib/libzelsensors.so.0 --chip system
+    zelhost "$@" --provider /lib/libzelsensors.so.0 --chip linux
 }
