@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 
+#include "Diagnosis.h"
+#include "Finding.h"
 #include "Machine.h"
 #include "Smbios.h"
 #include "Status.h"
@@ -23,6 +25,18 @@ sscode answer(Call call) {
 }
 
 }  // namespace
+
+// NOLINTNEXTLINE(readability-identifier-naming): a C name, as those of loaders are
+extern "C" __attribute__((visibility("default"))) unsigned zelchip_diagnose(ZelchipTell tell, void* context) {
+    return answer([&]() -> sscode {
+        for (const Finding& one : diagnose()) {
+            const ZelchipFinding finding{one.area.c_str(), one.subject.c_str(), one.text.c_str(),
+                                         one.advice.empty() ? nullptr : one.advice.c_str()};
+            tell(context, &finding);
+        }
+        return 0;
+    });
+}
 
 CChip::CChip() : m_state(nullptr), m_reserved() {}
 

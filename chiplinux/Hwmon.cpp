@@ -124,18 +124,57 @@ std::optional<Measurement> measurementOf(const LibSensors::Search& search, const
     return measurement;
 }
 
-void takeChip(const LibSensors::Search& search, const sensors_chip_name& chip, std::vector<Measurement>& found) {
+// Why no measurement is made of a feature.
+std::string reasonToLeaveOut(sensors_feature_type type) {
+    switch (type) {
+        case SENSORS_FEATURE_ENERGY:
+            return "energy counts up for ever, past what a reading can hold";
+        case SENSORS_FEATURE_VID:
+            return "a nominal voltage is no measurement";
+        case SENSORS_FEATURE_INTRUSION:
+            return "nearly all boards latch the intrusion switch, mostly set";
+        case SENSORS_FEATURE_BEEP_ENABLE:
+            return "a setting is no measurement";
+        case SENSORS_FEATURE_IN:
+        case SENSORS_FEATURE_FAN:
+        case SENSORS_FEATURE_TEMP:
+        case SENSORS_FEATURE_POWER:
+        case SENSORS_FEATURE_CURR:
+        case SENSORS_FEATURE_HUMIDITY:
+            return "the driver gives no reading for it";
+        default:
+            return "what it measures is not known here";
+    }
+}
+
+using Features = std::vector<Survey::Feature>;
+
+void takeChip(const LibSensors::Search& search, const sensors_chip_name& chip, std::vector<Measurement>& found,
+              Features& leftOut) {
     const Directory directory = directoryAt(chip.path);
     const std::string place =
         placeOf(busOf(chip.bus.type), chip.addr, search.adapterOf(chip), deviceOf(directory.realPath));
     int number = 0;
     while (const sensors_feature* feature = search.nextFeature(chip, number)) {
         std::optional<Measurement> measurement = measurementOf(search, chip, *feature);
-        if (!measurement) continue;
+        if (!measurement) {
+            leftOut.push_back({feature->name, reasonToLeaveOut(feature->type)});
+            continue;
+        }
         measurement->key.prefix = chip.prefix;
         measurement->key.place = place;
         measurement->source.directory = directory;
         found.push_back(std::move(*measurement));
+    }
+}
+
+void takeChips(const LibSensors::Search& search, std::vector<Measurement>& found, Survey* survey) {
+    int number = 0;
+    while (const sensors_chip_name* chip = search.nextChip(number)) {
+        Features leftOut;
+        takeChip(search, *chip, found, leftOut);
+        if (survey == nullptr) continue;
+        survey->chips.push_back({search.nameOf(*chip), search.adapterOf(*chip), realPathOf(chip->path), leftOut});
     }
 }
 
@@ -154,6 +193,14 @@ bool Directory::isThere() const {
 }
 
 sscode Hwmon::search(std::vector<Measurement>& found) {
+    return search(found, nullptr);
+}
+
+sscode Hwmon::survey(std::vector<Measurement>& found, Survey& survey) {
+    return search(found, &survey);
+}
+
+sscode Hwmon::search(std::vector<Measurement>& found, Survey* survey) {
     found.clear();
     // Kept only after a success.
     std::unique_ptr<LibSensors> sensors = std::move(m_sensors);
@@ -161,10 +208,8 @@ sscode Hwmon::search(std::vector<Measurement>& found) {
     if (sensors == nullptr) return STATUS_NO_LIBRARY;
     std::vector<Measurement> all;
     {
-        LibSensors::Search search(*sensors);
-        int number = 0;
-        while (const sensors_chip_name* chip = search.hasList() ? search.nextChip(number) : nullptr)
-            takeChip(search, *chip, all);
+        LibSensors::Search search(*sensors, survey);
+        if (search.hasList()) takeChips(search, all, survey);
         if (!search.end()) return STATUS_SHORTAGE;
         if (!search.hasList()) return search.areSettingsAtFault() ? STATUS_SETTINGS : STATUS_NO_HWMON;
     }
@@ -174,20 +219,31 @@ sscode Hwmon::search(std::vector<Measurement>& found) {
     return 0;
 }
 
+std::optional<double> Hwmon::value(const Source& source, int subfeature) const {
+    return m_sensors->read(*source.chip, source.directory.realPath, subfeature);
+}
+
+bool Hwmon::isMarkedFaulty(const Source& source) const {
+    return source.fault && value(source, *source.fault).value_or(0) != 0;
+}
+
 std::optional<double> Hwmon::read(const Source& source) const {
-    const auto value = [&](int subfeature) {
-        return m_sensors->read(*source.chip, source.directory.realPath, subfeature);
-    };
-    if (source.fault && value(*source.fault).value_or(0) != 0) return std::nullopt;
-    const std::optional<double> reading = value(source.reading);
+    if (isMarkedFaulty(source)) return std::nullopt;
+    const std::optional<double> reading = value(source, source.reading);
     // Afterwards: a node that is gone never comes back, so the reading was this chip's.
     return source.directory.isOnBus || !reading || source.directory.isThere() ? reading : std::nullopt;
+}
+
+std::string Hwmon::whyUnread(const Source& source) const {
+    if (isMarkedFaulty(source)) return "the chip marks it faulty";
+    const std::string reason = m_sensors->whyUnread(*source.chip, source.directory.realPath, source.reading);
+    return reason.empty() ? "" : "it cannot be read: " + reason;
 }
 
 Limits Hwmon::readLimits(const Measurement& measurement) const {
     const auto limit = [&](std::size_t i) -> std::optional<double> {
         if (!measurement.limits[i]) return std::nullopt;
-        return m_sensors->read(*measurement.source.chip, measurement.source.directory.realPath, *measurement.limits[i]);
+        return value(measurement.source, *measurement.limits[i]);
     };
     return {limit(0), limit(1), limit(2), limit(3), limit(4), limit(5), limit(6)};
 }

@@ -52,16 +52,25 @@ class Hwmon {
     // Status.h; the list is then empty, and the next search begins from nothing. No other call may go on meanwhile.
     // Throws std::bad_alloc.
     sscode search(std::vector<Measurement>& found);
+    // The same, and tells what else there is; also after a failure, as far as it came.
+    sscode survey(std::vector<Measurement>& found, Survey& survey);
 
     // Empty where the reading fails, means nothing by the driver's flag, or is not that of the chip that was found. Any
     // number of threads at once.
     std::optional<double> read(const Source& source) const;
     Limits readLimits(const Measurement& measurement) const;
 
+    // Why there is no reading; empty where there is one.
+    std::string whyUnread(const Source& source) const;
+
     // Whether memory ran out in a read since the last search.
     bool wasShort() const { return m_sensors->wasShort(); }
 
   private:
+    sscode search(std::vector<Measurement>& found, Survey* survey);
+    std::optional<double> value(const Source& source, int subfeature) const;
+    bool isMarkedFaulty(const Source& source) const;
+
     std::unique_ptr<LibSensors> m_sensors;
 };
 

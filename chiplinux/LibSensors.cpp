@@ -1,8 +1,8 @@
 #include "LibSensors.h"
 
 #include <dlfcn.h>
-#include <sensors/error.h>
 
+#include <array>
 #include <csetjmp>
 #include <cstdlib>
 #include <mutex>
@@ -15,12 +15,20 @@ constexpr char MODULE[] = "$ORIGIN/zelsensors-linux/privatecopy.so";  // beside 
 // libsensors's hook knows nothing of its caller. It may not return, and the private copy cannot be unwound.
 std::mutex s_searching;
 std::jmp_buf* s_wayOut = nullptr;
+Survey* s_survey = nullptr;
 
 void leave(const char*, const char*) {
     std::longjmp(*s_wayOut, 1);
 }
 
-void ignoreMistake(const char*, const char*, int) {}
+void noteMistake(const char* text, const char* file, int line) {
+    if (s_survey == nullptr) return;
+    try {
+        s_survey->mistakes.push_back({file == nullptr ? "" : file, line, text});
+    } catch (const std::bad_alloc&) {
+        // libsensors cannot be unwound; the search itself will be short of memory, and say so.
+    }
+}
 
 // No object with a destructor may be here or in what is called.
 [[gnu::noinline]] bool returns(void (*call)(void*), void* argument) {
@@ -70,7 +78,8 @@ bool LibSensors::findFunctions() {
            findFunction("sensors_get_subfeature", all.getSubfeature) &&
            findFunction("sensors_get_label", all.getLabel) &&
            findFunction("sensors_get_adapter_name", all.getAdapterName) &&
-           findFunction("sensors_get_value", all.getValue);
+           findFunction("sensors_get_value", all.getValue) &&
+           findFunction("sensors_snprintf_chip_name", all.printName) && findFunction("sensors_strerror", all.describe);
 }
 
 bool LibSensors::setHooks() {
@@ -78,7 +87,7 @@ bool LibSensors::setHooks() {
     const auto mistake = static_cast<decltype(&sensors_parse_error_wfn)>(dlsym(m_library, "sensors_parse_error_wfn"));
     if (fatal == nullptr || mistake == nullptr) return false;
     *fatal = leave;
-    *mistake = ignoreMistake;
+    *mistake = noteMistake;
     return true;
 }
 
@@ -86,8 +95,11 @@ LibSensors::~LibSensors() {
     if (m_library != nullptr) dlclose(m_library);
 }
 
-LibSensors::Search::Search(LibSensors& sensors) : m_sensors(sensors) {
+LibSensors::Search::Search(LibSensors& sensors, Survey* survey) : m_sensors(sensors) {
     s_searching.lock();
+    s_survey = survey;
+    const void* version = dlsym(m_sensors.m_library, "libsensors_version");
+    if (survey != nullptr && version != nullptr) survey->version = *static_cast<const char* const*>(version);
     const Functions& functions = m_sensors.m_functions;
     functions.enterThread();
     functions.watch();
@@ -101,6 +113,7 @@ bool LibSensors::Search::areSettingsAtFault() const {
 }
 
 LibSensors::Search::~Search() {
+    s_survey = nullptr;
     m_sensors.m_functions.endWatch();
     m_sensors.m_memory.endTracking();
     s_searching.unlock();
@@ -139,12 +152,29 @@ std::string LibSensors::Search::adapterOf(const sensors_chip_name& chip) const {
     return name == nullptr ? "" : name;
 }
 
-std::optional<double> LibSensors::read(const sensors_chip_name& chip, const std::string& directory,
-                                       int subfeature) const {
+std::string LibSensors::Search::nameOf(const sensors_chip_name& chip) const {
+    std::array<char, 256> name{};
+    m_sensors.m_functions.printName(name.data(), name.size(), &chip);
+    return name.data();
+}
+
+int LibSensors::getValue(const sensors_chip_name& chip, const std::string& directory, int subfeature,
+                         double& value) const {
     m_functions.enterThread();
     sensors_chip_name there = chip;
     there.path = const_cast<char*>(directory.c_str());  // which libsensors only reads
+    return m_functions.getValue(&there, subfeature, &value);
+}
+
+std::optional<double> LibSensors::read(const sensors_chip_name& chip, const std::string& directory,
+                                       int subfeature) const {
     double value = 0;
-    if (m_functions.getValue(&there, subfeature, &value) != 0) return std::nullopt;
+    if (getValue(chip, directory, subfeature, value) != 0) return std::nullopt;
     return value;
+}
+
+std::string LibSensors::whyUnread(const sensors_chip_name& chip, const std::string& directory, int subfeature) const {
+    double value = 0;
+    const int status = getValue(chip, directory, subfeature, value);
+    return status == 0 ? "" : m_functions.describe(status);
 }

@@ -2,16 +2,18 @@
 // one process would empty or double each other's lists; it sets the process's locale for a while, writes to standard
 // error, and ends the process when memory is out. The copy lives in a name space of its own (private/PrivateCopy.h).
 //
-// What libsensors says about mistakes in the machine's sensors3.conf is thrown away; the command `sensors` shows it.
+// What libsensors says about mistakes in the machine's sensors3.conf is thrown away, unless somebody makes a survey.
 #ifndef ZELSENSORS_CHIPLINUX_LIBSENSORS_H
 #define ZELSENSORS_CHIPLINUX_LIBSENSORS_H
 
+#include <sensors/error.h>
 #include <sensors/sensors.h>
 
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "Survey.h"
 #include "TrackedMemory.h"
 
 class LibSensors {
@@ -26,8 +28,9 @@ class LibSensors {
     // object is only good to be destroyed.
     class Search {
       public:
-        // Looks for the machine's chips anew. All pointers that were given before are void.
-        explicit Search(LibSensors& sensors);
+        // Looks for the machine's chips anew. All pointers that were given before are void. The survey, if there is
+        // one, gets libsensors's version and the mistakes in its settings.
+        explicit Search(LibSensors& sensors, Survey* survey = nullptr);
         ~Search();
         Search(const Search&) = delete;
         Search& operator=(const Search&) = delete;
@@ -44,6 +47,7 @@ class LibSensors {
                                 sensors_subfeature_type type) const;
         std::string label(const sensors_chip_name& chip, const sensors_feature& feature) const;
         std::string adapterOf(const sensors_chip_name& chip) const;  // the bus's name; empty for none
+        std::string nameOf(const sensors_chip_name& chip) const;     // libsensors's: lm75-i2c-0-48
 
         // Ends the search; to be called last. False where memory or descriptors ran out on the way: something may be
         // missing then.
@@ -56,6 +60,8 @@ class LibSensors {
 
     // Empty where it cannot be read. The chip's files are looked for in the directory. Any number of threads at once.
     std::optional<double> read(const sensors_chip_name& chip, const std::string& directory, int subfeature) const;
+    // libsensors's words for why it cannot be read; empty where it can.
+    std::string whyUnread(const sensors_chip_name& chip, const std::string& directory, int subfeature) const;
     // Whether memory ran out since the last search began.
     bool wasShort() const { return m_memory.wasShort(); }
 
@@ -74,12 +80,15 @@ class LibSensors {
         decltype(&sensors_get_label) getLabel;
         decltype(&sensors_get_adapter_name) getAdapterName;
         decltype(&sensors_get_value) getValue;
+        decltype(&sensors_snprintf_chip_name) printName;
+        decltype(&sensors_strerror) describe;
     };
 
     LibSensors() = default;
     bool open();
     bool findFunctions();
     bool setHooks();
+    int getValue(const sensors_chip_name& chip, const std::string& directory, int subfeature, double& value) const;
     template <typename Function>
     bool findFunction(const char* name, Function& function);
     // Calls back; false where libsensors gave up instead of returning.
