@@ -62,7 +62,8 @@ void refuseWrongFormat(const Options& options) {
     if (options.format != Format::Table && command == Command::Metrics) {
         throw UsageError("metrics has a format of its own");
     }
-    const bool hasNoMof = command == Command::Sensors || command == Command::Watch || command == Command::Verify;
+    const bool hasNoMof = command == Command::Sensors || command == Command::Watch || command == Command::Verify ||
+                          command == Command::Doctor;
     if (options.format == Format::Mof && hasNoMof)
         throw UsageError(std::string(nameOf(command)) + " has no MOF format");
 }
@@ -163,6 +164,8 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     refuseWrongFormat(options);
     refuseWrongServers(options);
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
+    if (options.request.command == Command::Doctor && !options.server.url.empty())
+        throw UsageError("doctor looks at the machine that it runs on, not at a --server");
     if (options.request.command == Command::Metrics) refuseWrongMetrics(options);
     if (options.request.command == Command::Log) {
         refuseWrongFollowing(options);

@@ -27,7 +27,7 @@ constexpr const char* FOOTER =
     "Exit codes:\n"
     "  0  fine\n"
     "  1  the provider's answer was an error (its CIM status is on standard error), one of several\n"
-    "     servers failed, or verify found a problem\n"
+    "     servers failed, verify found a problem, or doctor something to do\n"
     "  2  wrong usage, or a schema or a scenario that cannot be read or has mistakes\n"
     "  3  the provider or the chip library could not be loaded, or no server gave a usable answer\n"
     "  4  the output could not be written\n"
@@ -261,7 +261,8 @@ void Grammar::addCommonOptions(Options& options) {
             options.scenario);
     addText(m_app, "--namespace", "NAME", "CIM namespace", options.request.nameSpace);
     addOption(m_app, "--format", "FORMAT",
-              "Output format: table, json, mof (not of sensors, watch and verify) or csv (of sensors) (default: table)",
+              "Output format: table, json, mof (not of sensors, watch, verify and doctor) or csv (of sensors) "
+              "(default: table)",
               [&options](const std::string& text) { options.format = formatIn(text); });
     addText(m_app, "--provider-output", "FILE|-",
             "Where the provider's own lines go: a file, or - to show them on standard error at the end (default: "
@@ -404,6 +405,7 @@ void Grammar::addReadingCommands(Options& options) {
     addCommand(m_app, options, Command::Check, "Check the sensors, as a plugin of a monitoring system");
     addCommand(m_app, options, Command::Metrics, "Show the health of the terminal for Prometheus");
     addCommand(m_app, options, Command::Verify, "Compare all answers with the classes' schema");
+    addCommand(m_app, options, Command::Doctor, "Look for the cause of missing or wrong sensors, and say what to do");
 }
 
 void Grammar::addWritingCommands(Options& options) {

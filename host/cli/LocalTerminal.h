@@ -22,6 +22,7 @@ class LocalTerminal {
 
     const std::string& provider() const { return m_choice.provider; }
     const AnsweringChip& chip() const { return m_chip; }
+    const ChipLibrary& library() const { return m_library; }
     // Nobody asked for a simulated one, and there was no other.
     bool isSubstitute() const { return m_library.isSubstitute(); }
     // Of the provider, from now on.

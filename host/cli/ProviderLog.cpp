@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -28,10 +29,12 @@ void apply(const std::string& key, const std::string& value, LogSettings& settin
     if (key == "FileName") settings.file = value;
     if (key == "IsConsole" && std::strchr("1Tt", value.front()) != nullptr) settings.isConsole = true;
     char* end = nullptr;
-    const unsigned long level = std::strtoul(value.c_str(), &end, 10);
-    if (key == "Level" && end != value.c_str() && level <= 4) {
-        settings.level = static_cast<unsigned>(level);
+    const unsigned long number = std::strtoul(value.c_str(), &end, 10);
+    if (key == "Level" && end != value.c_str() && number <= 4) {
+        settings.level = static_cast<unsigned>(number);
     }
+    if (key == "MaxLength" && end != value.c_str())
+        settings.maxLength = std::max<off_t>(static_cast<off_t>(number), 4096);
 }
 
 // The lines of this process with the level Error, and how many there were before the last ten.

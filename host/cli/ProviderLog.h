@@ -11,8 +11,9 @@ namespace host {
 // The provider's own settings, from /etc/tarn/log.conf, read as the provider reads them.
 struct LogSettings {
     std::string file = "/var/log/tarn/tarn.log";
-    bool isConsole = false;  // the lines go to standard error
-    unsigned level = 2;      // 0: off
+    bool isConsole = false;      // the lines go to standard error
+    unsigned level = 2;          // 0: off
+    off_t maxLength = 10485760;  // bytes, at which nothing more is written
 };
 LogSettings readLogSettings();
 

@@ -15,6 +15,7 @@
 #include "broker/ProviderLibrary.h"
 #include "cli/Check.h"
 #include "cli/ChosenSource.h"
+#include "cli/Doctor.h"
 #include "cli/Failure.h"
 #include "cli/FailureKeeper.h"
 #include "cli/Follow.h"
@@ -24,6 +25,7 @@
 #include "cli/Sensors.h"
 #include "cli/SensorsOfServers.h"
 #include "cli/Watch.h"
+#include "format/FindingsFormat.h"
 #include "format/JsonFormat.h"
 #include "format/MofFormat.h"
 #include "format/TableFormat.h"
@@ -263,6 +265,13 @@ int verifyAnswers(const mof::Schema& schema, Asking& asking) {
     return verification.conforms() ? ExitCode::Fine : ExitCode::AnsweredError;
 }
 
+int showFindings(const Options& options, const InstallTree& tree, Streams& streams) {
+    const std::vector<Finding> findings = examine(options, tree, streams.provider);
+    streams.output.write(options.format == Format::Json ? findingsJson(findings)
+                                                        : findingsText(findings, streams.output.charset()));
+    return isAnythingToDo(findings) ? ExitCode::AnsweredError : ExitCode::Fine;
+}
+
 int writePlugin(const PluginAnswer& answer, Output& output) {
     output.write(answer.text);
     return static_cast<int>(answer.state);
@@ -316,6 +325,7 @@ int checkReported(const Options& options, const InstallTree& tree, Streams& stre
 int runCommand(const Options& options, const InstallTree& tree, Streams& streams) {
     if (options.scenarioAction != ScenarioAction::None) return runScenarioCommand(options, tree, streams.output);
     if (!options.server.list.empty()) return askServersForSensors(options, streams);
+    if (options.request.command == Command::Doctor) return showFindings(options, tree, streams);
     const bool isVerify = options.request.command == Command::Verify;
     const mof::Schema schema = isVerify ? readSchema(schemaFiles(options, tree)) : mof::Schema();
     // Before whatever may fail: then an old page goes.

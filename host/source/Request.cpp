@@ -30,6 +30,8 @@ const char* nameOf(Command command) {
             return "query";
         case Command::Verify:
             return "verify";
+        case Command::Doctor:
+            return "doctor";
     }
     return "";
 }

@@ -19,7 +19,8 @@ enum class Command {
     Modify,
     Delete,
     Query,
-    Verify
+    Verify,
+    Doctor
 };
 
 // The command's word on the command line.

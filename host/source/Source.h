@@ -35,7 +35,8 @@ class Source {
     Source& operator=(const Source&) = default;
 };
 
-// The one request that a command stands for; verify, watch and the commands of the model make many of their own.
+// The one request that a command stands for; verify, doctor, watch and the commands of the model make many of their
+// own.
 broker::Reply ask(Source& source, const Request& request);
 
 }  // namespace host

@@ -8,7 +8,7 @@ cd "$1"
 arrows='text
 broker
 mof    broker text
-source broker text
+source broker text chiplinux
 health source broker text
 format health source broker text
 verify format source mof broker text
