@@ -8,6 +8,7 @@
 #include <string>
 
 #include "broker/ProviderLibrary.h"
+#include "cli/Failure.h"
 #include "cli/LocalTerminal.h"
 #include "cli/ProviderSettings.h"
 #include "health/EventLog.h"
@@ -36,7 +37,8 @@ bool isSameFile(const std::string& left, const std::string& right) {
 }
 
 // Those that there are beside the one that answers.
-void tellOthers(const std::string& answering, const FoundLibrary& system, const InstallTree& tree, Findings& findings) {
+void reportOthers(const std::string& answering, const FoundLibrary& system, const InstallTree& tree,
+                  Findings& findings) {
     const auto tell = [&](const std::string& path, const std::string& word) {
         const auto isTold = [&](const Finding& one) { return isSameFile(one.subject, path); };
         const bool isNew = std::none_of(findings.begin(), findings.end(), isTold);
@@ -140,8 +142,8 @@ void tellEventLog(const Asked& asked, Findings& findings) {
                         ""});
 }
 
-void tellAnswers(const Options& options, const LocalTerminal& terminal, ProviderOutput& output, bool isExplained,
-                 Findings& findings) {
+void reportAnswers(const Options& options, const LocalTerminal& terminal, ProviderOutput& output, bool isExplained,
+                   Findings& findings) {
     try {
         Session session(terminal.provider(), options.providerName);
         output.endStart();
@@ -160,22 +162,22 @@ void examineTerminal(const Options& options, const InstallTree& tree, ProviderOu
         const LocalTerminal terminal(choose(options, tree));
         tellAnswering(terminal, findings);
         tellSystem(system, findings);
-        tellOthers(terminal.chip().library, system, tree, findings);
+        reportOthers(terminal.chip().library, system, tree, findings);
         tellScenario(terminal, findings);
         const Findings ofLibrary = terminal.library().diagnosis();
         append(ofLibrary, findings);
         const bool isExplained = std::any_of(ofLibrary.begin(), ofLibrary.end(),
                                              [](const Finding& finding) { return !finding.advice.empty(); });
-        tellAnswers(options, terminal, output, isExplained, findings);
+        reportAnswers(options, terminal, output, isExplained, findings);
         findings.push_back(terminal.chip().isSimulated
                                ? Finding{"log", "-", "that of a simulated terminal is kept in memory", ""}
                                : log);
-    } catch (const ScenarioMistakes& mistakes) {
+    } catch (const Mistakes& mistakes) {
         for (const std::string& line : mistakes.lines())
             findings.push_back({"scenario", "-", line, "mend the scenario, or name another one with --scenario"});
     } catch (const broker::LoadError& error) {
         findings.push_back({"chip library", "-", error.what(), NO_LIBRARY});
-        tellOthers("", system, tree, findings);
+        reportOthers("", system, tree, findings);
         findings.push_back(log);
     }
 }
