@@ -130,11 +130,11 @@ std::string reasonToLeaveOut(sensors_feature_type type) {
         case SENSORS_FEATURE_ENERGY:
             return "energy counts up for ever, past what a reading can hold";
         case SENSORS_FEATURE_VID:
-            return "a nominal voltage is no measurement";
+            return "a nominal voltage, not a measured one";
         case SENSORS_FEATURE_INTRUSION:
             return "nearly all boards latch the intrusion switch, mostly set";
         case SENSORS_FEATURE_BEEP_ENABLE:
-            return "a setting is no measurement";
+            return "a setting, not a measured value";
         case SENSORS_FEATURE_IN:
         case SENSORS_FEATURE_FAN:
         case SENSORS_FEATURE_TEMP:

@@ -80,7 +80,7 @@ SeenLines::Kept keptIn(const std::string& text, const std::string& path) {
     if (!count) return {std::nullopt, path + ":1: the title is cut short"};
     if (lines.size() - 1 != *count || text.back() != '\n') {
         return {std::nullopt, path + ":1: " + std::to_string(*count) + " lines are announced, and " +
-                                  std::to_string(lines.size() - 1) + " whole ones follow"};
+                                  std::to_string(lines.size() - 1) + " whole ones are there"};
     }
     Lines kept;
     std::transform(lines.begin() + 1, lines.end(), std::back_inserter(kept), unescapedLine);

@@ -131,7 +131,7 @@ TEST_F(DoctorOnLinuxTest, WhatIsLeftOutIsToldWithItsReason) {
                     "chip board-virtual-0 1 sensor; Virtual device",
                     "left out board-virtual-0 fan1 the driver gives no reading for it",
                     "left out board-virtual-0 energy1 energy counts up for ever, past what a reading can hold",
-                    "left out board-virtual-0 cpu0_vid a nominal voltage is no measurement",
+                    "left out board-virtual-0 cpu0_vid a nominal voltage, not a measured one",
                     "left out board-virtual-0 intrusion0 nearly all boards latch the intrusion switch, mostly set",
                     "left out board-virtual-0 in1 an ignore line of libsensors's settings hides it", NO_LOG,
                     "provider TQS_NumericSensor 1 sensor", LOG_ANSWER));

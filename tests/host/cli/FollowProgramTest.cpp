@@ -261,7 +261,7 @@ TEST_F(FollowProgramTest, TornStateShowsAllLinesAgainAndSaysSo) {
     EXPECT_EQ(end.exitCode, 0);
     EXPECT_EQ(end.output, "a\nb\n");
     EXPECT_EQ(end.errors, "zelhost: --state: " + m_state +
-                              ":1: 2 lines are announced, and 1 whole ones follow; all lines of the log are shown\n");
+                              ":1: 2 lines are announced, and 1 whole ones are there; all lines of the log are shown\n");
     EXPECT_EQ(shown({"a", "b", "c"}), "c\n");
 }
 

@@ -69,7 +69,7 @@ TEST_F(SeenLinesTest, TornFileGivesNoLinesWhereverItIsTorn) {
         EXPECT_EQ(kept.complaint.rfind(m_path + ":1: ", 0), 0U) << length;
     }
     m_directory.write("state", whole + "more\n");
-    EXPECT_EQ(m_seen.read().complaint, m_path + ":1: 3 lines are announced, and 4 whole ones follow");
+    EXPECT_EQ(m_seen.read().complaint, m_path + ":1: 3 lines are announced, and 4 whole ones are there");
     m_directory.write("state", "zelhost log state 1: x lines\n");
     EXPECT_EQ(m_seen.read().complaint, m_path + ":1: the title is cut short");
 }
