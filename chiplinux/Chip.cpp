@@ -27,12 +27,12 @@ sscode answer(Call call) {
 }  // namespace
 
 // NOLINTNEXTLINE(readability-identifier-naming): a C name, as those of loaders are
-extern "C" __attribute__((visibility("default"))) unsigned zelchip_diagnose(ZelchipTell tell, void* context) {
+extern "C" __attribute__((visibility("default"))) unsigned zelchip_diagnose(ZelchipReport report, void* context) {
     return answer([&]() -> sscode {
         for (const Finding& one : diagnose()) {
             const ZelchipFinding finding{one.area.c_str(), one.subject.c_str(), one.text.c_str(),
                                          one.advice.empty() ? nullptr : one.advice.c_str()};
-            tell(context, &finding);
+            report(context, &finding);
         }
         return 0;
     });

@@ -24,22 +24,22 @@ std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
-void tellLibrary(sscode status, const Survey& survey, Findings& findings) {
+void reportLibrary(sscode status, const Survey& survey, Findings& findings) {
     const std::string subject = survey.version.empty() ? "-" : survey.version;
-    const auto tell = [&](const std::string& text, const std::string& advice) {
+    const auto report = [&](const std::string& text, const std::string& advice) {
         findings.push_back({"libsensors", subject, text, advice});
     };
     switch (status) {
         case 0:
-            return tell("finds " + counted(survey.chips.size(), "chip"), "");
+            return report("finds " + counted(survey.chips.size(), "chip"), "");
         case STATUS_NO_LIBRARY:
-            return tell("it cannot be loaded", "apt install --reinstall libsensors5 zelsensors-linux");
+            return report("it cannot be loaded", "apt install --reinstall libsensors5 zelsensors-linux");
         case STATUS_SETTINGS:
-            return tell("it refuses its settings as a whole", "");  // the line follows
+            return report("it refuses its settings as a whole", "");  // the line follows
         case STATUS_SHORTAGE:
-            return tell("there was no memory or no free descriptor for it", "find what uses them up");
+            return report("there was no memory or no free descriptor for it", "find what uses them up");
         default:
-            return tell("it cannot read the kernel's list of chips", "mount /sys, readable for this user");
+            return report("it cannot read the kernel's list of chips", "mount /sys, readable for this user");
     }
 }
 
@@ -61,7 +61,7 @@ std::vector<fs::path> settingsFiles() {
     return files;
 }
 
-void tellSettingsFile(const fs::path& file, const Survey& survey, Findings& findings) {
+void reportSettingsFile(const fs::path& file, const Survey& survey, Findings& findings) {
     if (!std::ifstream(file)) {
         findings.push_back({"libsensors", file, std::string("it cannot be read: ") + std::strerror(errno),
                             "chmod a+r " + file.string()});
@@ -72,11 +72,11 @@ void tellSettingsFile(const fs::path& file, const Survey& survey, Findings& find
         findings.push_back({"libsensors", file, "it is read", ""});
 }
 
-void tellSettings(const Survey& survey, Findings& findings) {
+void reportSettings(const Survey& survey, Findings& findings) {
     const std::vector<fs::path> files = settingsFiles();
     if (files.empty())
         findings.push_back({"libsensors", "/etc/sensors3.conf", "there is none, and none is needed", ""});
-    for (const fs::path& file : files) tellSettingsFile(file, survey, findings);
+    for (const fs::path& file : files) reportSettingsFile(file, survey, findings);
     for (const Survey::Mistake& mistake : survey.mistakes) {
         const std::string place = mistake.file.empty() ? "-" : mistake.file;
         const std::string line = mistake.line > 0 ? "line " + std::to_string(mistake.line) + ": " : "";
@@ -114,8 +114,8 @@ Finding leftOut(const Survey::Chip& chip, const std::string& feature, const std:
 }
 
 // The chip's sensors that can be read are counted, the others told.
-std::size_t tellUnread(const Survey::Chip& chip, const Measurements& measurements, const Hwmon& hwmon,
-                       Findings& findings) {
+std::size_t reportUnread(const Survey::Chip& chip, const Measurements& measurements, const Hwmon& hwmon,
+                         Findings& findings) {
     std::size_t sensors = 0;
     for (const Measurement& one : measurements) {
         const std::string reason = hwmon.whyUnread(one.source);
@@ -131,7 +131,7 @@ std::size_t tellUnread(const Survey::Chip& chip, const Measurements& measurement
     return sensors;
 }
 
-void tellIgnored(const Survey::Chip& chip, const Measurements& measurements, Findings& findings) {
+void reportIgnored(const Survey::Chip& chip, const Measurements& measurements, Findings& findings) {
     std::set<std::string> features = readableFeatures(chip.realPath);
     for (const Measurement& one : measurements) features.erase(one.key.feature);
     for (const Survey::Feature& one : chip.leftOut) features.erase(one.name);
@@ -139,30 +139,30 @@ void tellIgnored(const Survey::Chip& chip, const Measurements& measurements, Fin
         findings.push_back(leftOut(chip, feature, "an ignore line of libsensors's settings hides it", ""));
 }
 
-void tellChip(const Survey::Chip& chip, const Measurements& all, const Hwmon& hwmon, Findings& chips,
-              Findings& others) {
+void reportChip(const Survey::Chip& chip, const Measurements& all, const Hwmon& hwmon, Findings& chips,
+                Findings& others) {
     Measurements measurements;
     std::copy_if(all.begin(), all.end(), std::back_inserter(measurements),
                  [&](const Measurement& one) { return one.source.directory.realPath == chip.realPath; });
-    const std::size_t sensors = tellUnread(chip, measurements, hwmon, others);
+    const std::size_t sensors = reportUnread(chip, measurements, hwmon, others);
     for (const Survey::Feature& feature : chip.leftOut)
         others.push_back(leftOut(chip, feature.name, feature.reason, ""));
-    tellIgnored(chip, measurements, others);
+    reportIgnored(chip, measurements, others);
     chips.push_back(
         {"chip", chip.name, counted(sensors, "sensor") + (chip.adapter.empty() ? "" : "; " + chip.adapter), ""});
 }
 
-void tellChips(const Survey& survey, const Measurements& measurements, const Hwmon& hwmon, Findings& findings) {
+void reportChips(const Survey& survey, const Measurements& measurements, const Hwmon& hwmon, Findings& findings) {
     std::vector<Survey::Chip> chips = survey.chips;
     std::sort(chips.begin(), chips.end(), [](const Survey::Chip& left, const Survey::Chip& right) {
         return compareNaturally(left.name, right.name) < 0;
     });
     Findings others;
-    for (const Survey::Chip& chip : chips) tellChip(chip, measurements, hwmon, findings, others);
+    for (const Survey::Chip& chip : chips) reportChip(chip, measurements, hwmon, findings, others);
     findings.insert(findings.end(), others.begin(), others.end());
 }
 
-void tellDrivers(const Measurements& measurements, bool hasChips, Findings& findings) {
+void reportDrivers(const Measurements& measurements, bool hasChips, Findings& findings) {
     std::vector<std::string> prefixes;
     for (const Measurement& one : measurements) prefixes.push_back(one.key.prefix);
     const auto append = [&](const Findings& more) { findings.insert(findings.end(), more.begin(), more.end()); };
@@ -200,11 +200,11 @@ std::vector<Finding> diagnose() {
     Measurements measurements;
     Survey survey;
     const sscode status = hwmon.survey(measurements, survey);
-    tellLibrary(status, survey, findings);
-    tellSettings(survey, findings);
+    reportLibrary(status, survey, findings);
+    reportSettings(survey, findings);
     if (status == 0) {
-        tellChips(survey, measurements, hwmon, findings);
-        tellDrivers(measurements, !survey.chips.empty(), findings);
+        reportChips(survey, measurements, hwmon, findings);
+        reportDrivers(measurements, !survey.chips.empty(), findings);
     }
     findings.push_back(eventLog());
     return findings;

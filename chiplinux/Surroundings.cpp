@@ -67,23 +67,23 @@ Finding missing(const std::string& driver, const std::string& of) {
 
 std::vector<Finding> whyNoChip() {
     std::vector<Finding> findings;
-    const auto tell = [&](const std::string& area, const std::string& text, const std::string& advice) {
+    const auto report = [&](const std::string& area, const std::string& text, const std::string& advice) {
         findings.push_back({area, "-", text, advice});
     };
     if (isContainer())
-        tell("machine", "it is a container, which mostly sees no sensors",
-             "in a container: ask on the machine itself, outside of it");
+        report("machine", "it is a container, which mostly sees no sensors",
+               "in a container: ask on the machine itself, outside of it");
     if (hasFlag("hypervisor"))
-        tell("machine", "it is virtual, and such a machine mostly has no sensors",
-             "in a virtual machine: ask on the machine that it runs on");
+        report("machine", "it is virtual, and such a machine mostly has no sensors",
+               "in a virtual machine: ask on the machine that it runs on");
     if (!isThere("/sys/class/hwmon")) {
-        tell("chip", "the kernel has no hardware monitoring: there is no /sys/class/hwmon",
-             "mount /sys if it is not; otherwise boot a kernel with hardware monitoring, such as that of the package "
-             "linux-image-amd64, since kernels for the cloud have none");
+        report("chip", "the kernel has no hardware monitoring: there is no /sys/class/hwmon",
+               "mount /sys if it is not; otherwise boot a kernel with hardware monitoring, such as that of the package "
+               "linux-image-amd64, since kernels for the cloud have none");
     } else {
-        tell("chip", "no driver is loaded that knows one",
-             "run sensors-detect, of the package lm-sensors: it looks for chips and names their drivers; put those "
-             "into /etc/modules-load.d/sensors.conf, and load them with modprobe");
+        report("chip", "no driver is loaded that knows one",
+               "run sensors-detect, of the package lm-sensors: it looks for chips and names their drivers; put those "
+               "into /etc/modules-load.d/sensors.conf, and load them with modprobe");
     }
     return findings;
 }

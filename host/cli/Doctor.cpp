@@ -39,19 +39,19 @@ bool isSameFile(const std::string& left, const std::string& right) {
 // Those that there are beside the one that answers.
 void reportOthers(const std::string& answering, const FoundLibrary& system, const InstallTree& tree,
                   Findings& findings) {
-    const auto tell = [&](const std::string& path, const std::string& word) {
+    const auto report = [&](const std::string& path, const std::string& word) {
         const auto isTold = [&](const Finding& one) { return isSameFile(one.subject, path); };
         const bool isNew = std::none_of(findings.begin(), findings.end(), isTold);
         if (!path.empty() && !isSameFile(path, answering) && isNew)
             findings.push_back({"chip library", path, "it is not asked; --chip " + word + " asks it", ""});
     };
-    tell(system.path, "system");
-    tell(tree.linuxChip, "linux");
-    tell(tree.simulatedChip, "simulated");
+    report(system.path, "system");
+    report(tree.linuxChip, "linux");
+    report(tree.simulatedChip, "simulated");
 }
 
 // Whether the system's own is missed: the one that answers stands in for it.
-void tellAnswering(const LocalTerminal& terminal, Findings& findings) {
+void reportAnswering(const LocalTerminal& terminal, Findings& findings) {
     const AnsweringChip& chip = terminal.chip();
     if (chip.library.empty()) {
         findings.push_back({"chip library", CHIP_LIBRARY, "there is none", NO_LIBRARY});
@@ -63,22 +63,22 @@ void tellAnswering(const LocalTerminal& terminal, Findings& findings) {
         findings.push_back({"chip library", CHIP_LIBRARY, "the system has none, so one is simulated", NO_LIBRARY});
 }
 
-void tellSystem(const FoundLibrary& system, Findings& findings) {
+void reportSystem(const FoundLibrary& system, Findings& findings) {
     if (!system.error.empty()) {
         findings.push_back({"chip library", CHIP_LIBRARY, "the system's cannot be loaded: " + system.error,
                             "install the system's chip library anew"});
     }
 }
 
-void tellScenario(const LocalTerminal& terminal, Findings& findings) {
+void reportScenario(const LocalTerminal& terminal, Findings& findings) {
     const char* file = std::getenv("ZELCHIP_SCENARIO");
     if (terminal.chip().isSimulated && file != nullptr && *file != '\0')
         findings.push_back({"scenario", file, "it is played", ""});
 }
 
 // The errors that the provider has logged since it was loaded.
-void tellLog(const std::string& about, const LocalTerminal& terminal, const ProviderOutput& output,
-             Findings& findings) {
+void reportLog(const std::string& about, const LocalTerminal& terminal, const ProviderOutput& output,
+               Findings& findings) {
     std::istringstream lines(terminal.log().explanation(output.start() + output.collected()));
     const std::string mark = "log: ";
     for (std::string line; std::getline(lines, line);) {
@@ -108,7 +108,7 @@ struct Asked {
     bool isExplained;  // the chip library itself says what to do
 };
 
-void tellSensors(const Asked& asked, Findings& findings) {
+void reportSensors(const Asked& asked, Findings& findings) {
     const Round round = SensorRounds(asked.source, asked.nameSpace).next();
     const std::string count =
         std::to_string(round.sensors.size()) + (round.sensors.size() == 1 ? " sensor" : " sensors");
@@ -116,7 +116,7 @@ void tellSensors(const Asked& asked, Findings& findings) {
     const std::string advice = isFine || asked.isExplained ? "" : adviceFor(round.status, !round.sensors.empty());
     findings.push_back(
         {"provider", SENSOR_CLASS, isFine ? count : count + "; it answers " + statusText(round.status), advice});
-    if (!isFine) tellLog(SENSOR_CLASS, asked.terminal, asked.output, findings);
+    if (!isFine) reportLog(SENSOR_CLASS, asked.terminal, asked.output, findings);
     for (const Sensor& sensor : round.sensors) {
         if (sensor.reading) continue;
         findings.push_back({"sensor", sensor.name, "no reading: " + sensor.reason,
@@ -124,7 +124,7 @@ void tellSensors(const Asked& asked, Findings& findings) {
     }
 }
 
-void tellEventLog(const Asked& asked, Findings& findings) {
+void reportEventLog(const Asked& asked, Findings& findings) {
     const EventLogRound round = EventLogRounds(asked.source, asked.nameSpace).next();
     if (!round.log) {
         const std::string ofStart = adviceForStart(round.status);
@@ -148,8 +148,8 @@ void reportAnswers(const Options& options, const LocalTerminal& terminal, Provid
         Session session(terminal.provider(), options.providerName);
         output.endStart();
         const Asked asked{session, options.request.nameSpace, terminal, output, isExplained};
-        tellSensors(asked, findings);
-        tellEventLog(asked, findings);
+        reportSensors(asked, findings);
+        reportEventLog(asked, findings);
     } catch (const broker::LoadError& error) {
         findings.push_back({"provider", terminal.provider(), error.what(), "install the package zelsensors anew"});
     }
@@ -160,10 +160,10 @@ void examineTerminal(const Options& options, const InstallTree& tree, ProviderOu
     const Finding log = logFinding();  // before the terminal's is out of sight
     try {
         const LocalTerminal terminal(choose(options, tree));
-        tellAnswering(terminal, findings);
-        tellSystem(system, findings);
+        reportAnswering(terminal, findings);
+        reportSystem(system, findings);
         reportOthers(terminal.chip().library, system, tree, findings);
-        tellScenario(terminal, findings);
+        reportScenario(terminal, findings);
         const Findings ofLibrary = terminal.library().diagnosis();
         append(ofLibrary, findings);
         const bool isExplained = std::any_of(ofLibrary.begin(), ofLibrary.end(),

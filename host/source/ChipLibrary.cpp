@@ -39,7 +39,7 @@ std::string loadedPath() {
     }
 }
 
-[[noreturn]] void tellPath(int pipe) {
+[[noreturn]] void writePath(int pipe) {
     const std::string path = loadedPath();
     const bool isWritten = write(pipe, path.data(), path.size()) == static_cast<ssize_t>(path.size());
     _exit(isWritten ? 0 : 1);
@@ -63,7 +63,7 @@ FoundLibrary findSystemChipLibrary() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe2");
     const pid_t child = fork();
-    if (child == 0) tellPath(ends[1]);
+    if (child == 0) writePath(ends[1]);
     const int error = errno;
     close(ends[1]);
     const std::string text = child < 0 ? "" : readAll(ends[0]);
