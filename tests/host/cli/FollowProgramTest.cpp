@@ -260,8 +260,9 @@ TEST_F(FollowProgramTest, TornStateShowsAllLinesAgainAndSaysSo) {
     const ProgramEnd end = runProgram(lookAt({"a", "b"}));
     EXPECT_EQ(end.exitCode, 0);
     EXPECT_EQ(end.output, "a\nb\n");
-    EXPECT_EQ(end.errors, "zelhost: --state: " + m_state +
-                              ":1: 2 lines are announced, and 1 whole ones are there; all lines of the log are shown\n");
+    EXPECT_EQ(end.errors,
+              "zelhost: --state: " + m_state +
+                  ":1: 2 lines are announced, and 1 whole ones are there; all lines of the log are shown\n");
     EXPECT_EQ(shown({"a", "b", "c"}), "c\n");
 }
 
