@@ -65,7 +65,8 @@ Fleet::Fleet(std::size_t servers, Behaviour behaviour, std::size_t mostOpen)
       m_events(required(epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
       m_ending(required(eventfd(0, EFD_CLOEXEC), "eventfd")),
       m_connections(servers),
-      m_requests(servers) {
+      m_requests(servers),
+      m_lastRequests(servers) {
     for (std::size_t i = 0; i < servers; ++i) {
         m_listeners.push_back(listenerAtAnyPort(m_ports[i]));
         m_serverOfListener[m_listeners.back()] = i;
@@ -103,6 +104,11 @@ std::size_t Fleet::connectionsOf(std::size_t server) const {
 std::size_t Fleet::requestsOf(std::size_t server) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_requests.at(server);
+}
+
+std::string Fleet::lastRequestOf(std::size_t server) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_lastRequests.at(server);
 }
 
 std::size_t Fleet::mostOpenAtOnce() const {
@@ -154,6 +160,7 @@ void Fleet::read(int socket) {
     client.hasRequest = true;
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_requests.at(client.server);
+    m_lastRequests.at(client.server) = requestIn(client.received);
 }
 
 // Again as long as one answer may be what another waits for.

@@ -34,6 +34,7 @@ class Fleet {
 
     std::size_t connectionsOf(std::size_t server) const;  // so far
     std::size_t requestsOf(std::size_t server) const;
+    std::string lastRequestOf(std::size_t server) const;  // with its header
     std::size_t mostOpenAtOnce() const;
 
   private:
@@ -62,6 +63,7 @@ class Fleet {
     mutable std::mutex m_mutex;
     std::vector<std::size_t> m_connections;
     std::vector<std::size_t> m_requests;
+    std::vector<std::string> m_lastRequests;
     std::size_t m_mostOpenAtOnce = 0;
     std::thread m_thread;
 };
