@@ -94,7 +94,7 @@ std::string adviceForStart(const broker::Status& status) {
 }
 
 std::string adviceFor(const broker::Status& status, bool hasAny) {
-    const std::string ofStart = adviceForStart(status);
+    std::string ofStart = adviceForStart(status);
     if (!ofStart.empty()) return ofStart;
     return hasAny ? "zelhost sensors, with the same options, asks one by one and says which one fails"
                   : "the chip library shows no sensor: is what it needs loaded, such as the terminal's service driver?";
