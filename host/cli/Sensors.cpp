@@ -37,7 +37,7 @@ std::string containing(const std::string& word, const std::vector<std::string>& 
 
 // What is near is found among labels and names.
 std::string suggestion(const std::string& word, const std::vector<std::string>& names) {
-    const std::string longer = containing(word, names);
+    std::string longer = containing(word, names);
     if (!longer.empty()) return longer;
     std::vector<std::string> candidates;
     candidates.reserve(2 * names.size());

@@ -111,7 +111,7 @@ std::string summaryOf(const std::vector<Terminal>& terminals) {
 std::string tableOf(const std::vector<Terminal>& terminals, const std::string& summary, const SensorOptions& options,
                     const Output& output) {
     const std::size_t columns = output.isTerminal() ? output.size().columns : 0;
-    const std::string table = terminalsTable(
+    std::string table = terminalsTable(
         terminals, {output.charset(), columns, options.hasHeader, isColoured(options.colouring, output)});
     if (!options.hasHeader) return table;
     return table.empty() ? summary : table + '\n' + summary;
