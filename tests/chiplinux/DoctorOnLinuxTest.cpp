@@ -1,5 +1,6 @@
 // What `zelhost doctor` finds on a Linux machine: the program, provider and chip library as they are delivered, in a
 // made-up machine.
+#include <sensors/sensors.h>
 #include <sys/mount.h>
 
 #include <filesystem>
@@ -42,6 +43,7 @@ ProgramEnd runWithoutPower(Arguments arguments) {
     return runProgram(arguments, {}, "/usr/bin/setpriv");
 }
 
+const std::string LIBRARY = std::string("libsensors ") + libsensors_version;
 constexpr char NO_DRIVER_WANTED[] = "vendor_id\t: Other\nflags\t\t: fpu\n";
 
 class DoctorOnLinuxTest : public LinuxChipTest {
@@ -107,15 +109,15 @@ TEST_F(DoctorOnLinuxTest, NothingIsToBeDoneWhereAllSensorsCanBeRead) {
     sensortree::addI2c(0, "lm75", 0, 0x48, {{"temp1_input", "25500"}, {"temp1_max", "80000"}});
     sensortree::addI2c(1, "lm85", 0, 0x2e, {{"in0_input", "3000"}, {"fan1_input", "900"}});
     const Findings findings = found();
-    EXPECT_THAT(findings.rows, ElementsAre("libsensors 3.6.0 finds 2 chips", NO_SETTINGS,
-                                           "chip lm75-i2c-0-48 1 sensor; SMBus stub driver",
-                                           "chip lm85-i2c-0-2e 2 sensors; SMBus stub driver", NO_LOG,
-                                           "provider TQS_NumericSensor 3 sensors", LOG_ANSWER));
+    EXPECT_THAT(findings.rows,
+                ElementsAre(LIBRARY + " finds 2 chips", NO_SETTINGS, "chip lm75-i2c-0-48 1 sensor; SMBus stub driver",
+                            "chip lm85-i2c-0-2e 2 sensors; SMBus stub driver", NO_LOG,
+                            "provider TQS_NumericSensor 3 sensors", LOG_ANSWER));
     EXPECT_THAT(findings.advice, ElementsAre("Nothing is to be done."));
     EXPECT_EQ(findings.exitCode, 0);
 }
 
-TEST_F(DoctorOnLinuxTest, WhatIsLeftOutIsToldWithItsReason) {
+TEST_F(DoctorOnLinuxTest, WhatIsLeftOutIsReportedWithItsReason) {
     sandbox::writeLibsensorsConfiguration("chip \"board-*\"\n    ignore in1\n");
     sensortree::addVirtual(0, "board",
                            {{"in0_input", "3000"},
@@ -127,7 +129,7 @@ TEST_F(DoctorOnLinuxTest, WhatIsLeftOutIsToldWithItsReason) {
     const Findings findings = found();
     EXPECT_THAT(
         findings.rows,
-        ElementsAre("libsensors 3.6.0 finds 1 chip", "libsensors /etc/sensors3.conf it is read",
+        ElementsAre(LIBRARY + " finds 1 chip", "libsensors /etc/sensors3.conf it is read",
                     "chip board-virtual-0 1 sensor; Virtual device",
                     "left out board-virtual-0 fan1 the driver gives no reading for it",
                     "left out board-virtual-0 energy1 energy counts up for ever, past what a reading can hold",
@@ -155,7 +157,7 @@ TEST_F(DoctorOnLinuxTest, SensorsThatCannotBeReadAreSomethingToDo) {
     EXPECT_EQ(findings.exitCode, 1);
 }
 
-TEST_F(DoctorOnLinuxTest, MistakesInLibsensorssSettingsAreToldByFileAndLine) {
+TEST_F(DoctorOnLinuxTest, MistakesInLibsensorssSettingsAreReportedByFileAndLine) {
     sensortree::addVirtual(0, "board", {{"in0_input", "3000"}});
     sandbox::writeLibsensorsConfiguration("chip \"board-*\"\n    label in0 \"+3.3 V\"\n");
     std::ofstream("/etc/sensors.d/mine.conf") << "chip \"board-*\"\n    colour in0 red\n";
@@ -167,12 +169,12 @@ TEST_F(DoctorOnLinuxTest, MistakesInLibsensorssSettingsAreToldByFileAndLine) {
                                              "what may stand there"));
 }
 
-TEST_F(DoctorOnLinuxTest, SettingsThatAreRefusedAsAWholeAreTold) {
+TEST_F(DoctorOnLinuxTest, SettingsThatAreRefusedAsAWholeAreReported) {
     sensortree::addAdapter(0, "SMBus stub driver");
     sensortree::addI2c(0, "lm75", 0, 0x48, {{"temp1_input", "25500"}});
     sandbox::writeLibsensorsConfiguration("chip \"lm75-i2c-7-48\"\n    label temp1 \"A\"\n");
     const Findings findings = found();
-    EXPECT_EQ(findings.rows.at(0), "libsensors 3.6.0 it refuses its settings as a whole");
+    EXPECT_EQ(findings.rows.at(0), LIBRARY + " it refuses its settings as a whole");
     EXPECT_THAT(findings.rows, Contains(testing::StartsWith("libsensors /etc/sensors3.conf line 1: ")));
     EXPECT_EQ(findings.advice.at(1), "1. mend /etc/sensors3.conf, line 1: sensors3.conf(5) says what may stand there");
     EXPECT_THAT(findings.rows, Contains(testing::HasSubstr("Initialise Service Driver failed - sscode=0xe1000009")));
@@ -198,10 +200,10 @@ class DoctorWithoutChipsTest : public DoctorOnLinuxTest {
 const std::string CONTAINER = "machine - it is a container, which mostly sees no sensors";
 const std::string ASK_OUTSIDE = "1. in a container: ask on the machine itself, outside of it";
 
-TEST_F(DoctorWithoutChipsTest, KernelWithoutHardwareMonitoringIsTold) {
+TEST_F(DoctorWithoutChipsTest, KernelWithoutHardwareMonitoringIsReported) {
     const Findings findings = found();
     EXPECT_THAT(findings.rows,
-                ElementsAre("libsensors 3.6.0 finds 0 chips", NO_SETTINGS, CONTAINER,
+                ElementsAre(LIBRARY + " finds 0 chips", NO_SETTINGS, CONTAINER,
                             "chip - the kernel has no hardware monitoring: there is no /sys/class/hwmon", NO_LOG,
                             "provider TQS_NumericSensor 0 sensors; it answers 1 CMPI_RC_ERR_FAILED", LOG_ANSWER));
     EXPECT_THAT(
@@ -212,7 +214,7 @@ TEST_F(DoctorWithoutChipsTest, KernelWithoutHardwareMonitoringIsTold) {
     EXPECT_EQ(findings.exitCode, 1);
 }
 
-TEST_F(DoctorWithoutChipsTest, MachineWithoutDriversIsToldHowToFindThem) {
+TEST_F(DoctorWithoutChipsTest, MachineWithoutDriversIsReportedHowToFindThem) {
     fs::create_directories("/sys/class/hwmon");
     const Findings findings = found();
     EXPECT_THAT(findings.rows, Contains("chip - no driver is loaded that knows one"));
@@ -223,7 +225,7 @@ TEST_F(DoctorWithoutChipsTest, MachineWithoutDriversIsToldHowToFindThem) {
                     "put those into /etc/modules-load.d/sensors.conf, and load them with modprobe"));
 }
 
-TEST_F(DoctorWithoutChipsTest, VirtualMachineIsTold) {
+TEST_F(DoctorWithoutChipsTest, VirtualMachineIsReported) {
     fs::create_directories("/sys/class/hwmon");
     beOn("vendor_id\t: AuthenticAMD\nflags\t\t: fpu hypervisor\n");
     const Findings findings = found();
@@ -275,7 +277,7 @@ class EventLogDoctorTest : public DoctorOnLinuxTest {
     const std::string m_record{"\x08\x0c\x26\x02\x17\x06\x56\x51\x02\x01\x00\x00", 12};
 };
 
-TEST_F(EventLogDoctorTest, StateOfTheFirmwaresLogIsTold) {
+TEST_F(EventLogDoctorTest, StateOfTheFirmwaresLogIsReported) {
     write(1, m_record + '\xff');
     EXPECT_THAT(found().rows, Contains("event log the firmware's 1 line"));
     EXPECT_EQ(found().exitCode, 0);
@@ -288,7 +290,7 @@ TEST_F(EventLogDoctorTest, StateOfTheFirmwaresLogIsTold) {
     EXPECT_THAT(found().advice, ElementsAre("To do:", clear));
 }
 
-TEST_F(EventLogDoctorTest, WhoeverMayNotReadTheLogIsTold) {
+TEST_F(EventLogDoctorTest, WhoeverMayNotReadTheLogIsReported) {
     write(1, m_record + '\xff');
     fs::permissions(m_entry / "raw", fs::perms::none);
     const ProgramEnd end = runWithoutPower({"doctor", "--chip", "linux"});

@@ -65,7 +65,7 @@ TEST_F(DoctorProgramTest, NothingIsToBeDoneWhereAllIsWell) {
                     "settings /etc/tarn/sensor.conf there is none: the defaults count", "", "Nothing is to be done."));
 }
 
-TEST_F(DoctorProgramTest, SimulatedTerminalIsToldAsOne) {
+TEST_F(DoctorProgramTest, SimulatedTerminalIsReportedAsOne) {
     const std::string scenario = m_directory.write("scenario.toml", TWO_SENSORS);
     const ProgramEnd end = runProgram({"doctor", "--scenario", scenario});
     EXPECT_EQ(end.exitCode, 0) << end.output;
@@ -109,7 +109,7 @@ TEST_F(DoctorProgramTest, SystemsLibraryIsSeenWhereItIsNotAsked) {
     EXPECT_THAT(linesOf(end.output), testing::Contains("provider TQS_NumericSensor 14 sensors"));
 }
 
-TEST_F(DoctorProgramTest, StartThatFailsIsToldWithItsErrors) {
+TEST_F(DoctorProgramTest, StartThatFailsIsReportedWithItsErrors) {
     const ProgramEnd end = runProgram({"doctor", "--chip", PLAIN_CHIP}, {"PLAIN_CHIP_FAILS=1"});
     EXPECT_EQ(end.exitCode, 1);
     EXPECT_THAT(end.output, HasSubstr("0 sensors; it answers 16 CMPI_RC_ERR_METHOD_NOT_AVAILABLE"));
@@ -120,7 +120,7 @@ TEST_F(DoctorProgramTest, StartThatFailsIsToldWithItsErrors) {
                           "own lines; docs/operations.md says what they mean\n"));
 }
 
-TEST_F(DoctorProgramTest, MistakesInTheSettingsAreToldByLine) {
+TEST_F(DoctorProgramTest, MistakesInTheSettingsAreReportedByLine) {
     sandbox::writeLogConfiguration("# a comment\nlevel=3\nLevel=9\n\nMaxLength\nLevel=3");
     sandbox::writeSensorConfiguration("NvmeReadings=yes\n");
     EXPECT_THAT(settingsRows(),

@@ -219,7 +219,7 @@ TEST_F(FollowProgramTest, LineThatCannotBeWrittenIsNotKeptAsShown) {
     EXPECT_EQ(shown({"a"}), "a\n");
 }
 
-TEST_F(FollowProgramTest, FailureOfTheServerIsToldOnceAndLosesNothing) {
+TEST_F(FollowProgramTest, FailureOfTheServerIsReportedOnceAndLosesNothing) {
     LogServer server;
     server.set({"a"});
     const pid_t process = startWithState(server.url());
@@ -235,7 +235,7 @@ TEST_F(FollowProgramTest, FailureOfTheServerIsToldOnceAndLosesNothing) {
     EXPECT_EQ(errors(), failure + "zelhost: the provider answers again\n");
 }
 
-TEST_F(FollowProgramTest, FailureOfTheProviderIsToldAndLosesNothing) {
+TEST_F(FollowProgramTest, FailureOfTheProviderIsReportedAndLosesNothing) {
     const std::string scenario = m_directory.write(
         "log.toml", scenarioWith({"a"}) + "[[fault]]\noperation = \"event-log\"\ncalls = 2\nstatus = 5\n");
     const ProgramEnd end = runProgram({"log", "--follow", "--count", "4", "--every", "0.1", "--scenario", scenario});
@@ -283,7 +283,7 @@ TEST_F(FollowProgramTest, StateThatCannotBeWrittenIsFoundBeforeALineIsShown) {
     EXPECT_EQ(end.errors, "zelhost: " + m_state + " cannot be written: No such file or directory\n");
 }
 
-TEST_F(FollowProgramTest, DirectoryOfTheStateThatGoesAndComesBackIsToldTwice) {
+TEST_F(FollowProgramTest, DirectoryOfTheStateThatGoesAndComesBackIsReportedTwice) {
     LogServer server;
     server.set({"a"});
     const pid_t process = startWithState(server.url());
