@@ -2,6 +2,7 @@
 // every sensor once, in order, as a plain reading of its numbers says; a failing one costs itself alone; no instances
 // are enumerated where a drive is; the source is restarted once in a round at most.
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <set>
@@ -123,8 +124,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Terminal terminal = takeTerminal(input);
     FakeSource source = sourceOf(terminal);
     RoundTiming::Clock::time_point now;
-    host::SensorRounds rounds(source, "root/cimv2",
-                              {[&now] { return now; }, [&now](RoundTiming::Clock::duration time) { now += time; }});
+    std::chrono::milliseconds setBack{0};
+    host::SensorRounds rounds(
+        source, "root/cimv2",
+        {[&now] { return now; }, [&now](RoundTiming::Clock::duration time) { now += time; },
+         [&] { return std::chrono::system_clock::time_point(now.time_since_epoch() - setBack); }});
     for (unsigned left = 3; left > 0; --left) {
         const bool wasDown = terminal.isDown;
         terminal.restarts = 0;
@@ -133,6 +137,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         holdRound(round, terminal, wasDown);
         // Sensors recover and fail only after the second in which the provider would show an old reading.
         now += std::chrono::milliseconds(1100);
+        if (input.choice(4) == 3) setBack += std::chrono::milliseconds(input.choice(2000));
         if (!terminal.places.empty())
             terminal.places[input.choice(static_cast<unsigned>(terminal.places.size()))].failure = CMPI_RC_OK;
         terminal.isDown = input.choice(8) == 7;

@@ -82,7 +82,7 @@ class Watch {
           m_style{output.charset(), isColoured(options.sensors.colouring, output)},
           m_waiting(options.format == Format::Table && output.isTerminal()),
           m_rounds(source, options.request.nameSpace,
-                   {Clock::now, [this](Clock::duration time) { waitInRound(time); }}) {
+                   {Clock::now, [this](Clock::duration time) { waitInRound(time); }, std::chrono::system_clock::now}) {
         if (options.format == Format::Table && output.isTerminal()) m_screen.emplace(output);
     }
 

@@ -21,7 +21,8 @@ using Clock = RoundTiming::Clock;
 // One round's requests.
 class SensorRounds::Asking {
   public:
-    explicit Asking(SensorRounds& rounds) : m_rounds(rounds), m_source(rounds.m_source), m_before(rounds.m_failures) {}
+    Asking(SensorRounds& rounds, bool hasRestarted)
+        : m_rounds(rounds), m_source(rounds.m_source), m_before(rounds.m_failures), m_hasRestarted(hasRestarted) {}
 
     Round round(const ChooseNames* choose) {
         m_names = ask([this] { return m_source.enumerateInstanceNames(m_rounds.m_classPath); });
@@ -85,7 +86,7 @@ class SensorRounds::Asking {
     Reply m_names;
     std::vector<std::string> m_nameTexts;  // of m_names
     Round m_round;
-    bool m_hasRestarted = false;
+    bool m_hasRestarted;
 };
 
 std::optional<broker::Status> firstFailure(const Round& round) {
@@ -105,30 +106,29 @@ Sensor sensorIn(const Reply& reply, const std::string& name) {
 }
 
 RoundTiming realTiming() {
-    return {Clock::now, [](Clock::duration time) { std::this_thread::sleep_for(time); }};
+    return {Clock::now, [](Clock::duration time) { std::this_thread::sleep_for(time); },
+            std::chrono::system_clock::now};
 }
 
 SensorRounds::SensorRounds(Source& source, const std::string& nameSpace, RoundTiming timing)
     : m_source(source), m_classPath{"", nameSpace, SENSOR_CLASS, {}}, m_timing(std::move(timing)) {}
 
 Round SensorRounds::next() {
-    restartAfterSetBack();
-    return Asking(*this).round(nullptr);
+    return Asking(*this, hasRestartedAfterSetBack()).round(nullptr);
 }
 
 Round SensorRounds::next(const ChooseNames& choose) {
-    restartAfterSetBack();
-    return Asking(*this).round(&choose);
+    return Asking(*this, hasRestartedAfterSetBack()).round(&choose);
 }
 
-void SensorRounds::restartAfterSetBack() {
+bool SensorRounds::hasRestartedAfterSetBack() {
     // More than clocks drift from each other between two rounds, and less than a reading may be old anyway.
     constexpr std::chrono::milliseconds tolerance(500);
     const Moment now{m_timing.now(), m_timing.timeOfDay()};
     const bool isSetBack =
         m_lastRound && (now.steady - m_lastRound->steady) - (now.ofDay - m_lastRound->ofDay) > tolerance;
     m_lastRound = now;
-    if (isSetBack) m_source.restart();
+    return isSetBack && m_source.restart();
 }
 
 }  // namespace host

@@ -31,7 +31,7 @@ struct RoundTiming {
     using Clock = std::chrono::steady_clock;
     std::function<Clock::time_point()> now;
     std::function<void(Clock::duration)> wait;
-    std::function<std::chrono::system_clock::time_point()> timeOfDay = std::chrono::system_clock::now;
+    std::function<std::chrono::system_clock::time_point()> timeOfDay;
 };
 RoundTiming realTiming();
 
@@ -74,7 +74,7 @@ class SensorRounds {
         RoundTiming::Clock::time_point steady;
         std::chrono::system_clock::time_point ofDay;
     };
-    void restartAfterSetBack();
+    bool hasRestartedAfterSetBack();
 
     Source& m_source;
     broker::ObjectPath m_classPath;

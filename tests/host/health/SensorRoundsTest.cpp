@@ -183,6 +183,16 @@ TEST_F(SensorRoundsTest, ClockThatIsSetBackRestartsTheSourceOnce) {
     EXPECT_THAT(takeAsked(), ElementsAre("names", "instances"));
 }
 
+TEST_F(SensorRoundsTest, RestartForTheClockIsTheOnlyOneInItsRound) {
+    m_rounds.next();
+    m_isDown = true;
+    m_isCuredByRestart = false;
+    m_offset -= milliseconds(501);
+    takeAsked();
+    EXPECT_EQ(m_rounds.next().status.rc, CMPI_RC_ERR_METHOD_NOT_AVAILABLE);
+    EXPECT_THAT(takeAsked(), ElementsAre("restart", "names"));
+}
+
 TEST_F(SensorRoundsTest, ClockThatIsSetForwardOrDriftsRestartsNothing) {
     for (const int change : {500, 3'600'000, -500, 0}) {
         m_offset += milliseconds(change);
