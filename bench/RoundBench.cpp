@@ -13,19 +13,12 @@ namespace {
 const broker::ObjectPath CLASS_PATH{"", "root/cimv2", "TQS_NumericSensor", {}};
 
 // A provider of so many sensors, none of which is due: the chip is not measured.
-host::Session& sessionOf(int sensors) {
-    static std::unique_ptr<host::Session> session;
-    static int count = 0;
-    if (count != sensors) {
-        timeval now{};
-        gettimeofday(&now, nullptr);
-        fakeclock::set(now);
-        playTerminal(sensors);
-        session.reset();
-        session = std::make_unique<host::Session>(PROVIDER_LIBRARY, "SensorProvider");
-        count = sensors;
-    }
-    return *session;
+host::Session sessionOf(const benchmark::State& state) {
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    fakeclock::set(now);
+    playTerminal(static_cast<int>(state.range(0)));
+    return {PROVIDER_LIBRARY, "SensorProvider"};
 }
 
 void require(const broker::Status& status, std::size_t answered, const benchmark::State& state) {
@@ -34,7 +27,8 @@ void require(const broker::Status& status, std::size_t answered, const benchmark
 }
 
 void model(benchmark::State& state) {
-    host::SensorRounds rounds(sessionOf(static_cast<int>(state.range(0))), "root/cimv2");
+    host::Session session = sessionOf(state);
+    host::SensorRounds rounds(session, "root/cimv2");
     for (auto _ : state) {
         const host::Round round = rounds.next();
         require(round.status, round.sensors.size(), state);
@@ -42,7 +36,7 @@ void model(benchmark::State& state) {
 }
 
 void requests(benchmark::State& state) {
-    host::Session& session = sessionOf(static_cast<int>(state.range(0)));
+    host::Session session = sessionOf(state);
     for (auto _ : state) {
         const broker::Reply names = session.enumerateInstanceNames(CLASS_PATH);
         const broker::Reply instances = session.enumerateInstances(CLASS_PATH);
