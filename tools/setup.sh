@@ -36,19 +36,28 @@ install_packages() {
     apt-get -qq install -y --no-install-recommends $missing >/dev/null || fail "apt-get could not install: $missing"
 }
 
+# first_known A|B: the first of these packages that the release has; the last where it has none.
+first_known() {
+    for each in $(printf '%s' "$1" | tr '|' ' '); do
+        ! apt-cache show "$each" >/dev/null 2>&1 || break
+    done
+    printf '%s\n' "$each"
+}
+
 # unpack_packages SECTION: has their files under build/programs and installs nothing. For packages of services, which
 # would run from then on.
 unpack_packages() {
     command -v apt-get >/dev/null || fail "no apt-get here; this is made for Debian 12 and 13"
-    for package in $(packages_of "$1"); do
-        [ ! -e "build/programs/$package.unpacked" ] || continue
-        say "Packages for '$1': unpacking $package under build/programs"
+    for entry in $(packages_of "$1"); do
+        [ ! -e "build/programs/$entry.unpacked" ] || continue
         mkdir -p build/programs
         [ "$(id -u)" != 0 ] || apt-get -qq update || fail "apt-get update failed; see above"
+        package=$(first_known "$entry")
+        say "Packages for '$1': unpacking $package under build/programs"
         (cd build/programs && rm -f "$package"_*.deb && apt-get -qq download "$package" 2>"$package.log") ||
             fail "apt-get could not download $package: $(cat "build/programs/$package.log")"
         dpkg -x build/programs/"$package"_*.deb build/programs || fail "$package could not be unpacked; see above"
-        touch "build/programs/$package.unpacked"
+        touch "build/programs/$entry.unpacked"
     done
 }
 
