@@ -54,7 +54,7 @@ step "lintian"
 # Other init systems have the commands, since zelhost runs under any of them; the sandbox is systemd's alone. Debian 13's
 # lintian does not ask for it any more.
 case $(lintian --print-version) in
-    2.116.*) suppressed=package-supports-alternative-init-but-no-init.d-script ;;
+    2.116.*) suppressed="package-supports-alternative-init-but-no-init.d-script" ;;
     *) suppressed= ;;
 esac
 lintian ${suppressed:+--suppress-tags "$suppressed"} --allow-root --display-info --fail-on error,warning,info "$provider" "$linux" "$simulator" "$host" "$metrics" ||
