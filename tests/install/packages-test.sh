@@ -51,13 +51,14 @@ host=$(ls "$work"/packages/zelhost_*.deb)
 metrics=$(ls "$work"/packages/zelsensors-metrics_*.deb)
 
 step "lintian"
-# Other init systems have the commands, since zelhost runs under any of them; the sandbox is systemd's alone. Debian 13's
-# lintian does not ask for it any more.
+# Other init systems have the commands, since zelhost runs under any of them; the sandbox is systemd's alone. Debian
+# 13's lintian does not ask for it any more.
 case $(lintian --print-version) in
     2.116.*) suppressed="package-supports-alternative-init-but-no-init.d-script" ;;
     *) suppressed= ;;
 esac
-lintian ${suppressed:+--suppress-tags "$suppressed"} --allow-root --display-info --fail-on error,warning,info "$provider" "$linux" "$simulator" "$host" "$metrics" ||
+lintian ${suppressed:+--suppress-tags "$suppressed"} --allow-root --display-info --fail-on error,warning,info \
+    "$provider" "$linux" "$simulator" "$host" "$metrics" ||
     fail "lintian has found something"
 
 step "What the packages hold"
