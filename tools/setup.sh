@@ -61,17 +61,20 @@ unpack_packages() {
     done
 }
 
+# configure PRESET: only the first time, afterwards Ninja does it where a CMake file has changed.
+configure() {
+    [ ! -f "build/$1/build.ninja" ] || return 0
+    mkdir -p build
+    cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
+        cat "build/configure-$1.log" >&2
+        fail "configuring preset '$1' failed; see above"
+    }
+}
+
 # build PRESET
 build() {
     say "Building, preset '$1' (build/$1)"
-    # The second time nothing is to be configured; Ninja does it itself where a CMake file has changed.
-    if [ ! -f "build/$1/build.ninja" ]; then
-        mkdir -p build
-        cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
-            cat "build/configure-$1.log" >&2
-            fail "configuring preset '$1' failed; see above"
-        }
-    fi
+    configure "$1"
     # On a terminal Ninja overwrites one line; elsewhere it would write one for each step.
     quiet=--quiet
     [ ! -t 1 ] || quiet=

@@ -5,22 +5,23 @@
 namespace broker {
 namespace {
 
-constexpr const char* TABLE = TABLE_OF<ArrayObject>;
+constexpr const char* ARRAY_TABLE = TABLE_OF<ArrayObject>;
 
 CMPICount getSize(const CMPIArray* self, CMPIStatus* status) {
     const auto* array = held<ArrayObject>(self);
-    return perform(array, {TABLE, "getSize"}, {}, status,
+    return perform(array, {ARRAY_TABLE, "getSize"}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(array->content.elements.size()); });
 }
 
 CMPIType getSimpleType(const CMPIArray* self, CMPIStatus* status) {
     const auto* array = held<ArrayObject>(self);
-    return perform(array, {TABLE, "getSimpleType"}, {}, status, [&](CMPIrc&) { return array->content.elementType; });
+    return perform(array, {ARRAY_TABLE, "getSimpleType"}, {}, status,
+                   [&](CMPIrc&) { return array->content.elementType; });
 }
 
 CMPIData getElementAt(const CMPIArray* self, CMPICount index, CMPIStatus* status) {
     const auto* array = held<ArrayObject>(self);
-    return perform(array, {TABLE, "getElementAt"}, {}, status, [&](CMPIrc& rc) {
+    return perform(array, {ARRAY_TABLE, "getElementAt"}, {}, status, [&](CMPIrc& rc) {
         const ArrayContent& content = array->content;
         // An array of chars is only handed out where chars stay what they are.
         if (index < content.elements.size()) {
@@ -58,7 +59,7 @@ CMPIrc setElementOf(ArrayObject& array, CMPICount index, const CMPIValue* value,
 template <typename Array>
 CMPIStatus setElementAt(Array* self, CMPICount index, const CMPIValue* value, CMPIType type) {
     auto* array = held<ArrayObject>(self);
-    return performStatus(array, {TABLE, "setElementAt"}, {nullptr, value, type},
+    return performStatus(array, {ARRAY_TABLE, "setElementAt"}, {nullptr, value, type},
                          [&] { return setElementOf(*array, index, value, type); });
 }
 

@@ -6,11 +6,11 @@
 namespace broker {
 namespace {
 
-constexpr const char* TABLE = "broker";
+constexpr const char* BROKER_TABLE = "broker";
 
 CMPIContext* prepareAttachThread(const CMPIBroker* mb, const CMPIContext* context) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "prepareAttachThread"}, {}, nullptr, [&](CMPIrc&) -> CMPIContext* {
+    return perform(state, {BROKER_TABLE, "prepareAttachThread"}, {}, nullptr, [&](CMPIrc&) -> CMPIContext* {
         if (context == nullptr || !state->hasMade(context)) return nullptr;
         return state->prepareThread(*held<ContextObject>(context));
     });
@@ -18,24 +18,24 @@ CMPIContext* prepareAttachThread(const CMPIBroker* mb, const CMPIContext* contex
 
 CMPIStatus attachThread(const CMPIBroker* mb, const CMPIContext* context) {
     Broker::State* state = stateOf(mb);
-    return performStatus(state, {TABLE, "attachThread"}, {}, [&] { return state->attachThread(context); });
+    return performStatus(state, {BROKER_TABLE, "attachThread"}, {}, [&] { return state->attachThread(context); });
 }
 
 CMPIStatus detachThread(const CMPIBroker* mb, const CMPIContext* context) {
     Broker::State* state = stateOf(mb);
-    return performStatus(state, {TABLE, "detachThread"}, {}, [&] { return state->detachThread(context); });
+    return performStatus(state, {BROKER_TABLE, "detachThread"}, {}, [&] { return state->detachThread(context); });
 }
 
 template <typename Answer>
 Answer refused(const CMPIBroker* mb, const char* function, CMPIStatus* status, const char* name = nullptr) {
-    return perform(stateOf(mb), {TABLE, function}, {name}, status, [](CMPIrc& rc) {
+    return perform(stateOf(mb), {BROKER_TABLE, function}, {name}, status, [](CMPIrc& rc) {
         rc = CMPI_RC_ERR_NOT_SUPPORTED;
         return Answer();
     });
 }
 
 CMPIStatus refusedStatus(const CMPIBroker* mb, const char* function, const char* name = nullptr) {
-    return performStatus(stateOf(mb), {TABLE, function}, {name}, [] { return CMPI_RC_ERR_NOT_SUPPORTED; });
+    return performStatus(stateOf(mb), {BROKER_TABLE, function}, {name}, [] { return CMPI_RC_ERR_NOT_SUPPORTED; });
 }
 
 CMPIStatus deliverIndication(const CMPIBroker* mb, const CMPIContext*, const char*, const CMPIInstance*) {

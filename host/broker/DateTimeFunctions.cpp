@@ -5,11 +5,11 @@
 namespace broker {
 namespace {
 
-constexpr const char* TABLE = TABLE_OF<DateTimeObject>;
+constexpr const char* DATE_TIME_TABLE = TABLE_OF<DateTimeObject>;
 
 CMPIUint64 getBinaryFormat(const CMPIDateTime* self, CMPIStatus* status) {
     const auto* dateTime = held<DateTimeObject>(self);
-    return perform(dateTime, {TABLE, "getBinaryFormat"}, {}, status, [&](CMPIrc& rc) {
+    return perform(dateTime, {DATE_TIME_TABLE, "getBinaryFormat"}, {}, status, [&](CMPIrc& rc) {
         const auto date = parseDate(dateTime->content);
         if (date && date->microseconds >= 0) return static_cast<CMPIUint64>(date->microseconds);
         rc = CMPI_RC_ERR_FAILED;  // before 1970: the binary form has no sign
@@ -19,13 +19,13 @@ CMPIUint64 getBinaryFormat(const CMPIDateTime* self, CMPIStatus* status) {
 
 CMPIString* getStringFormat(const CMPIDateTime* self, CMPIStatus* status) {
     const auto* dateTime = held<DateTimeObject>(self);
-    return perform(dateTime, {TABLE, "getStringFormat"}, {}, status,
+    return perform(dateTime, {DATE_TIME_TABLE, "getStringFormat"}, {}, status,
                    [&](CMPIrc&) { return dateTime->state.make<StringObject>(dateTime->content); });
 }
 
 CMPIBoolean isInterval(const CMPIDateTime* self, CMPIStatus* status) {
     const auto* dateTime = held<DateTimeObject>(self);
-    return perform(dateTime, {TABLE, "isInterval"}, {}, status, [&](CMPIrc&) {
+    return perform(dateTime, {DATE_TIME_TABLE, "isInterval"}, {}, status, [&](CMPIrc&) {
         const auto date = parseDate(dateTime->content);
         return static_cast<CMPIBoolean>(date && date->isInterval ? 1 : 0);
     });

@@ -13,11 +13,11 @@
 namespace broker {
 namespace {
 
-constexpr const char* TABLE = "broker";
+constexpr const char* ENCAPSULATION_TABLE = "broker";
 
 CMPIInstance* newInstance(const CMPIBroker* mb, const CMPIObjectPath* path, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newInstance"}, {}, status, [&](CMPIrc& rc) -> CMPIInstance* {
+    return perform(state, {ENCAPSULATION_TABLE, "newInstance"}, {}, status, [&](CMPIrc& rc) -> CMPIInstance* {
         if (path == nullptr || !state->hasMade(path)) {
             rc = CMPI_RC_ERR_INVALID_HANDLE;
             return nullptr;
@@ -30,7 +30,7 @@ CMPIInstance* newInstance(const CMPIBroker* mb, const CMPIObjectPath* path, CMPI
 
 CMPIObjectPath* newObjectPath(const CMPIBroker* mb, const char* nameSpace, const char* className, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newObjectPath"}, {className}, status, [&](CMPIrc&) {
+    return perform(state, {ENCAPSULATION_TABLE, "newObjectPath"}, {className}, status, [&](CMPIrc&) {
         PathContent content;
         if (nameSpace != nullptr) content.path.nameSpace = nameSpace;
         if (className != nullptr) content.path.className = className;
@@ -40,22 +40,23 @@ CMPIObjectPath* newObjectPath(const CMPIBroker* mb, const char* nameSpace, const
 
 CMPIArgs* newArgs(const CMPIBroker* mb, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newArgs"}, {}, status,
+    return perform(state, {ENCAPSULATION_TABLE, "newArgs"}, {}, status,
                    [&](CMPIrc&) { return state->make<ArgsObject>(NamedValues{}); });
 }
 
 CMPIString* newString(const CMPIBroker* mb, const char* text, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newString"}, textArgument(text), status, [&](CMPIrc& rc) -> CMPIString* {
-        if (text != nullptr) return state->make<StringObject>(std::string(text));
-        rc = CMPI_RC_ERR_INVALID_PARAMETER;
-        return nullptr;
-    });
+    return perform(state, {ENCAPSULATION_TABLE, "newString"}, textArgument(text), status,
+                   [&](CMPIrc& rc) -> CMPIString* {
+                       if (text != nullptr) return state->make<StringObject>(std::string(text));
+                       rc = CMPI_RC_ERR_INVALID_PARAMETER;
+                       return nullptr;
+                   });
 }
 
 CMPIArray* newArray(const CMPIBroker* mb, CMPICount size, CMPIType elementType, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newArray"}, {}, status, [&](CMPIrc& rc) -> CMPIArray* {
+    return perform(state, {ENCAPSULATION_TABLE, "newArray"}, {}, status, [&](CMPIrc& rc) -> CMPIArray* {
         Value element;
         rc = (elementType & CMPI_ARRAY) != 0 ? CMPI_RC_ERR_INVALID_DATA_TYPE
                                              : toModel(*state, nullptr, elementType, element);
@@ -72,7 +73,7 @@ CMPIDateTime* makeDate(Broker::State& state, const std::optional<std::string>& t
 
 CMPIDateTime* newDateTime(const CMPIBroker* mb, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newDateTime"}, {}, status, [&](CMPIrc& rc) {
+    return perform(state, {ENCAPSULATION_TABLE, "newDateTime"}, {}, status, [&](CMPIrc& rc) {
         const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
         const auto now = std::chrono::duration_cast<std::chrono::microseconds>(sinceEpoch).count();
         return makeDate(*state, formatDate(static_cast<std::uint64_t>(now), false), rc);
@@ -84,20 +85,20 @@ CMPIDateTime* newDateTimeFromBinary(const CMPIBroker* mb, CMPIUint64 microsecond
     Broker::State* state = stateOf(mb);
     CMPIValue argument{};
     argument.uint64 = microseconds;
-    return perform(state, {TABLE, "newDateTimeFromBinary"}, {nullptr, &argument, CMPI_uint64}, status,
+    return perform(state, {ENCAPSULATION_TABLE, "newDateTimeFromBinary"}, {nullptr, &argument, CMPI_uint64}, status,
                    [&](CMPIrc& rc) { return makeDate(*state, formatDate(microseconds, isInterval != 0), rc); });
 }
 
 CMPIDateTime* newDateTimeFromChars(const CMPIBroker* mb, const char* text, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "newDateTimeFromChars"}, textArgument(text), status, [&](CMPIrc& rc) {
+    return perform(state, {ENCAPSULATION_TABLE, "newDateTimeFromChars"}, textArgument(text), status, [&](CMPIrc& rc) {
         const bool isDate = text != nullptr && parseDate(text).has_value();
         return makeDate(*state, isDate ? std::optional<std::string>(text) : std::nullopt, rc);
     });
 }
 
 CMPISelectExp* newSelectExp(const CMPIBroker* mb, const char*, const char*, CMPIArray**, CMPIStatus* status) {
-    return perform(stateOf(mb), {TABLE, "newSelectExp"}, {}, status, [](CMPIrc& rc) -> CMPISelectExp* {
+    return perform(stateOf(mb), {ENCAPSULATION_TABLE, "newSelectExp"}, {}, status, [](CMPIrc& rc) -> CMPISelectExp* {
         rc = CMPI_RC_ERR_NOT_SUPPORTED;
         return nullptr;
     });
@@ -106,7 +107,7 @@ CMPISelectExp* newSelectExp(const CMPIBroker* mb, const char*, const char*, CMPI
 // Without a schema, a class is only itself.
 CMPIBoolean classPathIsA(const CMPIBroker* mb, const CMPIObjectPath* path, const char* className, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "classPathIsA"}, {className}, status, [&](CMPIrc& rc) {
+    return perform(state, {ENCAPSULATION_TABLE, "classPathIsA"}, {className}, status, [&](CMPIrc& rc) {
         rc = CMPI_RC_OK;
         if (path == nullptr || !state->hasMade(path)) {
             rc = CMPI_RC_ERR_INVALID_HANDLE;
@@ -154,7 +155,7 @@ std::string textOf(Broker::State& state, const void* object) {
 
 CMPIString* toString(const CMPIBroker* mb, const void* object, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "toString"}, {}, status, [&](CMPIrc& rc) -> CMPIString* {
+    return perform(state, {ENCAPSULATION_TABLE, "toString"}, {}, status, [&](CMPIrc& rc) -> CMPIString* {
         if (typeNameOf(*state, object) != nullptr) return state->make<StringObject>(textOf(*state, object));
         rc = CMPI_RC_ERR_INVALID_HANDLE;
         return nullptr;
@@ -163,7 +164,7 @@ CMPIString* toString(const CMPIBroker* mb, const void* object, CMPIStatus* statu
 
 CMPIBoolean isOfType(const CMPIBroker* mb, const void* object, const char* typeName, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "isOfType"}, {typeName}, status, [&](CMPIrc& rc) {
+    return perform(state, {ENCAPSULATION_TABLE, "isOfType"}, {typeName}, status, [&](CMPIrc& rc) {
         const char* actual = typeNameOf(*state, object);
         if (actual == nullptr) rc = CMPI_RC_ERR_INVALID_HANDLE;
         const bool isIt = actual != nullptr && typeName != nullptr && std::strcmp(actual, typeName) == 0;
@@ -173,7 +174,7 @@ CMPIBoolean isOfType(const CMPIBroker* mb, const void* object, const char* typeN
 
 CMPIString* getType(const CMPIBroker* mb, const void* object, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, "getType"}, {}, status, [&](CMPIrc& rc) -> CMPIString* {
+    return perform(state, {ENCAPSULATION_TABLE, "getType"}, {}, status, [&](CMPIrc& rc) -> CMPIString* {
         if (const char* name = typeNameOf(*state, object)) return state->make<StringObject>(std::string(name));
         rc = CMPI_RC_ERR_INVALID_HANDLE;
         return nullptr;
@@ -226,7 +227,7 @@ std::string filledIn(const std::string& text, const std::vector<std::string>& ar
 CMPIString* message(const CMPIBroker* mb, const char* function, const char* id, const char* text,
                     const std::vector<std::string>& arguments, CMPIStatus* status) {
     Broker::State* state = stateOf(mb);
-    return perform(state, {TABLE, function}, {id}, status, [&](CMPIrc& rc) -> CMPIString* {
+    return perform(state, {ENCAPSULATION_TABLE, function}, {id}, status, [&](CMPIrc& rc) -> CMPIString* {
         const char* pattern = text != nullptr ? text : id;
         if (pattern != nullptr) return state->make<StringObject>(filledIn(pattern, arguments));
         rc = CMPI_RC_ERR_INVALID_PARAMETER;
@@ -255,7 +256,8 @@ CMPIString* getMessage2(const CMPIBroker* mb, const char* id, CMPIMsgFileHandle,
 CMPIStatus refused(const CMPIBroker* mb, const char* function, const char* name, const char* text) {
     CallArgument argument = textArgument(text);
     argument.name = name;
-    return performStatus(stateOf(mb), {TABLE, function}, argument, [] { return CMPI_RC_ERR_NOT_SUPPORTED; });
+    return performStatus(stateOf(mb), {ENCAPSULATION_TABLE, function}, argument,
+                         [] { return CMPI_RC_ERR_NOT_SUPPORTED; });
 }
 
 // Editions of <cmpift.h> differ in the type of the second parameter; the templates suit both.
@@ -270,7 +272,7 @@ CMPIStatus trace(const CMPIBroker* mb, Level, const char* component, const char*
 
 CMPIError* newCMPIError(const CMPIBroker* mb, const char*, const char*, const char*, CMPIErrorSeverity,
                         CMPIErrorProbableCause, CMPIrc, CMPIStatus* status) {
-    return perform(stateOf(mb), {TABLE, "newCMPIError"}, {}, status, [](CMPIrc& rc) -> CMPIError* {
+    return perform(stateOf(mb), {ENCAPSULATION_TABLE, "newCMPIError"}, {}, status, [](CMPIrc& rc) -> CMPIError* {
         rc = CMPI_RC_ERR_NOT_SUPPORTED;
         return nullptr;
     });

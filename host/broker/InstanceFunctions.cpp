@@ -8,7 +8,7 @@
 namespace broker {
 namespace {
 
-constexpr const char* TABLE = TABLE_OF<InstanceObject>;
+constexpr const char* INSTANCE_TABLE = TABLE_OF<InstanceObject>;
 
 ValueOptions valueOptionsOf(const InstanceObject& instance) {
     return {instance.content.keepsTypes || instance.state.options.charsStayChars, false, CMPI_goodValue};
@@ -16,7 +16,7 @@ ValueOptions valueOptionsOf(const InstanceObject& instance) {
 
 CMPIData getProperty(const CMPIInstance* self, const char* name, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {TABLE, "getProperty"}, {name}, status, [&](CMPIrc& rc) {
+    return perform(instance, {INSTANCE_TABLE, "getProperty"}, {name}, status, [&](CMPIrc& rc) {
         return dataNamed(instance->state, findValue(instance->content.instance.properties, name),
                          valueOptionsOf(*instance), rc);
     });
@@ -24,7 +24,7 @@ CMPIData getProperty(const CMPIInstance* self, const char* name, CMPIStatus* sta
 
 CMPIData getPropertyAt(const CMPIInstance* self, CMPICount index, CMPIString** name, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {TABLE, "getPropertyAt"}, {}, status, [&](CMPIrc& rc) {
+    return perform(instance, {INSTANCE_TABLE, "getPropertyAt"}, {}, status, [&](CMPIrc& rc) {
         return dataAt(instance->state, instance->content.instance.properties, index, name, valueOptionsOf(*instance),
                       rc);
     });
@@ -32,7 +32,7 @@ CMPIData getPropertyAt(const CMPIInstance* self, CMPICount index, CMPIString** n
 
 CMPICount getPropertyCount(const CMPIInstance* self, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {TABLE, "getPropertyCount"}, {}, status,
+    return perform(instance, {INSTANCE_TABLE, "getPropertyCount"}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(instance->content.instance.properties.size()); });
 }
 
@@ -53,20 +53,20 @@ CMPIrc setPropertyOf(InstanceObject& instance, const char* name, const CMPIValue
 
 CMPIStatus setProperty(const CMPIInstance* self, const char* name, const CMPIValue* value, CMPIType type) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {TABLE, "setProperty"}, {name, value, type},
+    return performStatus(instance, {INSTANCE_TABLE, "setProperty"}, {name, value, type},
                          [&] { return setPropertyOf(*instance, name, value, type); });
 }
 
 CMPIStatus setPropertyWithOrigin(const CMPIInstance* self, const char* name, const CMPIValue* value, CMPIType type,
                                  const char*) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {TABLE, "setPropertyWithOrigin"}, {name, value, type},
+    return performStatus(instance, {INSTANCE_TABLE, "setPropertyWithOrigin"}, {name, value, type},
                          [&] { return setPropertyOf(*instance, name, value, type); });
 }
 
 CMPIObjectPath* getObjectPath(const CMPIInstance* self, CMPIStatus* status) {
     const auto* instance = held<InstanceObject>(self);
-    return perform(instance, {TABLE, "getObjectPath"}, {}, status, [&](CMPIrc&) {
+    return perform(instance, {INSTANCE_TABLE, "getObjectPath"}, {}, status, [&](CMPIrc&) {
         const InstanceContent& content = instance->content;
         return instance->state.make<PathObject>(PathContent{content.instance.path, content.keepsTypes});
     });
@@ -98,14 +98,14 @@ CMPIrc filterProperties(InstanceContent& content, const char* const* properties,
 template <typename Self>
 CMPIStatus setPropertyFilter(Self* self, const char** properties, const char** keys) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {TABLE, "setPropertyFilter"}, {},
+    return performStatus(instance, {INSTANCE_TABLE, "setPropertyFilter"}, {},
                          [&] { return filterProperties(instance->content, properties, keys); });
 }
 
 template <typename Self>
 CMPIStatus setObjectPath(Self* self, const CMPIObjectPath* path) {
     auto* instance = held<InstanceObject>(self);
-    return performStatus(instance, {TABLE, "setObjectPath"}, {}, [&] {
+    return performStatus(instance, {INSTANCE_TABLE, "setObjectPath"}, {}, [&] {
         if (path == nullptr || !instance->state.hasMade(path)) return CMPI_RC_ERR_INVALID_HANDLE;
         instance->content.instance.path = held<PathObject>(path)->content.path;
         return CMPI_RC_OK;

@@ -6,11 +6,11 @@
 namespace broker {
 namespace {
 
-constexpr const char* TABLE = TABLE_OF<PathObject>;
+constexpr const char* PATH_TABLE = TABLE_OF<PathObject>;
 
 CMPIString* getText(const CMPIObjectPath* self, const char* function, std::string ObjectPath::*part, CMPIStatus* rc) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {TABLE, function}, {}, rc,
+    return perform(path, {PATH_TABLE, function}, {}, rc,
                    [&](CMPIrc&) { return path->state.make<StringObject>(path->content.path.*part); });
 }
 
@@ -26,7 +26,7 @@ CMPIString* getClassName(const CMPIObjectPath* self, CMPIStatus* rc) {
 
 CMPIStatus setText(const CMPIObjectPath* self, const char* function, std::string ObjectPath::*part, const char* text) {
     auto* path = held<PathObject>(self);
-    return performStatus(path, {TABLE, function}, textArgument(text), [&] {
+    return performStatus(path, {PATH_TABLE, function}, textArgument(text), [&] {
         if (text == nullptr) return CMPI_RC_ERR_INVALID_PARAMETER;
         path->content.path.*part = text;
         return CMPI_RC_OK;
@@ -61,7 +61,7 @@ CMPIrc addKeyTo(PathObject& path, const char* name, const CMPIValue* value, CMPI
 template <typename Path>
 CMPIStatus addKey(Path* self, const char* name, const CMPIValue* value, CMPIType type) {
     auto* path = held<PathObject>(self);
-    return performStatus(path, {TABLE, "addKey"}, {name, value, type},
+    return performStatus(path, {PATH_TABLE, "addKey"}, {name, value, type},
                          [&] { return addKeyTo(*path, name, value, type); });
 }
 
@@ -73,27 +73,27 @@ ValueOptions valueOptionsOf(const PathObject& path) {
 
 CMPIData getKey(const CMPIObjectPath* self, const char* name, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {TABLE, "getKey"}, {name}, status, [&](CMPIrc& rc) {
+    return perform(path, {PATH_TABLE, "getKey"}, {name}, status, [&](CMPIrc& rc) {
         return dataNamed(path->state, findValue(path->content.path.keys, name), valueOptionsOf(*path), rc);
     });
 }
 
 CMPIData getKeyAt(const CMPIObjectPath* self, CMPICount index, CMPIString** name, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {TABLE, "getKeyAt"}, {}, status, [&](CMPIrc& rc) {
+    return perform(path, {PATH_TABLE, "getKeyAt"}, {}, status, [&](CMPIrc& rc) {
         return dataAt(path->state, path->content.path.keys, index, name, valueOptionsOf(*path), rc);
     });
 }
 
 CMPICount getKeyCount(const CMPIObjectPath* self, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {TABLE, "getKeyCount"}, {}, status,
+    return perform(path, {PATH_TABLE, "getKeyCount"}, {}, status,
                    [&](CMPIrc&) { return static_cast<CMPICount>(path->content.path.keys.size()); });
 }
 
 CMPIStatus copyNameSpace(const CMPIObjectPath* self, const CMPIObjectPath* from, const char* function, bool withHost) {
     auto* path = held<PathObject>(self);
-    return performStatus(path, {TABLE, function}, {}, [&] {
+    return performStatus(path, {PATH_TABLE, function}, {}, [&] {
         if (from == nullptr || !path->state.hasMade(from)) return CMPI_RC_ERR_INVALID_HANDLE;
         const ObjectPath& source = held<PathObject>(from)->content.path;
         path->content.path.nameSpace = source.nameSpace;
@@ -114,7 +114,7 @@ CMPIStatus setHostAndNameSpaceFromObjectPath(Path* self, const CMPIObjectPath* f
 
 // This broker has no schema, so no qualifiers.
 CMPIData noQualifier(const CMPIObjectPath* self, const char* function, const char* qualifier, CMPIStatus* status) {
-    return perform(held<PathObject>(self), {TABLE, function}, {qualifier}, status, [](CMPIrc& rc) {
+    return perform(held<PathObject>(self), {PATH_TABLE, function}, {qualifier}, status, [](CMPIrc& rc) {
         rc = CMPI_RC_ERR_NOT_SUPPORTED;
         return missingData();
     });
@@ -135,7 +135,7 @@ CMPIData getParameterQualifier(const CMPIObjectPath* self, const char*, const ch
 
 CMPIString* pathToString(const CMPIObjectPath* self, CMPIStatus* status) {
     const auto* path = held<PathObject>(self);
-    return perform(path, {TABLE, "toString"}, {}, status,
+    return perform(path, {PATH_TABLE, "toString"}, {}, status,
                    [&](CMPIrc&) { return path->state.make<StringObject>(rendered(path->content.path)); });
 }
 

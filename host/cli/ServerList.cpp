@@ -9,6 +9,7 @@
 
 #include "cli/Failure.h"
 #include "source/ServerUrl.h"
+#include "text/Blanks.h"
 #include "text/Utf8.h"
 
 namespace host {
@@ -17,10 +18,7 @@ namespace {
 using Warning = std::function<void(const std::string&)>;
 
 std::string withoutComment(const std::string& line) {
-    constexpr const char* blanks = " \t\r";
-    const std::string text = line.substr(0, line.find('#'));
-    const std::size_t begin = text.find_first_not_of(blanks);
-    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+    return std::string(withoutBlanks(std::string_view(line).substr(0, line.find('#'))));
 }
 
 // What stands before an '@' may be a password.

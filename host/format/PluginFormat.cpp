@@ -71,13 +71,13 @@ PluginState stateOf(const Sensor& sensor, const PluginRules& rules) {
     return stateFor(sensor.state.severity, rules);
 }
 
-struct Problem {
+struct PluginProblem {
     PluginState state;
     std::string summary;  // in the first line
     std::string detail;   // in a line of its own
 };
 
-Problem problemOf(const Sensor& sensor, const PluginRules& rules) {
+PluginProblem problemOf(const Sensor& sensor, const PluginRules& rules) {
     const std::string name = printable(sensor.name);
     const PluginState state = stateOf(sensor, rules);
     if (!sensor.reading) return {state, name + " no reading", name + ": no reading; " + printable(sensor.reason)};
@@ -88,14 +88,14 @@ Problem problemOf(const Sensor& sensor, const PluginRules& rules) {
             name + ": " + reading + ", " + sensor.stateWord() + "; " + limits};
 }
 
-Problem failureOf(const std::string& what, const broker::Status& status) {
+PluginProblem failureOf(const std::string& what, const broker::Status& status) {
     const std::string text = what + ": the provider answered " + statusText(status);
     return {PluginState::Unknown, text, text};
 }
 
 // The worst first.
-std::vector<Problem> problemsIn(const PluginFindings& findings, const PluginRules& rules) {
-    std::vector<Problem> problems;
+std::vector<PluginProblem> problemsIn(const PluginFindings& findings, const PluginRules& rules) {
+    std::vector<PluginProblem> problems;
     const Round& round = findings.round;
     if (round.status.rc != CMPI_RC_OK) {
         problems.push_back(failureOf("names", round.status));
@@ -115,7 +115,7 @@ std::vector<Problem> problemsIn(const PluginFindings& findings, const PluginRule
         const std::string text = "event log: " + findings.eventLog->text();
         problems.push_back({PluginState::Warning, text, text});
     }
-    std::stable_sort(problems.begin(), problems.end(), [](const Problem& left, const Problem& right) {
+    std::stable_sort(problems.begin(), problems.end(), [](const PluginProblem& left, const PluginProblem& right) {
         return gravityOf(left.state) > gravityOf(right.state);
     });
     return problems;
@@ -129,7 +129,7 @@ std::string countsOf(const PluginFindings& findings) {
     return text;
 }
 
-std::string summaryOf(const std::vector<Problem>& problems, const PluginFindings& findings) {
+std::string summaryOf(const std::vector<PluginProblem>& problems, const PluginFindings& findings) {
     if (problems.empty()) return countsOf(findings);
     std::string text;
     for (std::size_t i = 0; i < std::min(problems.size(), IN_FIRST_LINE); ++i) {
@@ -176,11 +176,11 @@ std::string performanceOf(const PluginFindings& findings, const PluginRules& rul
 }  // namespace
 
 PluginAnswer pluginAnswer(const PluginFindings& findings, const PluginRules& rules, Charset charset) {
-    const std::vector<Problem> problems = problemsIn(findings, rules);
+    const std::vector<PluginProblem> problems = problemsIn(findings, rules);
     const PluginState state = problems.empty() ? PluginState::Ok : problems.front().state;
     const auto shown = [charset](const std::string& text) { return withoutBars(shownIn(charset, text)); };
     std::string text = shown(firstLine(state, summaryOf(problems, findings))) + performanceOf(findings, rules) + '\n';
-    for (const Problem& problem : problems) {
+    for (const PluginProblem& problem : problems) {
         text += shown(std::string("[") + wordOf(problem.state) + "] " + problem.detail) + '\n';
     }
     if (!findings.note.empty()) text += shown(findings.note) + '\n';

@@ -11,8 +11,6 @@
 namespace host {
 namespace {
 
-using Json = nlohmann::json;
-
 // Version 1 of the shape; see docs/json.md for what counts as another.
 constexpr int FORMAT_VERSION = 1;
 
@@ -33,7 +31,7 @@ class Members {
 };
 
 std::string jsonOf(const std::string& text) {
-    return Json(text).dump(-1, ' ', true, Json::error_handler_t::replace);
+    return nlohmann::json(text).dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
 }
 
 std::string textOrNull(const std::string& text) {

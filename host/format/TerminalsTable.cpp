@@ -11,8 +11,8 @@
 namespace host {
 namespace {
 
-constexpr std::size_t SHORTEST_NAME = 12;  // names are not cut further
-enum Place : std::size_t { ServerPlace, StatePlace, SensorPlace, ReadingPlace, ProblemsPlace };
+constexpr std::size_t SHORTEST_SENSOR = 12;  // names are not cut further
+enum Column : std::size_t { ServerColumn, WorstStateColumn, WorstSensorColumn, WorstReadingColumn, ProblemsColumn };
 
 using Row = std::vector<std::string>;
 
@@ -36,11 +36,11 @@ bool hasLine(const Terminal& terminal) {
 }
 
 std::vector<std::string> linesOf(const std::vector<Row>& rows, Charset charset) {
-    TextTable table({{rows[0][ServerPlace]},
-                     {rows[0][StatePlace]},
-                     {rows[0][SensorPlace]},
-                     {rows[0][ReadingPlace], Align::Right},
-                     {rows[0][ProblemsPlace], Align::Right}},
+    TextTable table({{rows[0][ServerColumn]},
+                     {rows[0][WorstStateColumn]},
+                     {rows[0][WorstSensorColumn]},
+                     {rows[0][WorstReadingColumn], Align::Right},
+                     {rows[0][ProblemsColumn], Align::Right}},
                     charset);
     for (std::size_t i = 1; i < rows.size(); ++i) table.add(rows[i]);
     return table.lines();
@@ -55,16 +55,16 @@ std::size_t widest(const std::vector<std::string>& lines) {
 // The lines, their names cut by what the widest has too much.
 std::vector<std::string> fittingLines(std::vector<Row> rows, const TableLayout& layout) {
     constexpr const char* dots = "...";
-    for (Row& row : rows) row[SensorPlace] = shownIn(layout.charset, row[SensorPlace]);
+    for (Row& row : rows) row[WorstSensorColumn] = shownIn(layout.charset, row[WorstSensorColumn]);
     std::vector<std::string> lines = linesOf(rows, layout.charset);
     const std::size_t width = widest(lines);
     if (layout.columns == 0 || width <= layout.columns) return lines;
     std::size_t longest = 0;
-    for (const Row& row : rows) longest = std::max(longest, columnsOf(row[SensorPlace]));
+    for (const Row& row : rows) longest = std::max(longest, columnsOf(row[WorstSensorColumn]));
     const std::size_t excess = width - layout.columns;
-    const std::size_t columns = std::max(longest > excess ? longest - excess : 0, SHORTEST_NAME);
+    const std::size_t columns = std::max(longest > excess ? longest - excess : 0, SHORTEST_SENSOR);
     for (Row& row : rows) {
-        std::string& name = row[SensorPlace];
+        std::string& name = row[WorstSensorColumn];
         if (columnsOf(name) > columns) name = cutToColumns(name, columns - columnsOf(dots)) + dots;
     }
     return linesOf(rows, layout.charset);

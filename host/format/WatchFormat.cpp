@@ -9,12 +9,12 @@
 namespace host {
 namespace {
 
-constexpr std::size_t GAP = 2;            // between columns
-constexpr std::size_t BAR_CELLS = 24;     // where there is room
+constexpr std::size_t COLUMN_GAP = 2;     // between columns
+constexpr std::size_t MOST_CELLS = 24;    // where there is room
 constexpr std::size_t FEWEST_CELLS = 8;   // narrower bars show nothing
 constexpr std::size_t BRACKETS = 2;       // around a bar
 constexpr std::size_t SHORT_NAME = 12;    // names are cut so far before anything goes
-constexpr std::size_t SHORTEST_NAME = 4;  // then so far
+constexpr std::size_t LAST_NAME = 4;      // then so far
 constexpr std::size_t LINES_FOR_ALL = 9;  // with fewer, head and titles are left out
 constexpr const char* DOTS = "...";
 constexpr const char* LIMITS_TITLE = "Between its limits";
@@ -49,7 +49,7 @@ std::vector<std::string> wrapped(std::string text, std::size_t columns, std::siz
     return lines;
 }
 
-struct Row {
+struct SensorRow {
     std::string name;
     std::string reading;  // with its unit
     std::string number;   // without; "-" for none
@@ -58,7 +58,7 @@ struct Row {
     const Sensor* sensor;
 };
 
-Row rowOf(const Sensor& sensor, Charset charset) {
+SensorRow sensorRowOf(const Sensor& sensor, Charset charset) {
     const auto shown = [charset](const std::string& text) { return shownIn(charset, text); };
     return {shown(printable(sensor.name)),        shown(sensor.withUnit(sensor.reading)),
             shown(sensor.scaled(sensor.reading)), sensor.stateWord(),
@@ -72,20 +72,20 @@ struct Widths {
     std::size_t last = 0;  // bars and reasons
 };
 
-Widths widestOf(const std::vector<Row>& rows) {
+Widths widestOf(const std::vector<SensorRow>& rows) {
     Widths widest{columnsOf("Sensor"), columnsOf("Reading"), columnsOf("State"), columnsOf(LIMITS_TITLE)};
-    for (const Row& row : rows) {
+    for (const SensorRow& row : rows) {
         widest.name = std::max(widest.name, columnsOf(row.name));
         widest.reading = std::max(widest.reading, columnsOf(row.reading));
         widest.state = std::max(widest.state, columnsOf(row.state));
-        widest.last = std::max(widest.last, row.reason.empty() ? BAR_CELLS + BRACKETS : columnsOf(row.reason));
+        widest.last = std::max(widest.last, row.reason.empty() ? MOST_CELLS + BRACKETS : columnsOf(row.reason));
     }
     return widest;
 }
 
 Widths fitted(const Widths& widest, std::size_t columns) {
-    const std::size_t bar = BAR_CELLS + BRACKETS;
-    const std::size_t withBar = widest.reading + widest.state + 3 * GAP;
+    const std::size_t bar = MOST_CELLS + BRACKETS;
+    const std::size_t withBar = widest.reading + widest.state + 3 * COLUMN_GAP;
     if (columns == 0) return widest;
     if (std::min(widest.name, SHORT_NAME) + withBar + bar <= columns) {
         const std::size_t name = std::min(widest.name, columns - withBar - bar);
@@ -95,9 +95,9 @@ Widths fitted(const Widths& widest, std::size_t columns) {
     if (shortName + withBar + FEWEST_CELLS + BRACKETS <= columns) {
         return {shortName, widest.reading, widest.state, columns - withBar - shortName};
     }
-    const std::size_t shortestName = std::min(widest.name, SHORTEST_NAME);
+    const std::size_t shortestName = std::min(widest.name, LAST_NAME);
     for (const std::size_t state : {widest.state, std::size_t{0}}) {
-        const std::size_t others = widest.reading + GAP + (state == 0 ? 0 : state + GAP);
+        const std::size_t others = widest.reading + COLUMN_GAP + (state == 0 ? 0 : state + COLUMN_GAP);
         if (others + shortestName <= columns) {
             return {std::min(widest.name, columns - others), widest.reading, state, 0};
         }
@@ -105,16 +105,16 @@ Widths fitted(const Widths& widest, std::size_t columns) {
     return {0, std::min(widest.reading, columns), 0, 0};
 }
 
-std::string readingIn(std::size_t columns, const Row& row) {
+std::string readingIn(std::size_t columns, const SensorRow& row) {
     std::string text = row.reading;
     if (columnsOf(text) > columns) text = row.number;
     if (columnsOf(text) > columns) text = std::string(columns, '#');
     return std::string(columns - columnsOf(text), ' ') + text;
 }
 
-std::string lastIn(std::size_t columns, const Row& row) {
+std::string lastIn(std::size_t columns, const SensorRow& row) {
     if (!row.reason.empty()) return cutAtWord(row.reason, columns);
-    const std::size_t cells = std::min(columns, BAR_CELLS + BRACKETS) - BRACKETS;
+    const std::size_t cells = std::min(columns, MOST_CELLS + BRACKETS) - BRACKETS;
     return limitsBar(*row.sensor, cells);
 }
 
@@ -133,7 +133,7 @@ struct Cells {
 };
 
 std::string joined(const Cells& cells, const Widths& widths, bool movesCursor) {
-    const std::string gap(GAP, ' ');
+    const std::string gap(COLUMN_GAP, ' ');
     std::string line;
     if (widths.name > 0) line += padded(cutWithDots(cells.name, widths.name), widths.name, movesCursor) + gap;
     line += cells.reading;
@@ -143,7 +143,7 @@ std::string joined(const Cells& cells, const Widths& widths, bool movesCursor) {
     return line;
 }
 
-std::string lineOf(const Row& row, const Widths& widths, bool movesCursor, const WatchStyle& style) {
+std::string lineOf(const SensorRow& row, const Widths& widths, bool movesCursor, const WatchStyle& style) {
     const std::string last = widths.last > 0 ? lastIn(widths.last, row) : "";
     std::string line = joined({row.name, readingIn(widths.reading, row), row.state, last}, widths, movesCursor);
     if (!style.isColoured) return line;
@@ -192,7 +192,7 @@ class Painter {
   public:
     Painter(const WatchRound& round, PictureSize size, const WatchStyle& style)
         : m_round(round), m_size(size), m_style(style), m_isShort(size.lines > 0 && size.lines < LINES_FOR_ALL) {
-        for (const Sensor& sensor : round.round.sensors) m_rows.push_back(rowOf(sensor, style.charset));
+        for (const Sensor& sensor : round.round.sensors) m_rows.push_back(sensorRowOf(sensor, style.charset));
         m_widths = fitted(widestOf(m_rows), size.columns);
     }
 
@@ -239,7 +239,7 @@ class Painter {
     }
 
     void sortWorstFirst() {
-        std::stable_sort(m_rows.begin(), m_rows.end(), [](const Row& left, const Row& right) {
+        std::stable_sort(m_rows.begin(), m_rows.end(), [](const SensorRow& left, const SensorRow& right) {
             return left.sensor->gravity() > right.sensor->gravity();
         });
     }
@@ -248,7 +248,7 @@ class Painter {
     PictureSize m_size;
     const WatchStyle& m_style;
     bool m_isShort;
-    std::vector<Row> m_rows;
+    std::vector<SensorRow> m_rows;
     Widths m_widths;
 };
 

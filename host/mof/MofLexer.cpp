@@ -12,9 +12,6 @@ namespace {
 constexpr std::string_view BYTE_ORDER_MARK = "\xef\xbb\xbf";
 constexpr std::size_t SHOWN_COLUMNS = 40;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 bool isWordStart(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }

@@ -6,11 +6,12 @@
 #include <system_error>
 
 namespace mof {
-namespace {
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
+
+namespace {
 
 std::optional<Literal> integerIn(std::string_view digits, int base, bool isNegative) {
     Literal literal;

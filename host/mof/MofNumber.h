@@ -9,6 +9,9 @@
 
 namespace mof {
 
+// 0 to 9, in any locale.
+bool isDigit(char c);
+
 // A number as MOF writes it: 12, -12, 0x1F, 017, 101b, 1.5, -.5e+3. Nothing where it is no number, or an integer of
 // more than 64 bits, or a real beyond what a double holds.
 std::optional<Literal> numberIn(std::string_view text);

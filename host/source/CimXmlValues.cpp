@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "broker/Names.h"
+#include "text/Blanks.h"
 #include "text/Utf8.h"
 
 namespace host {
@@ -34,13 +35,6 @@ unsigned bitsOf(CMPIType type) {
         default:
             return 64;
     }
-}
-
-std::string_view withoutBlanks(std::string_view text) {
-    constexpr const char* blanks = " \t\r\n";
-    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
-    text.remove_prefix(begin);
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
 // All of the text, decimal or after 0x.

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "text/Blanks.h"
 #include "text/Utf8.h"
 
 namespace host {
@@ -19,12 +20,6 @@ constexpr std::size_t LARGEST_BODY = std::size_t{32} << 20;
 constexpr std::size_t MOST_HEADER_BYTES = std::size_t{1} << 20;
 
 constexpr const char* NOTHING_CAME = "ended the connection without an answer; does this port want https?";
-
-std::string_view withoutBlanks(std::string_view text) {
-    constexpr const char* blanks = " \t\r\n";
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
 
 void startCurl() {
     static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);

@@ -126,13 +126,6 @@ TEST_F(EventLogFilesTest, ShortageAndOtherFailuresHaveTheirStatuses) {
     }
 }
 
-// The descriptor that the next file gets.
-int nextDescriptor() {
-    const int descriptor = dup(STDERR_FILENO);
-    close(descriptor);
-    return descriptor;
-}
-
 TEST_F(EventLogFilesTest, ReadThatFailsIsAFailure) {
     const std::string reason =
         withSystemCallRefused(SYS_read, nextDescriptor(), ENXIO, [this] { EXPECT_EQ(status(), 0xE1000007U); });

@@ -79,13 +79,6 @@ TEST_F(LostSensorsTest, OtherSensorsAreReadAsEver) {
     EXPECT_EQ(valueOf(*chip, handles[1]), 30000);
 }
 
-// The descriptor that the next file gets.
-int nextDescriptor() {
-    const int descriptor = dup(STDERR_FILENO);
-    close(descriptor);
-    return descriptor;
-}
-
 TEST_F(LostSensorsTest, ErrorsOfTheDriverAreReadsThatFail) {
     addLm75(0, 0x48, "25500");
     for (const int error : {EIO, ENXIO, ENODEV, ENODATA, EAGAIN, ETIMEDOUT}) {

@@ -17,17 +17,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned FAR_MORE_THAN_THERE_ARE = 1000;
+constexpr unsigned MORE_CALLS_THAN_THERE_ARE = 1000;
 
 // Calls `attempt(n, error)` for n = 1, 2, ... until it answers that the call did not come. How many calls came.
 template <typename Attempt>
 unsigned atEveryCall(const FailingFunction& failing, Attempt attempt) {
-    for (unsigned nth = 1; nth < FAR_MORE_THAN_THERE_ARE; ++nth)
+    for (unsigned nth = 1; nth < MORE_CALLS_THAN_THERE_ARE; ++nth)
         for (const int error : failing.errors) {
             SCOPED_TRACE(testing::Message() << failing.name << " number " << nth << " fails with " << error);
             if (!attempt(nth, error) || testing::Test::HasFatalFailure()) return nth - 1;
         }
-    return FAR_MORE_THAN_THERE_ARE;
+    return MORE_CALLS_THAN_THERE_ARE;
 }
 
 class FailureCallsTest : public FaultyStartTest {};

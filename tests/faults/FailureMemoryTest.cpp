@@ -9,7 +9,7 @@
 namespace {
 
 constexpr Shortage SHORTAGES[] = {Shortage::OneAllocation, Shortage::AllFromThere};
-constexpr unsigned FAR_MORE_THAN_THERE_ARE = 5000;
+constexpr unsigned MORE_ALLOCATIONS_THAN_THERE_ARE = 5000;
 
 const char* wordOf(Shortage shortage) {
     return shortage == Shortage::OneAllocation ? "allocation alone" : "allocation and all after it";
@@ -19,12 +19,12 @@ const char* wordOf(Shortage shortage) {
 template <typename Attempt>
 void atEveryAllocation(Attempt attempt, Shortage shortage) {
     unsigned nth = 1;
-    for (; nth < FAR_MORE_THAN_THERE_ARE; ++nth) {
+    for (; nth < MORE_ALLOCATIONS_THAN_THERE_ARE; ++nth) {
         SCOPED_TRACE(testing::Message() << nth << ". " << wordOf(shortage));
         if (!attempt(nth, shortage) || testing::Test::HasFatalFailure()) break;
     }
     EXPECT_GT(nth, 2U) << "nothing failed";
-    EXPECT_LT(nth, FAR_MORE_THAN_THERE_ARE);
+    EXPECT_LT(nth, MORE_ALLOCATIONS_THAN_THERE_ARE);
 }
 
 // All of it twice: what is kept for ever is there after the first time.

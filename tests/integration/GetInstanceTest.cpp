@@ -9,8 +9,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr char UNKNOWN_EXCEPTION[] = "Error SensorProvider::getInstance -  Unknown Exception";
-constexpr char NONE_FOUND[] = "Debug SensorProvider::getInstance - No instance found";
+constexpr char UNKNOWN_EXCEPTION_IN_GET[] = "Error SensorProvider::getInstance -  Unknown Exception";
+constexpr char NO_SUCH_INSTANCE[] = "Debug SensorProvider::getInstance - No instance found";
 
 std::string opening(const std::string& className) {
     return "Debug SensorProvider::getInstance - Object path: class = " + className + ", namespace = root/cimv2";
@@ -139,7 +139,7 @@ TEST_F(GetInstanceTest, UnknownNameIsAPlainFailure) {
         for (const std::string name : {"cpu(00000001)", "CPU(00000001) ", "CPU"}) {
             takeLog();
             expectFailure(loaded.provider.getInstance(namedPath(SENSOR_CLASS, name)));
-            EXPECT_THAT(takeLastLog(3), ElementsAre(nameLine(name), nameLine(name), NONE_FOUND));
+            EXPECT_THAT(takeLastLog(3), ElementsAre(nameLine(name), nameLine(name), NO_SUCH_INSTANCE));
         }
     });
 }
@@ -150,7 +150,7 @@ TEST_F(GetInstanceTest, WithoutSensorsTheKeyIsNotLookedAt) {
         LoadedProvider loaded;
         takeLog();
         expectFailure(loaded.provider.getInstance(classPath(SENSOR_CLASS)));
-        EXPECT_THAT(takeLastLog(2), ElementsAre(opening(SENSOR_CLASS), NONE_FOUND));
+        EXPECT_THAT(takeLastLog(2), ElementsAre(opening(SENSOR_CLASS), NO_SUCH_INSTANCE));
     });
 }
 
@@ -174,7 +174,7 @@ TEST_F(GetInstanceTest, FailedReadingFindsNothing) {
         EXPECT_THAT(takeLastLog(3),
                     ElementsAre("Error SensorProvider::UpdateReading - failed to read sensor 0x00000001, "
                                 "sscode=0x00000007",
-                                UNKNOWN_EXCEPTION, NONE_FOUND));
+                                UNKNOWN_EXCEPTION_IN_GET, NO_SUCH_INSTANCE));
         EXPECT_THAT(propertyOf(loaded.provider.getInstance(cpu), "CurrentReading"), ElementsAre("50"));
     });
 }
@@ -198,7 +198,7 @@ TEST_F(GetInstanceTest, GivesTheEventLogReadAnew) {
         expectFailure(loaded.provider.getInstance(path));
         EXPECT_THAT(takeLastLog(3), ElementsAre("Error SensorProvider::GetSystemEventLog - failed to get log "
                                                 "information, sscode=0x00000bad",
-                                                UNKNOWN_EXCEPTION, NONE_FOUND));
+                                                UNKNOWN_EXCEPTION_IN_GET, NO_SUCH_INSTANCE));
         EXPECT_EQ(loaded.provider.getInstance(path).instances, reply.instances);
     });
 }
@@ -208,7 +208,7 @@ TEST_F(GetInstanceTest, EventLogOfAnotherNameIsNotFoundAndNotRead) {
         LoadedProvider loaded;
         takeLog();
         expectFailure(loaded.provider.getInstance(namedPath(LOG_CLASS, "quorvel POS System Event Log")));
-        EXPECT_THAT(takeLastLog(2), ElementsAre(nameLine("quorvel POS System Event Log"), NONE_FOUND));
+        EXPECT_THAT(takeLastLog(2), ElementsAre(nameLine("quorvel POS System Event Log"), NO_SUCH_INSTANCE));
     });
 }
 
@@ -218,7 +218,7 @@ class OddKeyTest : public GetInstanceTest {
     static void expectRefused(LoadedProvider& loaded, const broker::ObjectPath& path) {
         takeLog();
         expectFailure(loaded.provider.getInstance(path));
-        EXPECT_THAT(takeLastLog(3), ElementsAre(opening(path.className), UNKNOWN_EXCEPTION, NONE_FOUND));
+        EXPECT_THAT(takeLastLog(3), ElementsAre(opening(path.className), UNKNOWN_EXCEPTION_IN_GET, NO_SUCH_INSTANCE));
     }
 
     // The same with a path whose getKey answers this.
@@ -241,7 +241,7 @@ class OddKeyTest : public GetInstanceTest {
             const CMPIStatus status = mi->ft->getInstance(mi, request.context(), request.result(), path, nullptr);
             EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
             EXPECT_EQ(request.reply().doneCalls, 1U);
-            EXPECT_THAT(takeLastLog(3), ElementsAre(opening(className), UNKNOWN_EXCEPTION, NONE_FOUND));
+            EXPECT_THAT(takeLastLog(3), ElementsAre(opening(className), UNKNOWN_EXCEPTION_IN_GET, NO_SUCH_INSTANCE));
         }
     }
 
@@ -322,7 +322,7 @@ TEST_F(OddKeyTest, EmptyTextIsAnUnknownName) {
         LoadedProvider loaded;
         takeLog();
         expectFailure(loaded.provider.getInstance(namedPath(SENSOR_CLASS, broker::Value::ofText("", CMPI_chars))));
-        EXPECT_THAT(takeLastLog(3), ElementsAre(nameLine(""), nameLine(""), NONE_FOUND));
+        EXPECT_THAT(takeLastLog(3), ElementsAre(nameLine(""), nameLine(""), NO_SUCH_INSTANCE));
     });
 }
 

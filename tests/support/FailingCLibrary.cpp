@@ -7,6 +7,7 @@
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdarg>
@@ -93,6 +94,12 @@ bool FailingCall::hasCome() const {
 
 std::optional<int> lastSetfdFlags() {
     return s_setfdFlags;
+}
+
+int nextDescriptor() {
+    const int descriptor = dup(STDERR_FILENO);
+    close(descriptor);
+    return descriptor;
 }
 
 std::string withSystemCallRefused(long systemCall, int descriptor, int error, const std::function<void()>& action) {

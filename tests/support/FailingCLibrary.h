@@ -47,4 +47,7 @@ std::optional<int> lastSetfdFlags();
 // behind the C library's back. Gives why it cannot be done; empty when it was done.
 std::string withSystemCallRefused(long systemCall, int descriptor, int error, const std::function<void()>& action);
 
+// The descriptor that the next file gets.
+int nextDescriptor();
+
 #endif

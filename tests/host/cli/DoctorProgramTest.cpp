@@ -47,7 +47,7 @@ class DoctorProgramTest : public testing::Test {
     TemporaryDirectory m_directory;
 };
 
-const std::string SIMULATED_CHIP = fs::path(CHIP).lexically_normal();
+const std::string SIMULATED_LIBRARY = fs::path(CHIP).lexically_normal();
 const std::string LINUX_CHIP = (fs::path(CHIP).parent_path() / "../chiplinux/libzelchip.so.0").lexically_normal();
 
 TEST_F(DoctorProgramTest, NothingIsToBeDoneWhereAllIsWell) {
@@ -58,7 +58,7 @@ TEST_F(DoctorProgramTest, NothingIsToBeDoneWhereAllIsWell) {
         linesOf(end.output),
         ElementsAre("About Which Found", std::string("chip library " PLAIN_CHIP " it answers"),
                     "chip library " + LINUX_CHIP + " it is not asked; --chip linux asks it",
-                    "chip library " + SIMULATED_CHIP + " it is not asked; --chip simulated asks it",
+                    "chip library " + SIMULATED_LIBRARY + " it is not asked; --chip simulated asks it",
                     "provider TQS_NumericSensor 1 sensor", "provider TQS_SystemEventLog 1 line, not valid",
                     "log /var/log/tarn/tarn.log it is made when the first line comes",
                     "settings /etc/tarn/log.conf there is none: the defaults count",
@@ -70,7 +70,7 @@ TEST_F(DoctorProgramTest, SimulatedTerminalIsReportedAsOne) {
     const ProgramEnd end = runProgram({"doctor", "--scenario", scenario});
     EXPECT_EQ(end.exitCode, 0) << end.output;
     const auto lines = linesOf(end.output);
-    EXPECT_EQ(lines.at(1), "chip library " + SIMULATED_CHIP + " it answers; its terminal is simulated");
+    EXPECT_EQ(lines.at(1), "chip library " + SIMULATED_LIBRARY + " it answers; its terminal is simulated");
     EXPECT_THAT(lines, testing::Contains("scenario " + scenario + " it is played"));
     EXPECT_THAT(lines, testing::Contains("log - that of a simulated terminal is kept in memory"));
     EXPECT_FALSE(fs::exists("/var/log/tarn/tarn.log"));

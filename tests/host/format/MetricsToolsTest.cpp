@@ -40,7 +40,7 @@ constexpr const char* NODE_EXPORTER = PROGRAMS "/usr/bin/prometheus-node-exporte
 #define REQUIRE_PROGRAM(path) \
     if (!fs::exists(path)) GTEST_SKIP() << "SKIPPED: there is no " << path << "; ./check unpacks it"
 
-MetricsRound roundOf(const std::vector<broker::Instance>& sensors) {
+MetricsRound smallRoundOf(const std::vector<broker::Instance>& sensors) {
     MetricsRound round;
     for (const broker::Instance& sensor : sensors) round.sensors.sensors.push_back(Sensor::of(sensor));
     round.eventLog.log = EventLog{true, false, {"a"}};
@@ -73,13 +73,13 @@ std::vector<NamedPage> pages() {
     odd.push_back(sensorNamed(std::string(10240, '"')));
     std::vector<broker::Instance> units;
     for (unsigned short unit = 0; unit < 70; ++unit) units.push_back(sensorNamed(std::to_string(unit), unit));
-    MetricsRound failed = roundOf({});
+    MetricsRound failed = smallRoundOf({});
     failed.sensors.status.rc = failed.eventLog.status.rc = CMPI_RC_ERR_FAILED;
     failed.eventLog.log.reset();
-    return {{"thousand", metricsText(roundOf(thousand)), 1000},
-            {"odd", metricsText(roundOf(odd)), odd.size()},
-            {"units", metricsText(roundOf(units)), units.size()},
-            {"none", metricsText(roundOf({})), 0},
+    return {{"thousand", metricsText(smallRoundOf(thousand)), 1000},
+            {"odd", metricsText(smallRoundOf(odd)), odd.size()},
+            {"units", metricsText(smallRoundOf(units)), units.size()},
+            {"none", metricsText(smallRoundOf({})), 0},
             {"failed", metricsText(failed), 0}};
 }
 
