@@ -131,7 +131,6 @@ def terminal(families, number, times, full, extra=None):
         points = [(time, reading_at(number, sensor, 1 - (times[-1] - time) / 86400)) for time in times]
         if full or family == 'temperature':
             families.add(READING[family], {**own, **({'unit': ''} if family == 'value' else {})}, points)
-        # As the terminal does: a cover that is open reaches its threshold and is not past it.
         families.add('zelsensors_sensor_severity', own, [(times[-1], severity_of(points[-1][1], limits))])
 
 
