@@ -96,7 +96,7 @@ def start(children):
     while not os.path.exists(stopped) and time.monotonic() < end:
         time.sleep(.1)
     pages.stop_one()
-    return prometheus_port, (teller, prometheus)
+    return prometheus_port, [teller, prometheus, *pages.programs.values()]
 
 
 def main():
@@ -111,7 +111,7 @@ def main():
         say('The rules are those of fleet/prometheus, twenty times as quick. What Alertmanager tells comes here; Ctrl-C ends.')
         while not asked_to_end.wait(1):
             if any(server.poll() is not None for server in servers):
-                raise RuntimeError(f'a server has ended; see the logs in {DIRECTORY}')
+                raise RuntimeError(f'a program has ended; see the logs in {DIRECTORY}')
     except (RuntimeError, OSError) as error:
         if not asked_to_end.is_set():
             print(f'try: {error}', file=sys.stderr)

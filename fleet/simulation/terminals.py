@@ -33,7 +33,7 @@ def scenario_of(kind, variant, healthy):
     text = re.sub(r'middle = 38, amplitude = 3', f'middle = {38 + shift}, amplitude = 3', text)
     text = re.sub(r'start = 52, step = 2, min = 46, max = 61', f'start = {52 + shift}, step = 2, min = {46 + shift}, max = {61 + shift}', text)
     if kind == 'full':
-        text = text.replace('[event-log]', '[event-log]\nfull = true', 1)
+        text = re.sub(r'^full = false', 'full = true', text, flags=re.M)
     if kind == 'open':
         head, cover = text.split('name = "Cabinet Cover"', 1)
         text = head + 'name = "Cabinet Cover"' + re.sub(r'^reading = .*$', 'reading = 1', cover, count=1, flags=re.M)
@@ -75,7 +75,7 @@ class Pages:
 
     def stop_one(self):
         """Ends the program of the terminals whose program is to be found stopped; the page stays, as after a crash."""
-        self.programs['stopped', 0].kill()
+        self.programs.pop(('stopped', 0)).kill()
 
 
 class Exporters(http.server.ThreadingHTTPServer):

@@ -190,4 +190,4 @@ if __name__ == '__main__':
         if not os.access(os.path.join(PROGRAMS, 'usr/bin', program), os.X_OK):
             print(f'SKIPPED: no {program} under build/programs; ./check --all unpacks it')
             sys.exit(77)
-    unittest.main(verbosity=2)
+    unittest.main(verbosity=2, failfast=True)
