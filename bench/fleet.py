@@ -8,6 +8,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import urllib.request
 
 SOURCE, ZELHOST = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
 sys.path[:0] = [os.path.join(SOURCE, 'fleet/simulation'), os.path.join(SOURCE, 'tests/fleet')]
@@ -15,7 +16,8 @@ import browser  # noqa: E402
 import servers  # noqa: E402
 
 INTERVAL_S = 30
-WINDOW_S = 120
+EVALUATION_S = 30
+WINDOW_S = 90  # whole rounds of both
 # In a process of its own, so that its work is not counted.
 EXPORTERS = '''
 import os, sys, time
@@ -54,45 +56,81 @@ def own(prometheus):
     return values
 
 
+def window(prometheus):
+    """Per second of some rounds: samples and processor time."""
+    before, cpu, began = own(prometheus), cpu_s(prometheus.process.pid), time.monotonic()
+    time.sleep(WINDOW_S)
+    after, seconds = own(prometheus), time.monotonic() - began
+    name = 'prometheus_tsdb_head_samples_appended_total'
+    return {
+        'samples': (after[name] - before[name]) / seconds,
+        'cpu': (cpu_s(prometheus.process.pid) - cpu) / seconds,
+    }
+
+
+def page(prometheus):
+    """Queries of the overview; milliseconds from the last answer, and from the start of all, to the drawn page."""
+    chromium = browser.Browser(1400, 1000)
+    try:
+        drawing, whole = [], []
+        for _ in range(5):
+            chromium.open(prometheus.page)
+            chromium.wait('performance.getEntriesByName("overview").length')
+            drawing.append(chromium.evaluate('performance.getEntriesByName("overview")[0].duration'))
+            whole.append(chromium.evaluate('performance.getEntriesByName("drawn")[0].startTime'))
+        queries = len([url for url in chromium.requests if '/api/' in url])
+        return [queries, f'{sorted(drawing)[2]:.0f}', f'{sorted(whole)[2]:.0f}']
+    finally:
+        chromium.close()
+
+
 def measure(count):
     directory = tempfile.mkdtemp(prefix='zelsensors-bench-')
-    exporters = subprocess.Popen([sys.executable, '-B', '-c', EXPORTERS, SOURCE, ZELHOST, directory, str(count)], stdin=subprocess.PIPE)
+    exporters = subprocess.Popen(
+        [sys.executable, '-B', '-c', EXPORTERS, SOURCE, ZELHOST, directory, str(count)], stdin=subprocess.PIPE
+    )
     prometheus = None
     try:
         targets = os.path.join(directory, 'targets.json')
         servers.wait_for(lambda: os.path.exists(targets), 'the exporters')
-        prometheus = servers.Prometheus(SOURCE, directory, evaluation='30s', change=lambda rules: rules, configuration=f'''
+        prometheus = servers.Prometheus(
+            SOURCE,
+            directory,
+            evaluation=f'{EVALUATION_S}s',
+            change=lambda rules: rules,
+            configuration=f'''
 scrape_configs:
   - job_name: terminals
     scrape_interval: {INTERVAL_S}s
     sample_limit: 500
     file_sd_configs: [{{files: [targets.json]}}]
     metric_relabel_configs: [{{source_labels: [__name__], regex: 'zelsensors_.+|node_textfile_.+', action: keep}}]
-''')
-        servers.wait_for(lambda: len(prometheus.query('instance:zelsensors_state')) == count, 'all terminals in the rules')
-        before, cpu, began = own(prometheus), cpu_s(prometheus.process.pid), time.monotonic()
-        time.sleep(WINDOW_S)
-        after, seconds = own(prometheus), time.monotonic() - began
-        rounds = after['prometheus_rule_group_iterations_total'] - before['prometheus_rule_group_iterations_total']
-        rules = after['prometheus_rule_group_duration_seconds_sum'] - before['prometheus_rule_group_duration_seconds_sum']
-        groups = 2
-        print(f'{count}\t{after["prometheus_tsdb_head_series"]:.0f}\t'
-              f'{(after["prometheus_tsdb_head_samples_appended_total"] - before["prometheus_tsdb_head_samples_appended_total"]) / seconds:.0f}\t'
-              f'{(cpu_s(prometheus.process.pid) - cpu) / seconds * 100:.0f}\t{memory_mb(prometheus.process.pid):.0f}\t'
-              f'{rules / (rounds / groups):.2f}\t', end='', flush=True)
-        chromium = browser.Browser(1400, 1000)
-        try:
-            times = []
-            for _ in range(5):
-                chromium.open(prometheus.page)
-                chromium.wait('performance.getEntriesByName("overview").length')
-                times.append(chromium.evaluate('performance.getEntriesByName("overview")[0].duration + "/" + performance.getEntriesByName("drawn")[0].startTime'))
-            queries = len([url for url in chromium.requests if '/api/' in url])
-            drawing = sorted(float(text.split('/')[0]) for text in times)
-            whole = sorted(float(text.split('/')[1]) for text in times)
-            print(f'{queries}\t{drawing[2]:.0f}\t{whole[2]:.0f}', flush=True)
-        finally:
-            chromium.close()
+''',
+        )
+        servers.wait_for(
+            lambda: len(prometheus.query('instance:zelsensors_state')) == count, 'all terminals in the rules'
+        )
+        with_rules = window(prometheus)
+        values = own(prometheus)
+        chromium_figures = page(prometheus)
+        # Without rules: what the processor then has less to do is theirs.
+        configuration = os.path.join(directory, 'prometheus.yml')
+        with open(configuration, encoding='utf-8') as file:
+            text = file.read()
+        with open(configuration, 'w', encoding='utf-8') as file:
+            file.write(''.join(line for line in text.splitlines(True) if not line.startswith('rule_files')))
+        urllib.request.urlopen(urllib.request.Request(prometheus.url + '/-/reload', method='POST')).close()
+        without_rules = window(prometheus)
+        figures = [
+            count,
+            f'{values["prometheus_tsdb_head_series"]:.0f}',
+            f'{with_rules["samples"]:.0f}',
+            f'{with_rules["cpu"] * 100:.0f}',
+            f'{memory_mb(prometheus.process.pid):.0f}',
+            f'{(with_rules["cpu"] - without_rules["cpu"]) * EVALUATION_S:.2f}',
+            *chromium_figures,
+        ]
+        print(*figures, sep='\t', flush=True)
     finally:
         if prometheus:
             prometheus.close()

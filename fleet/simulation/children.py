@@ -30,7 +30,10 @@ def alertmanager(unpacked):
     if os.path.exists('/usr/share/prometheus/alertmanager/default.tmpl'):
         return [program]
     as_root = [] if os.geteuid() == 0 else ['--map-root-user']
-    script = 'mount -t overlay overlay -o "lowerdir=$0/usr/share:/usr/share" /usr/share && exec setpriv --pdeathsig TERM "$@"'
+    script = (
+        'mount -t overlay overlay -o "lowerdir=$0/usr/share:/usr/share" /usr/share && '
+        'exec setpriv --pdeathsig TERM "$@"'
+    )
     return ['unshare', '--mount', *as_root, 'sh', '-c', script, unpacked, program]
 
 
@@ -47,8 +50,15 @@ class Children:
             libc.prctl(PR_SET_PDEATHSIG, signal.SIGTERM)
 
         with open(log, 'ab') as output:
-            child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
-                                     start_new_session=True, preexec_fn=end_with_parent, **options)
+            child = subprocess.Popen(
+                command,
+                stdin=subprocess.DEVNULL,
+                stdout=output,
+                stderr=output,
+                start_new_session=True,
+                preexec_fn=end_with_parent,
+                **options
+            )
         self.running.append(child)
         return child
 

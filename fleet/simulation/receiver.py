@@ -12,8 +12,10 @@ def lines_of(message):
     yield f'--- {"shop " + group if group else "no shop"}: {firing} firing, {len(message["alerts"]) - firing} resolved'
     for alert in message['alerts']:
         labels, annotations = alert['labels'], alert.get('annotations', {})
-        yield (f'{"FIRING  " if alert["status"] == "firing" else "resolved"} {labels.get("severity", ""):8} '
-               f'{labels.get("alertname", "")}: {annotations.get("summary", "")}. {annotations.get("description", "")}')
+        yield (
+            f'{"FIRING  " if alert["status"] == "firing" else "resolved"} {labels.get("severity", ""):8} '
+            f'{labels.get("alertname", "")}: {annotations.get("summary", "")}. {annotations.get("description", "")}'
+        )
 
 
 def printable(text):

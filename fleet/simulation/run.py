@@ -45,9 +45,13 @@ def configure(alertmanager_port, receiver_port):
     for name in ('zelsensors-recording.yml', 'zelsensors-alerting.yml'):
         write('rules/' + name, quick(read('prometheus', name)))
     prometheus = read('prometheus/prometheus.yml').replace('127.0.0.1:9093', f'127.0.0.1:{alertmanager_port}')
-    prometheus = prometheus.replace('scrape_interval: 60s', 'scrape_interval: 5s').replace('evaluation_interval: 30s', 'evaluation_interval: 5s')
+    prometheus = prometheus.replace('scrape_interval: 60s', 'scrape_interval: 5s').replace(
+        'evaluation_interval: 30s', 'evaluation_interval: 5s'
+    )
     write('prometheus.yml', prometheus.replace('global:\n', 'global:\n  scrape_timeout: 5s\n'))
-    alertmanager = read('alertmanager/alertmanager.yml').replace('http://127.0.0.1:9095/', f'http://127.0.0.1:{receiver_port}/')
+    alertmanager = read('alertmanager/alertmanager.yml').replace(
+        'http://127.0.0.1:9095/', f'http://127.0.0.1:{receiver_port}/'
+    )
     alertmanager = re.sub(r'^ *active_time_intervals:.*\n', '', alertmanager, flags=re.M)
     alertmanager = re.sub(r'group_wait: .*', 'group_wait: 5s', alertmanager)
     write('alertmanager.yml', re.sub(r'group_interval: .*', 'group_interval: 10s', alertmanager))
@@ -64,7 +68,7 @@ def wait_until_ready(url, child, log):
         except OSError:
             if time.monotonic() > end:
                 raise RuntimeError(f'{url} is not answered; see {log}') from None
-        time.sleep(.1)
+        time.sleep(0.1)
 
 
 def start(children):
@@ -79,22 +83,35 @@ def start(children):
     alertmanager_port, prometheus_port = free_port(9093), free_port(9090)
     configure(alertmanager_port, receiver.server_port)
     log = os.path.join(DIRECTORY, 'alertmanager.log')
-    teller = children.start([
-        *alertmanager(os.path.join(SOURCE, 'build/programs')), '--config.file=' + os.path.join(DIRECTORY, 'alertmanager.yml'),
-        '--storage.path=' + os.path.join(DIRECTORY, 'alertmanager'), f'--web.listen-address=127.0.0.1:{alertmanager_port}',
-        '--cluster.listen-address='], log)
+    teller = children.start(
+        [
+            *alertmanager(os.path.join(SOURCE, 'build/programs')),
+            '--config.file=' + os.path.join(DIRECTORY, 'alertmanager.yml'),
+            '--storage.path=' + os.path.join(DIRECTORY, 'alertmanager'),
+            f'--web.listen-address=127.0.0.1:{alertmanager_port}',
+            '--cluster.listen-address=',
+        ],
+        log,
+    )
     wait_until_ready(f'http://127.0.0.1:{alertmanager_port}/-/ready', teller, log)
     log = os.path.join(DIRECTORY, 'prometheus.log')
-    prometheus = children.start([
-        os.path.join(PROGRAMS, 'prometheus'), '--config.file=' + os.path.join(DIRECTORY, 'prometheus.yml'),
-        '--storage.tsdb.path=' + os.path.join(DIRECTORY, 'prometheus'), f'--web.listen-address=127.0.0.1:{prometheus_port}',
-        '--web.console.templates=' + os.path.join(SOURCE, 'fleet/page'), '--web.console.libraries=' + os.path.join(SOURCE, 'fleet/page')], log)
+    prometheus = children.start(
+        [
+            os.path.join(PROGRAMS, 'prometheus'),
+            '--config.file=' + os.path.join(DIRECTORY, 'prometheus.yml'),
+            '--storage.tsdb.path=' + os.path.join(DIRECTORY, 'prometheus'),
+            f'--web.listen-address=127.0.0.1:{prometheus_port}',
+            '--web.console.templates=' + os.path.join(SOURCE, 'fleet/page'),
+            '--web.console.libraries=' + os.path.join(SOURCE, 'fleet/page'),
+        ],
+        log,
+    )
     wait_until_ready(f'http://127.0.0.1:{prometheus_port}/-/ready', prometheus, log)
     # Its page has to be written once before its program stops.
     stopped = pages.path(next(number for number in range(TERMINALS) if 'stopped' in (pages.path(number) or '')))
     end = time.monotonic() + START_S
     while not os.path.exists(stopped) and time.monotonic() < end:
-        time.sleep(.1)
+        time.sleep(0.1)
     pages.stop_one()
     return prometheus_port, [teller, prometheus, *pages.programs.values()]
 
@@ -108,7 +125,9 @@ def main():
         port, servers = start(children)
         say(f'{TERMINALS} simulated terminals in {TERMINALS // 10} shops. Open')
         say(f'    http://127.0.0.1:{port}/consoles/terminals.html')
-        say('The rules are those of fleet/prometheus, twenty times as quick. What Alertmanager tells comes here; Ctrl-C ends.')
+        say(
+            'The rules are those of fleet/prometheus, twenty times as quick. What Alertmanager tells comes here; Ctrl-C ends.'
+        )
         while not asked_to_end.wait(1):
             if any(server.poll() is not None for server in servers):
                 raise RuntimeError(f'a program has ended; see the logs in {DIRECTORY}')

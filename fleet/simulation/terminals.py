@@ -13,7 +13,16 @@ VARIANTS = 16  # healthy terminals that differ
 SHOP_SIZE = 10
 
 # Of 60 terminals these have trouble; the others are healthy. The terminals of shop 8 are all gone.
-KINDS = {4: 'overheating', 15: 'dying', 22: 'gone', 31: 'driverless', 38: 'full', 43: 'open', 50: 'silent', 57: 'stopped'}
+KINDS = {
+    4: 'overheating',
+    15: 'dying',
+    22: 'gone',
+    31: 'driverless',
+    38: 'full',
+    43: 'open',
+    50: 'silent',
+    57: 'stopped',
+}
 GONE_SHOP = 8
 
 
@@ -31,7 +40,11 @@ def scenario_of(kind, variant, healthy):
     # Each terminal is somewhat warmer or colder than the others.
     shift = variant % 8 - 3
     text = re.sub(r'middle = 38, amplitude = 3', f'middle = {38 + shift}, amplitude = 3', text)
-    text = re.sub(r'start = 52, step = 2, min = 46, max = 61', f'start = {52 + shift}, step = 2, min = {46 + shift}, max = {61 + shift}', text)
+    text = re.sub(
+        r'start = 52, step = 2, min = 46, max = 61',
+        f'start = {52 + shift}, step = 2, min = {46 + shift}, max = {61 + shift}',
+        text,
+    )
     if kind == 'full':
         text = re.sub(r'^full = false', 'full = true', text, flags=re.M)
     if kind == 'open':
@@ -53,7 +66,8 @@ class Pages:
         self.directory = directory
         self.programs = {}
         for kind, variant in [('healthy', number) for number in range(VARIANTS)] + [
-                (kind, VARIANTS) for kind in ('overheating', 'dying', 'driverless', 'full', 'open', 'stopped')]:
+            (kind, VARIANTS) for kind in ('overheating', 'dying', 'driverless', 'full', 'open', 'stopped')
+        ]:
             own = os.path.join(directory, f'{kind}-{variant % VARIANTS}')
             os.makedirs(own)
             scenario = os.path.join(own, 'scenario.toml')
@@ -63,15 +77,27 @@ class Pages:
                 with open(scenario, 'w', encoding='utf-8') as file:
                     file.write(scenario_of(kind, variant, healthy))
             self.programs[kind, variant % VARIANTS] = children.start(
-                [zelhost, 'metrics', '--scenario', scenario, '--every', every, '--to', os.path.join(own, 'zelsensors.prom')],
-                os.path.join(own, 'zelhost.log'))
+                [
+                    zelhost,
+                    'metrics',
+                    '--scenario',
+                    scenario,
+                    '--every',
+                    every,
+                    '--to',
+                    os.path.join(own, 'zelsensors.prom'),
+                ],
+                os.path.join(own, 'zelhost.log'),
+            )
 
     def path(self, number):
         """Where the page of this terminal is; of one without a page, none."""
         kind = kind_of(number)
         if kind == 'silent':
             return None
-        return os.path.join(self.directory, f'{kind}-{number % VARIANTS if kind == "healthy" else 0}', 'zelsensors.prom')
+        return os.path.join(
+            self.directory, f'{kind}-{number % VARIANTS if kind == "healthy" else 0}', 'zelsensors.prom'
+        )
 
     def stop_one(self):
         """Ends the program of the terminals whose program is to be found stopped; the page stays, as after a crash."""
@@ -80,6 +106,7 @@ class Pages:
 
 class Exporters(http.server.ThreadingHTTPServer):
     """Answers /terminals/N as the node_exporter of terminal N would, of which only the textfile collector is asked."""
+
     request_queue_size = 512
     daemon_threads = True
 
@@ -90,9 +117,17 @@ class Exporters(http.server.ThreadingHTTPServer):
 
     def write_targets(self, path, count):
         """For file_sd_configs: instance, shop, and the path here in place of a host."""
-        targets = [{'targets': [f'127.0.0.1:{self.server_port}'],
-                    'labels': {'instance': name_of(number) + ':9100', 'shop': f'{number // SHOP_SIZE:04}',
-                               '__metrics_path__': f'/terminals/{number}'}} for number in range(count)]
+        targets = [
+            {
+                'targets': [f'127.0.0.1:{self.server_port}'],
+                'labels': {
+                    'instance': name_of(number) + ':9100',
+                    'shop': f'{number // SHOP_SIZE:04}',
+                    '__metrics_path__': f'/terminals/{number}',
+                },
+            }
+            for number in range(count)
+        ]
         with open(path, 'w', encoding='utf-8') as file:
             json.dump(targets, file)
 
@@ -114,8 +149,10 @@ class Exporter(http.server.BaseHTTPRequestHandler):
                 with open(path, encoding='utf-8') as file:
                     content = file.read()
                     written = os.fstat(file.fileno()).st_mtime
-                page += content + ('# TYPE node_textfile_mtime_seconds gauge\n'
-                                   f'node_textfile_mtime_seconds{{file="/run/zelsensors/zelsensors.prom"}} {written}\n')
+                page += content + (
+                    '# TYPE node_textfile_mtime_seconds gauge\n'
+                    f'node_textfile_mtime_seconds{{file="/run/zelsensors/zelsensors.prom"}} {written}\n'
+                )
         except FileNotFoundError:
             pass
         data = page.encode()
@@ -127,3 +164,9 @@ class Exporter(http.server.BaseHTTPRequestHandler):
 
     def log_message(self, *arguments):
         pass
+
+    def handle(self):
+        try:
+            super().handle()
+        except ConnectionError:
+            pass  # Prometheus has gone first

@@ -32,7 +32,9 @@ class Webhook(http.server.BaseHTTPRequestHandler):
         message = json.loads(self.rfile.read(int(self.headers['Content-Length'])))
         with self.server.lock:
             for alert in message['alerts']:
-                self.server.told.append((alert['status'], alert['labels']['alertname'], alert['labels'].get('instance')))
+                self.server.told.append(
+                    (alert['status'], alert['labels']['alertname'], alert['labels'].get('instance'))
+                )
         self.send_response(200)
         self.end_headers()
 
@@ -57,8 +59,13 @@ class Terminal:
         self.exporter = servers.Program(self.directory, 'node_exporter', self.exporter_command, '/metrics')
 
     def exporter_command(self, port):
-        return [os.path.join(PROGRAMS, 'usr/bin/prometheus-node-exporter'), f'--web.listen-address=127.0.0.1:{port}',
-                '--collector.disable-defaults', '--collector.textfile', '--collector.textfile.directory=' + self.pages]
+        return [
+            os.path.join(PROGRAMS, 'usr/bin/prometheus-node-exporter'),
+            f'--web.listen-address=127.0.0.1:{port}',
+            '--collector.disable-defaults',
+            '--collector.textfile',
+            '--collector.textfile.directory=' + self.pages,
+        ]
 
     def play(self, kind):
         """Starts zelhost anew on a terminal of this kind."""
@@ -69,8 +76,12 @@ class Terminal:
         with open(scenario, 'w', encoding='utf-8') as file:
             file.write(scenario_of(kind, 0, self.healthy))
         with open(os.path.join(self.directory, 'zelhost.log'), 'ab') as log:
-            self.zelhost = subprocess.Popen([ZELHOST, 'metrics', '--scenario', scenario, '--every', '0.5', '--to', self.page],
-                                            stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+            self.zelhost = subprocess.Popen(
+                [ZELHOST, 'metrics', '--scenario', scenario, '--every', '0.5', '--to', self.page],
+                stdin=subprocess.DEVNULL,
+                stdout=log,
+                stderr=log,
+            )
 
     def close(self):
         self.zelhost.kill()
@@ -102,34 +113,57 @@ class AlertsTest(unittest.TestCase):
         cls.addClassCleanup(cls.neighbour.close)
         cls.addClassCleanup(cls.terminal.close)
         with open(os.path.join(SOURCE, 'fleet/alertmanager/alertmanager.yml'), encoding='utf-8') as file:
-            configuration = file.read().replace('http://127.0.0.1:9095/', f'http://127.0.0.1:{cls.webhook.server_port}/')
+            configuration = file.read().replace(
+                'http://127.0.0.1:9095/', f'http://127.0.0.1:{cls.webhook.server_port}/'
+            )
         configuration = re.sub(r'^ *active_time_intervals:.*\n', '', configuration, flags=re.M)
         configuration = re.sub(r'group_(wait|interval): .*', r'group_\1: 1s', configuration)
         path = os.path.join(cls.directory, 'alertmanager.yml')
         with open(path, 'w', encoding='utf-8') as file:
             file.write(configuration)
-        cls.alertmanager = servers.Program(cls.directory, 'alertmanager', lambda port: [
-            *alertmanager(PROGRAMS), '--config.file=' + path, '--storage.path=' + os.path.join(cls.directory, 'am'),
-            f'--web.listen-address=127.0.0.1:{port}', '--cluster.listen-address='], '/-/ready')
+        cls.alertmanager = servers.Program(
+            cls.directory,
+            'alertmanager',
+            lambda port: [
+                *alertmanager(PROGRAMS),
+                '--config.file=' + path,
+                '--storage.path=' + os.path.join(cls.directory, 'am'),
+                f'--web.listen-address=127.0.0.1:{port}',
+                '--cluster.listen-address=',
+            ],
+            '/-/ready',
+        )
         cls.addClassCleanup(cls.alertmanager.close)
-        targets = ', '.join(f"{{targets: ['127.0.0.1:{terminal.exporter.port}'], labels: {{instance: {name}, shop: '1'}}}}"
-                            for name, terminal in (('till1', cls.terminal), ('till2', cls.neighbour)))
-        cls.prometheus = servers.Prometheus(SOURCE, cls.directory, change=pace, configuration=f'''
+        targets = ', '.join(
+            f"{{targets: ['127.0.0.1:{terminal.exporter.port}'], labels: {{instance: {name}, shop: '1'}}}}"
+            for name, terminal in (('till1', cls.terminal), ('till2', cls.neighbour))
+        )
+        cls.prometheus = servers.Prometheus(
+            SOURCE,
+            cls.directory,
+            change=pace,
+            configuration=f'''
 alerting: {{alertmanagers: [{{static_configs: [{{targets: ['127.0.0.1:{cls.alertmanager.port}']}}]}}]}}
 scrape_configs:
   - job_name: terminals
     params: {{'collect[]': [textfile]}}
     static_configs: [{targets}]
     metric_relabel_configs: [{{source_labels: [__name__], regex: 'zelsensors_.+|node_textfile_.+', action: keep}}]
-''')
+''',
+        )
         cls.addClassCleanup(cls.prometheus.close)
 
     def settled(self):
         """Healthy, with no alert, pending or firing, and nothing that Alertmanager has still to end."""
+
         def calm():
-            states = {series['metric']['instance']: series['value'][1] for series in self.prometheus.query('instance:zelsensors_state')}
+            states = {
+                series['metric']['instance']: series['value'][1]
+                for series in self.prometheus.query('instance:zelsensors_state')
+            }
             told = json.loads(servers.fetch(self.alertmanager.url + '/api/v2/alerts'))
             return states == {'till1': '0', 'till2': '0'} and not self.prometheus.alerts() and not told
+
         servers.wait_for(calm, 'a healthy terminal without alerts')
 
     def told(self):
@@ -140,20 +174,26 @@ scrape_configs:
         self.settled()
         self.webhook.told.clear()
         go_wrong()
-        servers.wait_for(lambda: ('firing', alert, 'till1') in self.told(), f'{alert} at the webhook; told: {self.told()}')
+        servers.wait_for(
+            lambda: ('firing', alert, 'till1') in self.told(), f'{alert} at the webhook; told: {self.told()}'
+        )
         mend()
         servers.wait_for(lambda: ('resolved', alert, 'till1') in self.told(), f'the end of {alert}')
         self.settled()
         self.assertEqual(set(self.told()), {('firing', alert, 'till1'), ('resolved', alert, 'till1')})
 
     def test_program_stopped(self):
-        self.gives('TerminalPageStale', lambda: self.terminal.zelhost.send_signal(signal.SIGSTOP),
-                   lambda: self.terminal.zelhost.send_signal(signal.SIGCONT))
+        self.gives(
+            'TerminalPageStale',
+            lambda: self.terminal.zelhost.send_signal(signal.SIGSTOP),
+            lambda: self.terminal.zelhost.send_signal(signal.SIGCONT),
+        )
 
     def test_program_ended(self):
         def end():
             self.terminal.zelhost.terminate()
             self.terminal.zelhost.wait()
+
         self.gives('TerminalPageMissing', end, lambda: self.terminal.play('healthy'))
 
     def test_file_broken(self):
@@ -162,10 +202,13 @@ scrape_configs:
             self.terminal.zelhost.wait()
             with open(self.terminal.page, 'a', encoding='utf-8') as page:
                 page.write('zelsensors_temperature_celsius{sensor="CPU\n')
+
         self.gives('TerminalPageBroken', spoil, lambda: self.terminal.play('healthy'))
 
     def test_provider_at_status_16(self):
-        self.gives('TerminalProviderFailing', lambda: self.terminal.play('driverless'), lambda: self.terminal.play('healthy'))
+        self.gives(
+            'TerminalProviderFailing', lambda: self.terminal.play('driverless'), lambda: self.terminal.play('healthy')
+        )
 
     def test_log_full(self):
         self.gives('TerminalLogFull', lambda: self.terminal.play('full'), lambda: self.terminal.play('healthy'))
@@ -180,8 +223,13 @@ scrape_configs:
 
         def come_back():
             port = self.terminal.exporter.port
-            self.terminal.exporter.process = subprocess.Popen(self.terminal.exporter_command(port), stdin=subprocess.DEVNULL,
-                                                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            self.terminal.exporter.process = subprocess.Popen(
+                self.terminal.exporter_command(port),
+                stdin=subprocess.DEVNULL,
+                stdout=subprocess.DEVNULL,
+                stderr=subprocess.DEVNULL,
+            )
+
         self.gives('TerminalGone', go, come_back)
 
 

@@ -27,11 +27,26 @@ class Browser:
             os.dup2(answers, 4)
 
         self.process = subprocess.Popen(
-            ['chromium', '--headless=new', '--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage',
-             '--disable-background-networking', '--disable-component-update', '--no-first-run',
-             '--user-data-dir=' + self.directory, '--remote-debugging-pipe', 'about:blank'],
-            preexec_fn=at_three_and_four, close_fds=False, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL, start_new_session=True)
+            [
+                'chromium',
+                '--headless=new',
+                '--no-sandbox',
+                '--disable-gpu',
+                '--disable-dev-shm-usage',
+                '--disable-background-networking',
+                '--disable-component-update',
+                '--no-first-run',
+                '--user-data-dir=' + self.directory,
+                '--remote-debugging-pipe',
+                'about:blank',
+            ],
+            preexec_fn=at_three_and_four,
+            close_fds=False,
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+            start_new_session=True,
+        )
         os.close(to_read)
         os.close(to_write)
         self.buffer = b''
@@ -44,8 +59,10 @@ class Browser:
         for domain in ('Page', 'Network', 'Runtime', 'Log'):
             self.command(domain + '.enable')
         self.resize(width, height)
-        self.command('Emulation.setEmulatedMedia',
-                     features=[{'name': 'prefers-color-scheme', 'value': 'dark' if dark else 'light'}])
+        self.command(
+            'Emulation.setEmulatedMedia',
+            features=[{'name': 'prefers-color-scheme', 'value': 'dark' if dark else 'light'}],
+        )
 
     def close(self):
         self.process.kill()
@@ -78,7 +95,7 @@ class Browser:
             message['sessionId'] = self.session
         data = json.dumps(message).encode() + b'\0'
         while data:
-            data = data[os.write(self.to_browser, data):]
+            data = data[os.write(self.to_browser, data) :]
         while True:
             answer = self.receive()
             if answer.get('id') == self.number:
@@ -87,8 +104,9 @@ class Browser:
                 return answer['result']
 
     def resize(self, width, height):
-        self.command('Emulation.setDeviceMetricsOverride', width=width, height=height, deviceScaleFactor=1,
-                     mobile=False)
+        self.command(
+            'Emulation.setDeviceMetricsOverride', width=width, height=height, deviceScaleFactor=1, mobile=False
+        )
 
     def open(self, url):
         self.command('Page.navigate', url='about:blank')
@@ -122,8 +140,18 @@ class Browser:
         return self.evaluate(f'(document.querySelector({json.dumps(selector)}) || {{}}).innerText || ""')
 
     def key(self, key, text=None):
-        codes = {'Enter': 13, 'Escape': 27, 'Tab': 9, 'ArrowLeft': 37, 'ArrowUp': 38, 'ArrowRight': 39, 'ArrowDown': 40,
-                 'Home': 36, 'End': 35, ' ': 32}
+        codes = {
+            'Enter': 13,
+            'Escape': 27,
+            'Tab': 9,
+            'ArrowLeft': 37,
+            'ArrowUp': 38,
+            'ArrowRight': 39,
+            'ArrowDown': 40,
+            'Home': 36,
+            'End': 35,
+            ' ': 32,
+        }
         if key == 'Enter':
             text = '\r'
         elif len(key) == 1:

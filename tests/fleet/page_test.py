@@ -42,13 +42,23 @@ class Filled:
         self.directory = tempfile.mkdtemp(prefix='zelsensors-page-')
         data = os.path.join(self.directory, 'data.om')
         backfill.write(data, count, int(time.time()), full_days, extra)
-        self.prometheus = servers.Prometheus(SOURCE, self.directory, data=data if count else None, change=change,
-                                             evaluation='1s' if count < 1000 else '5s')
+        self.prometheus = servers.Prometheus(
+            SOURCE,
+            self.directory,
+            data=data if count else None,
+            change=change,
+            evaluation='1s' if count < 1000 else '5s',
+        )
 
     def ready(self, count):
-        servers.wait_for(lambda: len(self.prometheus.query('instance:zelsensors_state')) == count, 'the recorded states')
+        servers.wait_for(
+            lambda: len(self.prometheus.query('instance:zelsensors_state')) == count, 'the recorded states'
+        )
         wrong = any(backfill.kind_of(number) != 'healthy' for number in range(count))
-        servers.wait_for(lambda: {alert['state'] for alert in self.prometheus.alerts()} == ({'firing'} if wrong else set()), 'the alerts')
+        servers.wait_for(
+            lambda: {alert['state'] for alert in self.prometheus.alerts()} == ({'firing'} if wrong else set()),
+            'the alerts',
+        )
         return self
 
     def close(self):
@@ -63,7 +73,9 @@ def shown(instance):
 class PageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.filled = Filled(COUNT, WHOLE_DAY, [(HOSTILE, 'temperature', 99, 1, [('upper', 'critical', 95)])]).ready(COUNT)
+        cls.filled = Filled(COUNT, WHOLE_DAY, [(HOSTILE, 'temperature', 99, 1, [('upper', 'critical', 95)])]).ready(
+            COUNT
+        )
         cls.prometheus = cls.filled.prometheus
 
     @classmethod
@@ -86,7 +98,9 @@ class PageTest(unittest.TestCase):
         return CHROMIUM.evaluate(expression)
 
     def rows(self):
-        return self.evaluate('[...document.querySelectorAll("tbody tr")].map(row => [...row.cells].map(cell => cell.innerText))')
+        return self.evaluate(
+            '[...document.querySelectorAll("tbody tr")].map(row => [...row.cells].map(cell => cell.innerText))'
+        )
 
     def expected_alerts(self):
         """What Alertmanager's inhibition leaves of the alerts."""
@@ -98,34 +112,57 @@ class PageTest(unittest.TestCase):
                 key = alert['labels']['instance'], alert['labels']['sensor']
                 gravest[key] = max(gravest.get(key, 0), order.index(alert['labels']['alertname']))
         gone = {alert['labels']['shop'] for alert in alerts if alert['labels']['alertname'] == 'ShopGone'}
-        return [alert for alert in alerts
-                if not (alert['labels']['alertname'] == 'TerminalGone' and alert['labels']['shop'] in gone)
-                and not (alert['labels']['alertname'] in order and order.index(alert['labels']['alertname'])
-                         < gravest[alert['labels']['instance'], alert['labels']['sensor']])]
+        return [
+            alert
+            for alert in alerts
+            if not (alert['labels']['alertname'] == 'TerminalGone' and alert['labels']['shop'] in gone)
+            and not (
+                alert['labels']['alertname'] in order
+                and order.index(alert['labels']['alertname'])
+                < gravest[alert['labels']['instance'], alert['labels']['sensor']]
+            )
+        ]
 
     def test_counts_are_those_of_the_query(self):
-        direct = collections.Counter(int(series['value'][1]) for series in self.prometheus.query('instance:zelsensors_state'))
-        self.assertEqual(self.evaluate('[...document.querySelectorAll(".count b")].map(b => Number(b.textContent))'),
-                         [direct[state] for state in range(6)])
-        self.assertEqual(direct, collections.Counter(backfill.state_of(number) if number != WHOLE_DAY[0] else 2
-                                                     for number in range(COUNT)))
+        direct = collections.Counter(
+            int(series['value'][1]) for series in self.prometheus.query('instance:zelsensors_state')
+        )
+        self.assertEqual(
+            self.evaluate('[...document.querySelectorAll(".count b")].map(b => Number(b.textContent))'),
+            [direct[state] for state in range(6)],
+        )
+        self.assertEqual(
+            direct,
+            collections.Counter(backfill.state_of(number) if number != WHOLE_DAY[0] else 2 for number in range(COUNT)),
+        )
 
     def test_squares_show_the_state_of_each_terminal(self):
-        direct = {shown(series['metric']['instance']) + ', ' + STATES[int(series['value'][1])]: 's' + series['value'][1]
-                  for series in self.prometheus.query('instance:zelsensors_state')}
-        squares = self.evaluate('Object.fromEntries([...document.querySelectorAll("a.square")].map(square => '
-                                '[square.getAttribute("aria-label"), square.className.split(" ")[1]]))')
+        direct = {
+            shown(series['metric']['instance']) + ', ' + STATES[int(series['value'][1])]: 's' + series['value'][1]
+            for series in self.prometheus.query('instance:zelsensors_state')
+        }
+        squares = self.evaluate(
+            'Object.fromEntries([...document.querySelectorAll("a.square")].map(square => '
+            '[square.getAttribute("aria-label"), square.className.split(" ")[1]]))'
+        )
         self.assertEqual(squares, direct)
         # By the sign too, not by colour alone.
-        self.assertEqual(self.evaluate('[...Array(6).keys()].map(state => document.querySelector("a.s" + state).textContent)'),
-                         ['', '·', '!', '✕', '?', '–'])
+        self.assertEqual(
+            self.evaluate('[...Array(6).keys()].map(state => document.querySelector("a.s" + state).textContent)'),
+            ['', '·', '!', '✕', '?', '–'],
+        )
 
     def test_attention_lists_the_alerts_that_are_left_by_inhibition(self):
         self.evaluate('document.querySelector(".more").click()')
-        direct = sorted((alert['labels']['severity'], alert['labels'].get('shop', ''),
-                         alert['annotations']['summary'].removeprefix(alert['labels'].get('instance', ' ') + ': '),
-                         alert['annotations']['description'])
-                        for alert in self.expected_alerts())
+        direct = sorted(
+            (
+                alert['labels']['severity'],
+                alert['labels'].get('shop', ''),
+                alert['annotations']['summary'].removeprefix(alert['labels'].get('instance', ' ') + ': '),
+                alert['annotations']['description'],
+            )
+            for alert in self.expected_alerts()
+        )
         self.assertEqual(sorted((row[0].split()[-1], row[2], *row[3].split('\n', 1)) for row in self.rows()), direct)
         self.assertIn('alerts', CHROMIUM.text('.card .head'))
 
@@ -134,8 +171,10 @@ class PageTest(unittest.TestCase):
         self.assertIn(HOSTILE, self.rows()[0][3])
         self.open('#terminal=' + backfill.instance_of(WHOLE_DAY[0]))
         self.assertIn(HOSTILE, CHROMIUM.text())
-        self.assertEqual(self.evaluate('[document.scripts.length, document.getElementById("bold"), window.broken || null]'),
-                         [1, None, None])
+        self.assertEqual(
+            self.evaluate('[document.scripts.length, document.getElementById("bold"), window.broken || null]'),
+            [1, None, None],
+        )
 
     def test_only_prometheus_is_asked_and_at_most_twelve_times(self):
         requests = [url for url in CHROMIUM.requests if not url.startswith('data:')]
@@ -148,22 +187,40 @@ class PageTest(unittest.TestCase):
     def test_the_file_names_no_other_address(self):
         with open(os.path.join(SOURCE, 'fleet/page/terminals.html'), encoding='utf-8') as file:
             page = file.read()
-        self.assertEqual([line for line in page.split('\n') if '://' in line and 'http://www.w3.org/2000/svg' not in line], [])
+        self.assertEqual(
+            [line for line in page.split('\n') if '://' in line and 'http://www.w3.org/2000/svg' not in line], []
+        )
         self.assertNotIn('{{', page)
 
     def test_a_terminal_has_all_its_sensors_as_read(self):
         for number in (*WHOLE_DAY, 37):
             instance = backfill.instance_of(number)
             self.open('#terminal=' + instance)
-            cards = self.evaluate('[...document.querySelectorAll(".sensor")].map(card => ({name: card.querySelector("h3").textContent.replace(/ (?=[(]0)/, ""),'
-                                  'value: card.querySelector(".value").innerText, word: card.querySelector(".level").innerText.split("\\n").pop(),'
-                                  'bar: !!card.querySelector(".bar"), points: (card.querySelector(".curve") || {getAttribute: () => ""}).getAttribute("d").split(/[ML]/).length - 1}))')
-            readings = {series['metric']['sensor']: float(series['value'][1]) for series in self.prometheus.query(
-                '{instance="' + instance + '",__name__=~"zelsensors_(temperature_celsius|voltage_volts|current_amperes|fan_speed_rpm|sensor_value)"}')}
-            severities = {series['metric']['sensor']: STATES[int(series['value'][1])] for series in self.prometheus.query(
-                'zelsensors_sensor_severity{instance="' + instance + '"}')}
-            self.assertEqual({card['name']: card['word'].split(' ', 1)[-1] if card['value'] != '— °C' else 'unread' for card in cards
-                              if card['value'] != '— °C'}, severities)
+            cards = self.evaluate(
+                '[...document.querySelectorAll(".sensor")].map(card => ({name: card.querySelector("h3").textContent.replace(/ (?=[(]0)/, ""),'
+                'value: card.querySelector(".value").innerText, word: card.querySelector(".level").innerText.split("\\n").pop(),'
+                'bar: !!card.querySelector(".bar"), points: (card.querySelector(".curve") || {getAttribute: () => ""}).getAttribute("d").split(/[ML]/).length - 1}))'
+            )
+            readings = {
+                series['metric']['sensor']: float(series['value'][1])
+                for series in self.prometheus.query(
+                    '{instance="'
+                    + instance
+                    + '",__name__=~"zelsensors_(temperature_celsius|voltage_volts|current_amperes|fan_speed_rpm|sensor_value)"}'
+                )
+            }
+            severities = {
+                series['metric']['sensor']: STATES[int(series['value'][1])]
+                for series in self.prometheus.query('zelsensors_sensor_severity{instance="' + instance + '"}')
+            }
+            self.assertEqual(
+                {
+                    card['name']: card['word'].split(' ', 1)[-1] if card['value'] != '— °C' else 'unread'
+                    for card in cards
+                    if card['value'] != '— °C'
+                },
+                severities,
+            )
             for card in cards:
                 self.assertTrue(card['bar'] or card['name'] not in readings, card)
                 if card['name'] in readings:
@@ -173,7 +230,10 @@ class PageTest(unittest.TestCase):
                 if number in WHOLE_DAY:
                     # One for each five minutes of the day; its ends fall outside or not.
                     self.assertIn(card['points'], range(287, 290), card)
-            self.assertEqual(len(self.rows()), len([alert for alert in self.expected_alerts() if alert['labels'].get('instance') == instance]))
+            self.assertEqual(
+                len(self.rows()),
+                len([alert for alert in self.expected_alerts() if alert['labels'].get('instance') == instance]),
+            )
 
     def test_a_terminal_that_is_not_there_is_said_in_words(self):
         self.open('#terminal=till99')
@@ -191,13 +251,23 @@ class PageTest(unittest.TestCase):
         CHROMIUM.type('shop00')
         rows = [row[:4] for row in self.rows()]
         self.assertEqual({row[0].split()[-1] for row in rows}, {'critical', 'warning', 'info'})
-        self.assertEqual(sorted({row[1] for row in rows}), sorted({shown(backfill.instance_of(number)) for number in range(COUNT)
-                                                                   if backfill.kind_of(number) == 'fatal'}))
+        self.assertEqual(
+            sorted({row[1] for row in rows}),
+            sorted(
+                {shown(backfill.instance_of(number)) for number in range(COUNT) if backfill.kind_of(number) == 'fatal'}
+            ),
+        )
         squares = self.evaluate('document.querySelectorAll("a.square:not(.out)").length')
         place = self.evaluate('location.hash')
         self.open(place)
-        self.assertEqual(([row[:4] for row in self.rows()], self.evaluate('document.querySelectorAll("a.square:not(.out)").length'),
-                          self.evaluate('document.querySelector("#find").value')), (rows, squares, 'shop00'))
+        self.assertEqual(
+            (
+                [row[:4] for row in self.rows()],
+                self.evaluate('document.querySelectorAll("a.square:not(.out)").length'),
+                self.evaluate('document.querySelector("#find").value'),
+            ),
+            (rows, squares, 'shop00'),
+        )
         self.open('#shop=0007')
         self.assertEqual(self.evaluate('document.querySelectorAll("a.square:not(.out)").length'), 10)
         self.assertEqual([row[1] for row in self.rows()], ['all of shop 0007'])
@@ -205,9 +275,13 @@ class PageTest(unittest.TestCase):
     def test_the_table_sorts_both_ways(self):
         for column, name in ((1, 'terminal'), (2, 'shop'), (3, 'what')):
             self.open()
-            self.evaluate(f'document.querySelectorAll("th button")[{column}].click(); document.querySelector(".more").click()')
+            self.evaluate(
+                f'document.querySelectorAll("th button")[{column}].click(); document.querySelector(".more").click()'
+            )
             up = [row[column] for row in self.rows()]
-            self.assertEqual(self.evaluate(f'document.querySelectorAll("th")[{column}].getAttribute("aria-sort")'), 'ascending')
+            self.assertEqual(
+                self.evaluate(f'document.querySelectorAll("th")[{column}].getAttribute("aria-sort")'), 'ascending'
+            )
             self.evaluate(f'document.querySelectorAll("th button")[{column}].click()')
             down = [row[column] for row in self.rows()]
             self.assertEqual(self.evaluate('location.hash'), f'#sort=-{name}')
@@ -218,13 +292,28 @@ class PageTest(unittest.TestCase):
         reached = []
         for _ in range(40):
             CHROMIUM.key('Tab')
-            at = self.evaluate('(e => e.id || e.className.split(" ")[0] || e.textContent || e.ariaLabel)(document.activeElement)')
+            at = self.evaluate(
+                '(e => e.id || e.className.split(" ")[0] || e.textContent || e.ariaLabel)(document.activeElement)'
+            )
             if at == 'BODY' or (reached and at == reached[0]):
                 break
             reached.append(at)
             if at == 'square':
                 break
-        for control in ('skip', 'home', 'theme', 'count', 'find', 'pending', 'Shops by nameWorst shops first', 'Severity', 'Terminal', 'Shop', 'What', 'Since'):
+        for control in (
+            'skip',
+            'home',
+            'theme',
+            'count',
+            'find',
+            'pending',
+            'Shops by nameWorst shops first',
+            'Severity',
+            'Terminal',
+            'Shop',
+            'What',
+            'Since',
+        ):
             self.assertIn(control, reached)
         self.evaluate('document.querySelector("a.square").focus()')
         place = 'document.activeElement.getAttribute("aria-label")'
@@ -287,8 +376,10 @@ class PageTest(unittest.TestCase):
                 self.assertLessEqual(self.evaluate('document.documentElement.scrollWidth'), width, (place, width))
 
     def test_a_changed_state_is_shown_without_a_new_page(self):
-        self.evaluate('window.same = document.querySelector("a.square"); window.fetch = (old => (path, options) => old(path, options)'
-                      '.then(answer => path.includes("zelsensors_state") ? answer.text().then(text => new Response(text.replace(/"0"/, "\\"3\\""))) : answer))(window.fetch)')
+        self.evaluate(
+            'window.same = document.querySelector("a.square"); window.fetch = (old => (path, options) => old(path, options)'
+            '.then(answer => path.includes("zelsensors_state") ? answer.text().then(text => new Response(text.replace(/"0"/, "\\"3\\""))) : answer))(window.fetch)'
+        )
         before = self.evaluate('Number(document.querySelectorAll(".count b")[3].textContent)')
         self.evaluate('document.dispatchEvent(new Event("visibilitychange"))')
         CHROMIUM.wait(f'Number(document.querySelectorAll(".count b")[3].textContent) === {before + 1}')
@@ -317,10 +408,16 @@ class NumberOfTerminalsTest(unittest.TestCase):
 
     def test_five_thousand(self):
         filled = self.shown_by(5000)
-        direct = collections.Counter(int(series['value'][1]) for series in filled.prometheus.query('instance:zelsensors_state'))
+        direct = collections.Counter(
+            int(series['value'][1]) for series in filled.prometheus.query('instance:zelsensors_state')
+        )
         self.assertEqual(CHROMIUM.evaluate(SQUARES), 5000)
-        self.assertEqual(CHROMIUM.evaluate('[...document.querySelectorAll(".count b")].map(b => Number(b.textContent.replace(",", "")))'),
-                         [direct[state] for state in range(6)])
+        self.assertEqual(
+            CHROMIUM.evaluate(
+                '[...document.querySelectorAll(".count b")].map(b => Number(b.textContent.replace(",", "")))'
+            ),
+            [direct[state] for state in range(6)],
+        )
         # Not all of the alerts at once.
         self.assertEqual(CHROMIUM.evaluate('document.querySelectorAll("tbody tr").length'), 25)
         CHROMIUM.evaluate('document.querySelector("a.square").focus()')
@@ -334,6 +431,7 @@ class NumberOfTerminalsTest(unittest.TestCase):
 
 class Answering(http.server.BaseHTTPRequestHandler):
     """Serves the page, and to questions whatever the test has put into `answer`."""
+
     answer = staticmethod(lambda path: (200, '{}'))
 
     def do_GET(self):
@@ -360,8 +458,15 @@ class Answering(http.server.BaseHTTPRequestHandler):
 
 
 def vector(*series):
-    return 200, json.dumps({'status': 'success', 'data': {'resultType': 'vector', 'result': [
-        {'metric': metric, 'value': [1e9, value]} for metric, value in series]}})
+    return 200, json.dumps(
+        {
+            'status': 'success',
+            'data': {
+                'resultType': 'vector',
+                'result': [{'metric': metric, 'value': [1e9, value]} for metric, value in series],
+            },
+        }
+    )
 
 
 def healthy(path):
@@ -388,19 +493,31 @@ class WrongAnswersTest(unittest.TestCase):
 
     def test_each_is_said_in_words(self):
         for answer, words in (
-                (lambda path: (500, 'Internal Server Error'), 'answered with the error 500'),
-                (lambda path: (502, '<h1>Bad Gateway</h1>'), 'answered with the error 502'),
-                (lambda path: (404, ''), 'answered with the error 404'),
-                (lambda path: (200, ''), 'The answer is empty'),
-                (lambda path: (200, '<html>Please log in</html>'), 'not what Prometheus sends'),
-                (lambda path: (200, '{"status": "success"'), 'not what Prometheus sends'),
-                (lambda path: (200, '[1, 2]'), 'not what Prometheus sends'),
-                (lambda path: (200, 'null'), 'not what Prometheus sends'),
-                (lambda path: (200, '{"status": "success", "data": {"resultType": "matrix", "result": []}}'), 'not what Prometheus sends'),
-                (lambda path: (200, '{"status": "success", "data": {"resultType": "vector", "result": [1, null], "alerts": [7]}}'),
-                 'not what Prometheus sends'),
-                (lambda path: (422, '{"status": "error", "error": "query timed out"}'), 'refuses a question: query timed out'),
-                (lambda path: None, 'Prometheus does not answer')):
+            (lambda path: (500, 'Internal Server Error'), 'answered with the error 500'),
+            (lambda path: (502, '<h1>Bad Gateway</h1>'), 'answered with the error 502'),
+            (lambda path: (404, ''), 'answered with the error 404'),
+            (lambda path: (200, ''), 'The answer is empty'),
+            (lambda path: (200, '<html>Please log in</html>'), 'not what Prometheus sends'),
+            (lambda path: (200, '{"status": "success"'), 'not what Prometheus sends'),
+            (lambda path: (200, '[1, 2]'), 'not what Prometheus sends'),
+            (lambda path: (200, 'null'), 'not what Prometheus sends'),
+            (
+                lambda path: (200, '{"status": "success", "data": {"resultType": "matrix", "result": []}}'),
+                'not what Prometheus sends',
+            ),
+            (
+                lambda path: (
+                    200,
+                    '{"status": "success", "data": {"resultType": "vector", "result": [1, null], "alerts": [7]}}',
+                ),
+                'not what Prometheus sends',
+            ),
+            (
+                lambda path: (422, '{"status": "error", "error": "query timed out"}'),
+                'refuses a question: query timed out',
+            ),
+            (lambda path: None, 'Prometheus does not answer'),
+        ):
             for place in ('', '#terminal=a'):
                 with self.subTest(words=words, place=place):
                     text = self.trouble(answer, place)
@@ -424,23 +541,56 @@ class WrongAnswersTest(unittest.TestCase):
 
         def answer(path):
             if 'api/v1/alerts' in path:
-                return 200, json.dumps({'status': 'success', 'data': {'alerts': [{
-                    'labels': {'alertname': bad, 'job': 'terminals', 'instance': bad, 'shop': bad, 'severity': '__proto__'},
-                    'annotations': {'summary': bad, 'description': bad}, 'state': 'firing', 'activeAt': bad, 'value': '1'}]}})
+                return 200, json.dumps(
+                    {
+                        'status': 'success',
+                        'data': {
+                            'alerts': [
+                                {
+                                    'labels': {
+                                        'alertname': bad,
+                                        'job': 'terminals',
+                                        'instance': bad,
+                                        'shop': bad,
+                                        'severity': '__proto__',
+                                    },
+                                    'annotations': {'summary': bad, 'description': bad},
+                                    'state': 'firing',
+                                    'activeAt': bad,
+                                    'value': '1',
+                                }
+                            ]
+                        },
+                    }
+                )
             if 'zelsensors_state' in path:
                 return vector(({'instance': bad, 'shop': bad, 'job': 'terminals', bad: bad}, bad))
             if 'query_range' in path:
                 return 200, json.dumps({'status': 'success', 'data': {'resultType': 'matrix', 'result': []}})
-            return vector(({'__name__': 'zelsensors_temperature_celsius', 'sensor': bad}, bad), ({'__name__': 'zelsensors_sensor_value', 'unit': bad, 'sensor': 'x'}, '1'),
-                          ({'__name__': 'zelsensors_build_info', 'version': bad, 'chip': bad}, '1'))
+            return vector(
+                ({'__name__': 'zelsensors_temperature_celsius', 'sensor': bad}, bad),
+                ({'__name__': 'zelsensors_sensor_value', 'unit': bad, 'sensor': 'x'}, '1'),
+                ({'__name__': 'zelsensors_build_info', 'version': bad, 'chip': bad}, '1'),
+            )
 
         self.server.answer = answer
         for place in ('', '#terminal=' + bad.replace(' ', '%20')):
             CHROMIUM.open(self.url + place)
             CHROMIUM.wait('document.querySelector("#asof").textContent.startsWith("As of")')
             self.assertIn(bad, CHROMIUM.text())
-            self.assertEqual(CHROMIUM.evaluate('[document.images.length, document.querySelectorAll(".bold").length, window.broken || null]'), [0, 0, None])
-            self.assertFalse([url for url in CHROMIUM.requests if not url.startswith((f'http://127.0.0.1:{self.server.server_port}/', 'data:'))])
+            self.assertEqual(
+                CHROMIUM.evaluate(
+                    '[document.images.length, document.querySelectorAll(".bold").length, window.broken || null]'
+                ),
+                [0, 0, None],
+            )
+            self.assertFalse(
+                [
+                    url
+                    for url in CHROMIUM.requests
+                    if not url.startswith((f'http://127.0.0.1:{self.server.server_port}/', 'data:'))
+                ]
+            )
 
     def test_simulated_terminals_are_called_so(self):
         self.server.answer = lambda path: vector(({}, '3')) if 'build_info' in path else healthy(path)

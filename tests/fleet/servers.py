@@ -43,8 +43,13 @@ class Program:
         for _ in range(10):
             self.port = free_port()
             self.log = open(os.path.join(directory, name + '.log'), 'wb')
-            self.process = subprocess.Popen(command(self.port), stdin=subprocess.DEVNULL, stdout=self.log, stderr=self.log)
-            if wait_for(lambda: self.process.poll() is not None or self.answers(ready), name) is True and self.process.poll() is None:
+            self.process = subprocess.Popen(
+                command(self.port), stdin=subprocess.DEVNULL, stdout=self.log, stderr=self.log
+            )
+            if (
+                wait_for(lambda: self.process.poll() is not None or self.answers(ready), name) is True
+                and self.process.poll() is None
+            ):
                 return
             self.close()
         raise RuntimeError(f'{name} does not start; see {self.log.name}')
@@ -86,21 +91,38 @@ class Prometheus(Program):
         rules = os.path.join(source, 'fleet/prometheus')
         names = ('zelsensors-recording.yml', 'zelsensors-alerting.yml')
         for name in names:
-            with open(os.path.join(rules, name), encoding='utf-8') as old, open(os.path.join(directory, name), 'w', encoding='utf-8') as new:
+            with open(os.path.join(rules, name), encoding='utf-8') as old, open(
+                os.path.join(directory, name), 'w', encoding='utf-8'
+            ) as new:
                 new.write(change(old.read()))
         with open(os.path.join(directory, 'prometheus.yml'), 'w', encoding='utf-8') as file:
-            file.write(f'global: {{scrape_interval: 1s, scrape_timeout: 1s, evaluation_interval: {evaluation}}}\n'
-                       f'rule_files: [{", ".join(names)}]\n{configuration}')
+            file.write(
+                f'global: {{scrape_interval: 1s, scrape_timeout: 1s, evaluation_interval: {evaluation}}}\n'
+                f'rule_files: [{", ".join(names)}]\n{configuration}'
+            )
         store = os.path.join(directory, 'data')
         if data:
-            subprocess.run([os.path.join(programs, 'promtool'), 'tsdb', 'create-blocks-from', 'openmetrics', data, store], check=True,
-                           stdout=subprocess.DEVNULL)
-        super().__init__(directory, 'prometheus', lambda port: [
-            os.path.join(programs, 'prometheus'), '--config.file=' + os.path.join(directory, 'prometheus.yml'),
-            '--storage.tsdb.path=' + store, f'--web.listen-address=127.0.0.1:{port}', '--web.enable-lifecycle',
-            '--web.console.templates=' + os.path.join(source, 'fleet/page'), '--web.console.libraries=' + os.path.join(source, 'fleet/page'),
-            # What was filled in beforehand is no older for a slow machine.
-            *(['--query.lookback-delta=1h'] if data else [])], '/-/ready')
+            subprocess.run(
+                [os.path.join(programs, 'promtool'), 'tsdb', 'create-blocks-from', 'openmetrics', data, store],
+                check=True,
+                stdout=subprocess.DEVNULL,
+            )
+        super().__init__(
+            directory,
+            'prometheus',
+            lambda port: [
+                os.path.join(programs, 'prometheus'),
+                '--config.file=' + os.path.join(directory, 'prometheus.yml'),
+                '--storage.tsdb.path=' + store,
+                f'--web.listen-address=127.0.0.1:{port}',
+                '--web.enable-lifecycle',
+                '--web.console.templates=' + os.path.join(source, 'fleet/page'),
+                '--web.console.libraries=' + os.path.join(source, 'fleet/page'),
+                # What was filled in beforehand is no older for a slow machine.
+                *(['--query.lookback-delta=1h'] if data else []),
+            ],
+            '/-/ready',
+        )
 
     def query(self, query):
         answer = json.loads(fetch(self.url + '/api/v1/query?' + urllib.parse.urlencode({'query': query})))

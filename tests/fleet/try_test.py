@@ -17,8 +17,17 @@ import servers
 
 SOURCE = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else os.getcwd()
 # By what fleet/simulation/terminals.py gives to 200 terminals.
-EXPECTED = {'TerminalSensorFatal', 'TerminalSensorCritical', 'TerminalSensorUnread', 'TerminalPageStale', 'TerminalPageMissing',
-            'TerminalProviderFailing', 'TerminalLogFull', 'TerminalGone', 'ShopGone'}
+EXPECTED = {
+    'TerminalSensorFatal',
+    'TerminalSensorCritical',
+    'TerminalSensorUnread',
+    'TerminalPageStale',
+    'TerminalPageMissing',
+    'TerminalProviderFailing',
+    'TerminalLogFull',
+    'TerminalGone',
+    'ShopGone',
+}
 
 
 def processes_here():
@@ -58,8 +67,15 @@ def listeners_of(processes):
 class TryTest(unittest.TestCase):
     def test_from_start_to_end(self):
         self.assertEqual(processes_here(), [], 'an earlier one runs still')
-        run = subprocess.Popen([os.path.join(SOURCE, 'fleet/try')], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                               stderr=subprocess.STDOUT, text=True, encoding='utf-8', start_new_session=True)
+        run = subprocess.Popen(
+            [os.path.join(SOURCE, 'fleet/try')],
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            text=True,
+            encoding='utf-8',
+            start_new_session=True,
+        )
         lines = []
         reader = threading.Thread(target=lambda: lines.extend(iter(run.stdout.readline, '')))
         reader.start()
@@ -77,8 +93,12 @@ class TryTest(unittest.TestCase):
             query = base + '/api/v1/query?' + urllib.parse.urlencode({'query': 'count(instance:zelsensors_state)'})
             self.assertEqual(json.loads(servers.fetch(query))['data']['result'][0]['value'][1], '200')
             # Alertmanager keeps TerminalGone of the shop that is gone to itself, and tells the others.
-            servers.wait_for(lambda: {name for name in EXPECTED if f' {name}: ' in ''.join(lines)} == EXPECTED, 'the receiver')
-            servers.wait_for(lambda: 'resolved' in ''.join(line for line in lines if ' --- ' not in line), 'something resolved')
+            servers.wait_for(
+                lambda: {name for name in EXPECTED if f' {name}: ' in ''.join(lines)} == EXPECTED, 'the receiver'
+            )
+            servers.wait_for(
+                lambda: 'resolved' in ''.join(line for line in lines if ' --- ' not in line), 'something resolved'
+            )
             addresses = listeners_of([run.pid, *processes_here()])
             self.assertGreaterEqual(len(addresses), 4)
             self.assertEqual(set(addresses), {'0100007F'}, 'something listens beyond 127.0.0.1')
