@@ -110,6 +110,9 @@ scrape_configs:
         servers.wait_for(
             lambda: len(prometheus.query('instance:zelsensors_state')) == count, 'all terminals in the rules'
         )
+        # Of a terminal that is new, one page alone cannot be told from one that never changes.
+        stale = 'ALERTS{alertname="TerminalPageStale"}'
+        servers.wait_for(lambda: len(prometheus.query(stale)) <= count // 60 + 1, 'pages that have changed')
         with_rules = window(prometheus)
         values = own(prometheus)
         chromium_figures = page(prometheus)
