@@ -1,4 +1,5 @@
-"""What many terminals cost a Prometheus: series, samples, processor, memory, rules, and the page. See tools/bench-fleet.
+"""What many terminals cost a Prometheus: series, samples, processor, memory, rules, and the page.
+See tools/bench-fleet.
 
 usage: fleet.py SOURCE-DIRECTORY ZELHOST TERMINALS...
 """
@@ -25,7 +26,8 @@ sys.path.insert(0, os.path.join(sys.argv[1], 'fleet/simulation'))
 from children import Children
 from terminals import Exporters, Pages
 children = Children()
-pages = Pages(children, sys.argv[2], os.path.join(sys.argv[1], 'chipsim/scenarios'), os.path.join(sys.argv[3], 'pages'), '15s')
+pages = Pages(children, sys.argv[2], os.path.join(sys.argv[1], 'chipsim/scenarios'),
+              os.path.join(sys.argv[3], 'pages'), '15s')
 Exporters(pages).write_targets(os.path.join(sys.argv[3], 'targets.json'), int(sys.argv[4]))
 try:
     sys.stdin.read()  # until the benchmark ends

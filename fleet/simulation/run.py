@@ -34,8 +34,8 @@ def write(name, text):
 
 
 def quick(rules):
-    """The same rules twenty times as quick: nobody waits ten minutes to see an alert. Pages come every 5 seconds, so the
-    looks back are half a minute and more."""
+    """The same rules twenty times as quick: nobody waits ten minutes to see an alert. Pages come every 5 seconds, so
+    the looks back are half a minute and more."""
     rules = re.sub(r'(for): (\d+)m', lambda found: f'{found[1]}: {3 * int(found[2])}s', rules)
     return rules.replace('[5m]', '[30s]').replace('[15m]', '[90s]')
 
@@ -126,7 +126,8 @@ def main():
         say(f'{TERMINALS} simulated terminals in {TERMINALS // 10} shops. Open')
         say(f'    http://127.0.0.1:{port}/consoles/terminals.html')
         say(
-            'The rules are those of fleet/prometheus, twenty times as quick. What Alertmanager tells comes here; Ctrl-C ends.'
+            'The rules are those of fleet/prometheus, twenty times as quick. What Alertmanager tells comes here;'
+            ' Ctrl-C ends.'
         )
         while not asked_to_end.wait(1):
             if any(server.poll() is not None for server in servers):

@@ -240,7 +240,7 @@ def terminal(families, number, times, full, extra=None):
 
 
 def write(path, count, now, full_days=(), extra=None):
-    """`full_days`: the numbers of terminals with a whole day of readings; `extra`: more sensors of the first of them."""
+    """`full_days`: the numbers of terminals with a day of readings; `extra`: more sensors of the first of them."""
     families = Families()
     for number in range(count):
         full = number in full_days

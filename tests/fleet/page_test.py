@@ -1,5 +1,5 @@
-"""The page in a headless Chromium, served by a real Prometheus on filled-in data: what it shows against the same queries
-asked directly; and by servers that answer wrongly.
+"""The page in a headless Chromium, served by a real Prometheus on filled-in data: what it shows against the same
+queries asked directly; and by servers that answer wrongly.
 
 usage: page_test.py SOURCE-DIRECTORY
 """
@@ -197,16 +197,21 @@ class PageTest(unittest.TestCase):
             instance = backfill.instance_of(number)
             self.open('#terminal=' + instance)
             cards = self.evaluate(
-                '[...document.querySelectorAll(".sensor")].map(card => ({name: card.querySelector("h3").textContent.replace(/ (?=[(]0)/, ""),'
-                'value: card.querySelector(".value").innerText, word: card.querySelector(".level").innerText.split("\\n").pop(),'
-                'bar: !!card.querySelector(".bar"), points: (card.querySelector(".curve") || {getAttribute: () => ""}).getAttribute("d").split(/[ML]/).length - 1}))'
+                '[...document.querySelectorAll(".sensor")].map(card => ({'
+                'name: card.querySelector("h3").textContent.replace(/ (?=[(]0)/, ""),'
+                'value: card.querySelector(".value").innerText,'
+                'word: card.querySelector(".level").innerText.split("\\n").pop(),'
+                'bar: !!card.querySelector(".bar"),'
+                'points: (card.querySelector(".curve") || {getAttribute: () => ""}).getAttribute("d")'
+                '.split(/[ML]/).length - 1}))'
             )
             readings = {
                 series['metric']['sensor']: float(series['value'][1])
                 for series in self.prometheus.query(
                     '{instance="'
                     + instance
-                    + '",__name__=~"zelsensors_(temperature_celsius|voltage_volts|current_amperes|fan_speed_rpm|sensor_value)"}'
+                    + '",__name__=~"zelsensors_'
+                    + '(temperature_celsius|voltage_volts|current_amperes|fan_speed_rpm|sensor_value)"}'
                 )
             }
             severities = {
@@ -377,8 +382,10 @@ class PageTest(unittest.TestCase):
 
     def test_a_changed_state_is_shown_without_a_new_page(self):
         self.evaluate(
-            'window.same = document.querySelector("a.square"); window.fetch = (old => (path, options) => old(path, options)'
-            '.then(answer => path.includes("zelsensors_state") ? answer.text().then(text => new Response(text.replace(/"0"/, "\\"3\\""))) : answer))(window.fetch)'
+            'window.same = document.querySelector("a.square");'
+            'window.fetch = (old => (path, options) => old(path, options)'
+            '.then(answer => path.includes("zelsensors_state")'
+            ' ? answer.text().then(text => new Response(text.replace(/"0"/, "\\"3\\""))) : answer))(window.fetch)'
         )
         before = self.evaluate('Number(document.querySelectorAll(".count b")[3].textContent)')
         self.evaluate('document.dispatchEvent(new Event("visibilitychange"))')

@@ -35,8 +35,8 @@ def fetch(url):
 
 
 class Program:
-    """A server; ready when `ready`, a path of its own, is answered. Another program may have taken the port since it was
-    found free: then it ends, and another port is tried."""
+    """A server; ready when `ready`, a path of its own, is answered. Another program may have taken the port since it
+    was found free: then it ends, and another port is tried."""
 
     def __init__(self, directory, name, command, ready):
         self.name = name
@@ -82,8 +82,8 @@ def quick(rules):
 
 
 class Prometheus(Program):
-    """`configuration`: the text below `global`; `pages`: the directory of its consoles; `data`: an OpenMetrics file that is
-    there from the start."""
+    """`configuration`: the text below `global`; `pages`: the directory of its consoles; `data`: an OpenMetrics file that
+    is there from the start."""
 
     def __init__(self, source, directory, configuration='', data=None, evaluation='1s', change=quick):
         self.source = source

@@ -1,5 +1,5 @@
-"""fleet/try from start to end: it says which address to open, what is there shows each kind of trouble, Alertmanager tells
-the receiver, everything listens on the loopback alone, and Ctrl-C leaves no process.
+"""fleet/try from start to end: it says which address to open, what is there shows each kind of trouble, Alertmanager
+reports to the receiver, everything listens on the loopback alone, and Ctrl-C leaves no process.
 
 usage: try_test.py SOURCE-DIRECTORY
 """
