@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import time
 
-LIMIT_S = 120  # only ends what hangs
+LIMIT_S = 900  # only ends what hangs
 
 
 class Browser:

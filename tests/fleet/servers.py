@@ -8,7 +8,7 @@ import time
 import urllib.parse
 import urllib.request
 
-LIMIT_S = 120  # only ends what hangs
+LIMIT_S = 900  # only ends what hangs
 
 
 def free_port():
