@@ -31,5 +31,6 @@ goes_to nobody alertname=DiskFull severity=critical
 
 awk '/matchers:.*TerminalGone/ { inside = 1; next } /matchers:/ { inside = 0 } inside && /opening-hours\]/ { seen = 1 }
     END { exit !seen }' "$configuration" || fail "terminals that are off at night call somebody"
-[ "$(grep -c 'active_time_intervals' "$configuration")" = 1 ] || fail "more than TerminalGone and ShopGone have opening hours"
+[ "$(grep -c 'active_time_intervals' "$configuration")" = 1 ] ||
+    fail "more than TerminalGone and ShopGone have opening hours"
 echo "Alertmanager: all steps passed"

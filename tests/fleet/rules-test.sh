@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks the rules and the example configuration with promtool, runs the tests of the rules, and holds the alerts against
-# fleet.md. With --break it breaks each rule instead, one break after the other, and expects its tests to see it.
+# Checks the rules and the example configuration with promtool, runs the tests of the rules, and holds the alerts
+# against fleet.md. With --break it breaks each rule instead, one break after the other, and expects its tests to see it.
 #
 # usage: rules-test.sh SOURCE-DIRECTORY [--break]
 set -eu
@@ -22,10 +22,13 @@ cp "$source/fleet/prometheus/prometheus.yml" "$work/"
 cp "$source"/fleet/prometheus/terminals/*.json "$work/terminals/"
 cp "$source/tests/fleet/rules-test.yml" "$work/rules/"
 check_rules() {
-    "$programs/promtool" check config "$work/prometheus.yml" >"$work/log" 2>&1 || { cat "$work/log"; fail "prometheus.yml"; }
+    "$programs/promtool" check config "$work/prometheus.yml" >"$work/log" 2>&1 ||
+        { cat "$work/log"; fail "prometheus.yml"; }
     grep -q '12 rules found' "$work/log" || { cat "$work/log"; fail "prometheus.yml does not load the rules"; }
-    "$programs/promtool" check rules "$work"/rules/zelsensors-*.yml >"$work/log" 2>&1 || { cat "$work/log"; fail "the rules"; }
-    "$programs/promtool" test rules "$work/rules/rules-test.yml" >"$work/log" 2>&1 || { cat "$work/log"; fail "the rules' tests"; }
+    "$programs/promtool" check rules "$work"/rules/zelsensors-*.yml >"$work/log" 2>&1 ||
+        { cat "$work/log"; fail "the rules"; }
+    "$programs/promtool" test rules "$work/rules/rules-test.yml" >"$work/log" 2>&1 ||
+        { cat "$work/log"; fail "the rules' tests"; }
 
     # Each alert has its section, each section its alert, and the annotation names it.
     sed -n 's/.*- alert: //p' "$source/fleet/prometheus/zelsensors-alerting.yml" >"$work/alerts"

@@ -82,8 +82,7 @@ def quick(rules):
 
 
 class Prometheus(Program):
-    """`configuration`: the text below `global`; `pages`: the directory of its consoles; `data`: an OpenMetrics file that
-    is there from the start."""
+    """`configuration`: the text below `global`; `data`: an OpenMetrics file that is there from the start."""
 
     def __init__(self, source, directory, configuration='', data=None, evaluation='1s', change=quick):
         self.source = source
