@@ -184,6 +184,10 @@ class PageTest(unittest.TestCase):
         requests = [url for url in CHROMIUM.requests if not url.startswith('data:')]
         self.assertTrue(all(url.startswith(self.prometheus.url + '/') for url in requests), requests)
 
+    def test_the_page_may_ask_no_other_server(self):
+        self.evaluate('fetch("//127.0.0.2:9/").then(() => null, () => null)')
+        self.assertEqual([url for url in CHROMIUM.requests if '127.0.0.2' in url], [])
+
     def test_the_file_names_no_other_address(self):
         with open(os.path.join(SOURCE, 'fleet/page/terminals.html'), encoding='utf-8') as file:
             page = file.read()
