@@ -191,7 +191,8 @@ scrape_configs:
         mend()
         servers.wait_for(lambda: ('resolved', alert, 'till1') in self.told(), f'the end of {alert}')
         self.settled()
-        self.assertEqual(set(self.told()), {('firing', alert, 'till1'), ('resolved', alert, 'till1')})
+        # The end of an earlier alert may be told once more: Prometheus repeats it for a while.
+        self.assertEqual({told for told in self.told() if told[0] == 'firing'}, {('firing', alert, 'till1')})
 
     def test_program_stopped(self):
         self.gives(
