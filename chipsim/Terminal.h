@@ -38,7 +38,11 @@ class Terminal {
 
     const Scenario m_scenario;
     std::unordered_map<unsigned, Sensor> m_sensors;
+    // Since initialise() was called first; 0 before.
+    std::int64_t millisecondsSinceStart() const;
+
     std::vector<std::uint64_t> m_faultCalls;  // matching calls so far, per fault
+    std::optional<std::uint64_t> m_start;     // by the wall clock
     bool m_initialised = false;
 };
 
