@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <memory>
@@ -42,10 +43,6 @@ constexpr Word OPERATIONS[] = {{"initialise", static_cast<int>(Operation::Initia
                                {"read", static_cast<int>(Operation::Read)},
                                {"event-log", static_cast<int>(Operation::EventLog)}};
 
-struct NumberKey {
-    std::string_view key;
-    int CSensorInformation::*member;
-};
 // The numbers of a sensor that a chip need not report.
 constexpr NumberKey OPTIONAL_NUMBERS[] = {
     {"accuracy", &CSensorInformation::accuracy},
@@ -253,6 +250,10 @@ std::string readFile(const std::string& path) {
 }
 
 }  // namespace
+
+std::vector<NumberKey> optionalNumbers() {
+    return {std::begin(OPTIONAL_NUMBERS), std::end(OPTIONAL_NUMBERS)};
+}
 
 Scenario readScenario(const std::string& path) {
     return ScenarioReader(readFile(path), path).read();

@@ -47,8 +47,8 @@ void ReplacedFile::replace(std::string_view text) const {
     if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
     try {
         write(text);
-        if (rename(m_temporary.c_str(), m_path.c_str()) != 0) throw notWritten(m_path);
-        if (m_kind == Kind::Lasting) forceName();
+        if (!takeName()) throw notWritten(m_path);
+        if (m_kind != Kind::ForAll) forceName();
     } catch (const OutputError&) {
         unlink(m_temporary.c_str());
         throw;
@@ -74,7 +74,7 @@ bool ReplacedFile::isReplaceable() const {
 void ReplacedFile::write(std::string_view text) const {
     // Nothing that somebody has put there is written into.
     if (unlink(m_temporary.c_str()) != 0 && errno != ENOENT) throw notWritten(m_temporary);
-    const bool isLasting = m_kind == Kind::Lasting;
+    const bool isLasting = m_kind != Kind::ForAll;
     const mode_t mode = isLasting ? 0600 : 0644;
     const int file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file < 0) throw notWritten(m_path);
@@ -83,6 +83,17 @@ void ReplacedFile::write(std::string_view text) const {
     if (close(file) != 0 && isWritten) throw notWritten(m_path);
     errno = error;
     if (!isWritten) throw notWritten(m_path);
+}
+
+// Errno says why not.
+bool ReplacedFile::takeName() const {
+    if (m_kind != Kind::New) return rename(m_temporary.c_str(), m_path.c_str()) == 0;
+    if (renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_path.c_str(), RENAME_NOREPLACE) == 0) return true;
+    // Some file systems do not know that flag, nor, some of them, a second name of a file.
+    if (errno != EINVAL) return false;
+    if (access(m_path.c_str(), F_OK) != 0) return rename(m_temporary.c_str(), m_path.c_str()) == 0;
+    errno = EEXIST;
+    return false;
 }
 
 // A directory that cannot be forced, as of some network file systems, has the new name all the same.

@@ -14,6 +14,7 @@ class ReplacedFile {
     enum class Kind {
         ForAll,   // mode 0644 whatever the umask; not forced to the disk: worth nothing after a restart of the machine
         Lasting,  // mode 0600; forced to the disk, so that the power may fail at any time
+        New,      // as Lasting; nothing is replaced: replace() throws where the file is there already
     };
 
     // Touches nothing yet. A path without a directory means the current one.
@@ -33,6 +34,7 @@ class ReplacedFile {
     bool isReplaceable() const;  // a regular file, or nothing that is known
     void write(std::string_view text) const;
     void forceName() const;
+    bool takeName() const;
 
     std::string m_path;
     std::string m_temporary;
