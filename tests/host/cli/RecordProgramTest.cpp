@@ -1,16 +1,14 @@
 // The command record: the file that it writes, and what is there when something goes wrong.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
+#include "EmulatedTerminal.h"
 #include "FileContents.h"
 #include "ProgramRun.h"
 #include "Sandbox.h"
@@ -48,36 +46,6 @@ reading = 6
 lines = ["0001 2026-02-01 00:00:00 Mrs Quick: in", "0002 2026-02-01 00:00:09 Mrs Quick: in", "Door", "0003"]
 )";
 
-// A terminal for the line that says how far a recording is.
-class Progress {
-  public:
-    Progress() {
-        if (openpty(&m_reader, &m_writer, nullptr, nullptr, nullptr) != 0) throw std::runtime_error("no terminal");
-    }
-    ~Progress() {
-        close(m_reader);
-        close(m_writer);
-    }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-
-    int descriptor() const { return m_writer; }
-
-    // What has not come when ctest's patience ends makes the test fail.
-    void waitFor(const std::string& text) const {
-        std::string shown;
-        while (shown.find(text) == std::string::npos) {
-            char byte = 0;
-            if (read(m_reader, &byte, 1) != 1) throw std::runtime_error("the terminal ended");
-            shown += byte;
-        }
-    }
-
-  private:
-    int m_reader = -1;
-    int m_writer = -1;
-};
-
 class RecordProgramTest : public testing::Test {
   protected:
     void SetUp() override { REQUIRE_SANDBOX(); }
@@ -92,10 +60,10 @@ class RecordProgramTest : public testing::Test {
         return names;
     }
     // For an hour.
-    pid_t start(const Progress& progress) const {
+    pid_t start(const EmulatedTerminal& terminal) const {
         return startProgram({"record", m_file, "--scenario", m_directory.write("played.toml", TWO_SENSORS), "--for",
                              "1h", "--every", "0.1"},
-                            {-1, progress.descriptor()});
+                            {-1, terminal.programs()});
     }
     // Of the file's terminal.
     json sensors() const {
@@ -132,9 +100,10 @@ TEST_F(RecordProgramTest, FileThatIsThereStaysAsItIs) {
 }
 
 TEST_F(RecordProgramTest, FileThatCameMeanwhileStaysAsItIs) {
-    const Progress progress;
-    const pid_t process = start(progress);
-    progress.waitFor(" rounds");
+    EmulatedTerminal terminal(100, 5);
+    if (!terminal.isUsable()) GTEST_SKIP() << "SKIPPED: no pseudo-terminal can be had here";
+    const pid_t process = start(terminal);
+    terminal.awaitText(" rounds");
     m_directory.write("till17.toml", "mine");
     kill(process, SIGINT);
     EXPECT_EQ(waitForProgram(process), 4);
@@ -157,10 +126,11 @@ TEST_F(RecordProgramTest, FullDiskLeavesNothing) {
 }
 
 TEST_F(RecordProgramTest, InterruptionEndsItAndTheFileIsWhole) {
-    const Progress progress;
-    const pid_t process = start(progress);
-    progress.waitFor("recording: 1:00:00 left, 1 round, 2 sensors; Ctrl-C ends it");
-    progress.waitFor(" 3 rounds");
+    EmulatedTerminal terminal(100, 5);
+    if (!terminal.isUsable()) GTEST_SKIP() << "SKIPPED: no pseudo-terminal can be had here";
+    const pid_t process = start(terminal);
+    terminal.awaitText("recording: 1:00:00 left, 1 round, 2 sensors; Ctrl-C ends it");
+    terminal.awaitText(" 3 rounds");
     kill(process, SIGINT);
     EXPECT_EQ(waitForProgram(process), 0);
     EXPECT_THAT(sensors(), SizeIs(2));
