@@ -34,7 +34,7 @@ void Recorder::round() {
     answers.time = m_timing.now();
     answers.round = m_rounds.next();
     for (const Sensor& sensor : answers.round.sensors) {
-        if (isKnown(sensor.name)) continue;
+        if (m_places.count(sensor.name) != 0) continue;
         // Asked for again within a second, the provider gives what it read last, also where the sensor fails.
         const broker::ObjectPath path{"", m_nameSpace, SENSOR_CLASS, {{"Name", broker::Value::ofText(sensor.name)}}};
         answers.newcomers[sensor.name] = onlyInstance(m_source.getInstance(path));
@@ -86,12 +86,12 @@ void Recorder::addReadings(const Answers& answers) {
     for (const Sensor& sensor : answers.round.sensors) {
         const auto newcomer = answers.newcomers.find(sensor.name);
         if (newcomer != answers.newcomers.end() && newcomer->second) {
+            m_places.emplace(sensor.name, m_recording.sensors.size());
             m_recording.sensors.push_back({sensor.name, *newcomer->second, std::vector<Number>(rounds - 1)});
         }
-        const auto known = std::find_if(m_recording.sensors.begin(), m_recording.sensors.end(),
-                                        [&](const RecordedSensor& each) { return each.name == sensor.name; });
-        if (known == m_recording.sensors.end()) continue;
-        known->readings.push_back(sensor.failure ? std::nullopt : sensor.rawReading);
+        const auto place = m_places.find(sensor.name);
+        if (place == m_places.end()) continue;
+        m_recording.sensors[place->second].readings.push_back(sensor.failure ? std::nullopt : sensor.rawReading);
         if (sensor.failure && sensor.failure->rc != CMPI_RC_ERR_FAILED) {
             lose(sensor.name + " failed with status " + statusText(*sensor.failure) + "; played back, it is 1");
         }
@@ -106,11 +106,6 @@ void Recorder::addEventLog(const Answers& answers) {
         lose("the event log changed; played back, it is the last one from the start");
     }
     m_recording.eventLog = answers.eventLog;
-}
-
-bool Recorder::isKnown(const std::string& name) const {
-    return std::any_of(m_recording.sensors.begin(), m_recording.sensors.end(),
-                       [&](const RecordedSensor& sensor) { return sensor.name == name; });
 }
 
 void Recorder::lose(const std::string& sentence) {

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "broker/Model.h"
@@ -60,7 +61,6 @@ class Recorder {
     void addTime(Time time);
     void addReadings(const Answers& answers);
     void addEventLog(const Answers& answers);
-    bool isKnown(const std::string& name) const;
     void lose(const std::string& sentence);
 
     Source& m_source;
@@ -69,6 +69,7 @@ class Recorder {
     SensorRounds m_rounds;
     std::optional<Time> m_first;
     bool m_wasStarted = false;
+    std::unordered_map<std::string, std::size_t> m_places;  // in the recording, by the sensors' names
     mutable std::mutex m_mutex;  // of m_recording
     Recording m_recording;
 };
