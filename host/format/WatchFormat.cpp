@@ -9,13 +9,13 @@
 namespace host {
 namespace {
 
-constexpr std::size_t COLUMN_GAP = 2;     // between columns
-constexpr std::size_t MOST_CELLS = 24;    // where there is room
-constexpr std::size_t FEWEST_CELLS = 8;   // narrower bars show nothing
-constexpr std::size_t BRACKETS = 2;       // around a bar
-constexpr std::size_t SHORT_NAME = 12;    // names are cut so far before anything goes
-constexpr std::size_t LAST_NAME = 4;      // then so far
-constexpr std::size_t LINES_FOR_ALL = 9;  // with fewer, head and titles are left out
+constexpr std::size_t COLUMN_GAP = 2;      // between columns
+constexpr std::size_t MOST_CELLS = 24;     // where there is room
+constexpr std::size_t FEWEST_CELLS = 8;    // narrower bars show nothing
+constexpr std::size_t BRACKETS = 2;        // around a bar
+constexpr std::size_t SHORT_NAME = 12;     // names are cut so far before anything goes
+constexpr std::size_t NARROWEST_NAME = 4;  // then so far
+constexpr std::size_t LINES_FOR_ALL = 9;   // with fewer, head and titles are left out
 constexpr const char* DOTS = "...";
 constexpr const char* LIMITS_TITLE = "Between its limits";
 
@@ -95,7 +95,7 @@ Widths fitted(const Widths& widest, std::size_t columns) {
     if (shortName + withBar + FEWEST_CELLS + BRACKETS <= columns) {
         return {shortName, widest.reading, widest.state, columns - withBar - shortName};
     }
-    const std::size_t shortestName = std::min(widest.name, LAST_NAME);
+    const std::size_t shortestName = std::min(widest.name, NARROWEST_NAME);
     for (const std::size_t state : {widest.state, std::size_t{0}}) {
         const std::size_t others = widest.reading + COLUMN_GAP + (state == 0 ? 0 : state + COLUMN_GAP);
         if (others + shortestName <= columns) {

@@ -1,6 +1,5 @@
 #include "source/HttpHandle.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
