@@ -195,10 +195,12 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownIsLoggedWithCodeAndText) {
         useScenario(chipSensor(1, "CPU", {50}));
         LoadedProvider loaded;
         for (const RequestKind& kind : KINDS) {
-            for (const bool hasText : {true, false}) {
+            CMPIString withoutText = {nullptr, nullptr};
+            CMPIString* const withText = CMNewString(loaded.broker.handle(), "keep out", nullptr);
+            for (CMPIString* message : {withText, &withoutText, static_cast<CMPIString*>(nullptr)}) {
                 takeLog();
                 broker::Request request(loaded.broker);
-                s_thrownMessage = hasText ? CMNewString(loaded.broker.handle(), "keep out", nullptr) : nullptr;
+                s_thrownMessage = message;
                 CMPIObjectPath* path = request.makePath(cpuIn(SENSOR_CLASS, "root/cimv2"));
                 CMPIObjectPathFT table = *path->ft;
                 table.getClassName = throwStatusObject;
@@ -206,9 +208,9 @@ TEST_F(RequestOpeningTest, StatusObjectThatIsThrownIsLoggedWithCodeAndText) {
                 const CMPIStatus status = kind.call(loaded.provider.mi(), request, path);
                 EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
                 EXPECT_EQ(request.reply().doneCalls, 1U);
-                EXPECT_THAT(
-                    takeLastLog(2),
-                    ElementsAre(std::string(kind.thrownStatus) + (hasText ? "2, keep out" : "2, "), kind.noneFound));
+                EXPECT_THAT(takeLastLog(2),
+                            ElementsAre(std::string(kind.thrownStatus) + (message == withText ? "2, keep out" : "2, "),
+                                        kind.noneFound));
             }
         }
     });
