@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
+#include <vector>
 
 #include "cli/Ending.h"
 #include "cli/Failure.h"
@@ -43,55 +45,76 @@ std::string progressText(const Recorder::Counts& counts, std::chrono::nanosecond
     return text + "; Ctrl-C ends it";
 }
 
-ScenarioText textOf(const Recorder& recorder, const Options& options, const std::string& heading) {
-    return scenarioText(recorder.recording(),
-                        {options.record.isRedacted ? "A recorded terminal." : heading, options.record.isRedacted});
-}
+// The file, and what goes into it.
+class RecordedFile {
+  public:
+    RecordedFile(const Options& options, const std::string& heading)
+        : m_file(options.record.file, options.record.isForced ? ReplacedFile::Kind::Lasting : ReplacedFile::Kind::New),
+          m_choice{options.record.isRedacted ? "A recorded terminal." : heading, options.record.isRedacted} {}
 
-ReplacedFile fileOf(const RecordOptions& options) {
-    return ReplacedFile(options.file, options.isForced ? ReplacedFile::Kind::Lasting : ReplacedFile::Kind::New);
+    // Gives what it does not hold.
+    std::vector<std::string> write(const Recording& recording) const {
+        const ScenarioText text = scenarioText(recording, m_choice);
+        m_file.replace(text.text);
+        return text.losses;
+    }
+
+  private:
+    ReplacedFile m_file;
+    ScenarioChoice m_choice;
+};
+
+void recordRounds(Recorder& recorder, const Options& options, ProgressLine& line, Ending& ending) {
+    const std::chrono::nanoseconds interval = nanosecondsOf(options.every > 0 ? options.every : 1);
+    const Clock::time_point start = Clock::now();
+    const Clock::time_point end = start + nanosecondsOf(options.record.duration);
+    Clock::time_point next = start;
+    do {
+        recorder.round();
+        next = nextMultiple(start, interval, Clock::now());
+        line.show(progressText(recorder.counts(), end - Clock::now()));
+    } while (next < end && ending.waitUntil(next));
 }
 
 }  // namespace
 
-void refuseExisting(const RecordOptions& options) {
+void refuseUnwritable(const RecordOptions& options) {
     struct stat status {};
-    if (options.isForced || lstat(options.file.c_str(), &status) != 0) return;
-    throw UsageError(options.file + " is there already; --force replaces it");
+    if (!options.isForced && lstat(options.file.c_str(), &status) == 0) {
+        throw UsageError(options.file + " is there already; --force replaces it");
+    }
+    ReplacedFile(options.file).foresee();
 }
 
 RecordOutcome record(const Options& options, Source& source, const std::string& heading, Output& progress,
                      const std::function<void(const std::string&)>& report) {
-    const ReplacedFile file = fileOf(options.record);
-    const std::chrono::nanoseconds interval = nanosecondsOf(options.every > 0 ? options.every : 1);
-    const std::chrono::nanoseconds duration = nanosecondsOf(options.record.duration);
+    const RecordedFile file(options, heading);
     Recorder recorder(source, options.request.nameSpace);
+    std::exception_ptr interruption;
     {
         ProgressLine line(progress);
         constexpr std::chrono::seconds grace(2);
         // A request that does not return shall not cost what was recorded before.
         Ending ending(grace, [&] {
             try {
-                if (recorder.counts().rounds > 0) file.replace(textOf(recorder, options, heading).text);
+                if (recorder.counts().rounds > 0) file.write(recorder.recording());
             } catch (const std::exception& failure) {
-                report(failure.what());
+                report(printable(failure.what()));
             }
         });
-        const Clock::time_point start = Clock::now();
-        Clock::time_point next = start;
-        do {
-            recorder.round();
-            next = nextMultiple(start, interval, Clock::now());
-            line.show(progressText(recorder.counts(), start + duration - Clock::now()));
-        } while (next < start + duration && ending.waitUntil(next));
+        try {
+            recordRounds(recorder, options, line, ending);
+        } catch (const std::exception&) {
+            if (recorder.counts().rounds == 0) throw;
+            interruption = std::current_exception();
+        }
     }
     const Recording recording = recorder.recording();
-    const bool hasStarted = recording.start.rc == CMPI_RC_OK;
-    if (!hasStarted && recording.start.rc != CMPI_RC_ERR_METHOD_NOT_AVAILABLE) return {recording.start, false};
-    const ScenarioText text = textOf(recorder, options, heading);
-    file.replace(text.text);
-    for (const std::string& loss : text.losses) report(loss);
-    return {hasStarted ? std::nullopt : std::make_optional(recording.start), true};
+    if (isPlayable(recording.start)) {
+        for (const std::string& loss : file.write(recording)) report(loss);
+    }
+    if (interruption) std::rethrow_exception(interruption);
+    return {recording.start.rc == CMPI_RC_OK ? std::nullopt : std::make_optional(recording.start)};
 }
 
 }  // namespace host

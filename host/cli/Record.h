@@ -15,16 +15,17 @@
 namespace host {
 
 struct RecordOutcome {
-    std::optional<broker::Status>
-        failure;  // of a start that never succeeded; it is in the recording, if that was written
-    bool isWritten = false;
+    // Why no round gave a sensor's name. It is in the file where it can be played; otherwise there is no file.
+    std::optional<broker::Status> failure;
 };
 
-// Throws UsageError where the file is there already and is not to be replaced.
-void refuseExisting(const RecordOptions& options);
+// Throws UsageError where the file is there already and is not to be replaced, and OutputError where it cannot be
+// written.
+void refuseUnwritable(const RecordOptions& options);
 
 // Asks until the time is over or a signal ends it, and writes the file. `progress` gets a line that goes, `report`
-// sentences for people. Throws OutputError where the file cannot be written, and what the source throws.
+// sentences fit for a terminal. Throws OutputError where the file cannot be written, and what the source throws; what
+// was recorded before is in the file then.
 RecordOutcome record(const Options& options, Source& source, const std::string& heading, Output& progress,
                      const std::function<void(const std::string&)>& report);
 

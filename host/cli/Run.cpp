@@ -260,7 +260,7 @@ int recordAnswers(Asking& asking) {
     const std::string heading = "Recorded by zelhost " ZELHOST_VERSION ". " + asking.chosen.note();
     const RecordOutcome outcome =
         record(asking.options, source, heading, asking.streams.errors,
-               [&](const std::string& text) { reportOn(asking.streams.errors, "zelhost: " + printable(text) + '\n'); });
+               [&](const std::string& text) { reportOn(asking.streams.errors, "zelhost: " + text + '\n'); });
     if (!outcome.failure) return ExitCode::Fine;
     reportLast(*outcome.failure, source, asking);
     return ExitCode::AnsweredError;
@@ -344,7 +344,7 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
     // Before whatever may fail: then an old page goes.
     std::optional<PublishedFile> published;
     if (!options.to.empty()) published.emplace(options.to);
-    if (options.request.command == Command::Record) refuseExisting(options.record);
+    if (options.request.command == Command::Record) refuseUnwritable(options.record);
     ChosenSource chosen = chosenSource(options, tree, streams);
     if (chosen.terminal() && chosen.terminal()->isSubstitute()) {
         reportOn(streams.errors,

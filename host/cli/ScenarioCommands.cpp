@@ -9,9 +9,9 @@
 #include "chipsim/ScenarioCheck.h"
 #include "chipsim/ScenarioContents.h"
 #include "cli/Failure.h"
+#include "format/Differences.h"
 #include "text/TextTable.h"
 #include "text/Utf8.h"
-#include "verify/Differences.h"
 
 namespace host {
 namespace {

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <optional>
+#include <regex>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -36,6 +38,11 @@ constexpr NumberKey NUMBERS[] = {{"unit-modifier", "UnitModifier"},
                                  {"upper-threshold-non-critical", "UpperThresholdNonCritical"},
                                  {"upper-threshold-critical", "UpperThresholdCritical"},
                                  {"upper-threshold-fatal", "UpperThresholdFatal"}};
+
+// As the chip gave it, where CIM takes the same 32 bits for an unsigned number.
+std::int64_t signedOf(std::int64_t number) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(number));
+}
 
 Number propertyNumber(const broker::Instance& instance, const char* property) {
     const broker::Value* value = instance.findProperty(property);
@@ -156,16 +163,21 @@ class Writer {
     ScenarioText text() {
         m_text = "# " + m_choice.heading + '\n';
         if (m_recording.times.size() > 1) addTimes();
+        reserveHandles();
         for (const RecordedSensor& sensor : m_recording.sensors) addSensor(sensor);
         if (m_recording.eventLog) addEventLog(*m_recording.eventLog);
-        if (m_recording.start.rc != CMPI_RC_OK) {
-            m_faults += "\n[[fault]]\noperation = \"initialise\"\nstatus = " + std::string(FAILED_START) + '\n';
+        if (isPlayedAsStarted()) {
+            addFaults("event-log", "", m_recording.eventLogFailures);
+        } else {
+            m_text += "\n[[fault]]\noperation = \"initialise\"\nstatus = " + std::string(FAILED_START) + '\n';
         }
-        addFaults("event-log", "", m_recording.eventLogFailures);
-        return {m_text + m_faults, m_losses};
+        for (const auto& [round, fault] : m_faults) m_text += fault;
+        return {m_text, m_losses};
     }
 
   private:
+    bool isPlayedAsStarted() const { return m_recording.start.rc != CMPI_RC_ERR_METHOD_NOT_AVAILABLE; }
+
     void addTimes() {
         std::vector<std::int64_t> times;
         for (const std::chrono::milliseconds time : m_recording.times) times.push_back(time.count());
@@ -190,9 +202,16 @@ class Writer {
         return true;
     }
 
-    unsigned freeHandle() {
+    // What stands in a name is taken before a sensor without a handle gets one.
+    void reserveHandles() {
+        for (const RecordedSensor& sensor : m_recording.sensors) {
+            if (const std::optional<Label> label = labelIn(sensor.name)) m_reserved.insert(label->handle);
+        }
+    }
+
+    unsigned freeHandle() const {
         unsigned handle = 1;
-        while (m_handles.count(handle) != 0) ++handle;
+        while (m_handles.count(handle) != 0 || m_reserved.count(handle) != 0) ++handle;
         return handle;
     }
 
@@ -209,14 +228,15 @@ class Writer {
 
     void addSensor(const RecordedSensor& sensor) {
         const std::string& whole = sensor.name;
-        if (isNameOfDriveSensor(whole))
+        if (isNameOfDriveSensor(whole)) {
             m_losses.push_back(printable(whole) + " is a drive's; played back, it is the chip's");
+        }
         const Label label = labelOf(whole);
         char handle[16];
         std::snprintf(handle, sizeof handle, "0x%08x", label.handle);
         m_text += "\n[[sensor]]\n";
         add("handle", handle);
-        add("name", quoted(m_choice.isRedacted ? m_names.of(whole) : holdable(label.text, printable(whole))));
+        add("name", quoted(m_choice.isRedacted ? m_names.of(label.text) : holdable(label.text, printable(whole))));
         addDescription(sensor.instance, printable(whole));
         addReadings(sensor, handle);
     }
@@ -235,7 +255,7 @@ class Writer {
         for (const NumberKey& each : NUMBERS) {
             const Number number = propertyNumber(instance, each.property);
             const bool isDefault = std::string_view(each.key) == "unit-modifier" && number.value_or(0) == 0;
-            if (number && !isDefault) add(each.key, std::to_string(*number));
+            if (number && !isDefault) add(each.key, std::to_string(signedOf(*number)));
         }
     }
 
@@ -262,13 +282,13 @@ class Writer {
     void addFaults(const char* operation, const std::string& handle, const std::vector<bool>& isFailed) {
         const std::vector<std::chrono::milliseconds>& times = m_recording.times;
         for (const Stretch& stretch : stretchesOf(isFailed)) {
-            m_faults += "\n[[fault]]\noperation = \"" + std::string(operation) + "\"\n";
-            if (!handle.empty()) m_faults += "handle = " + handle + "\nfrom-call = 2\n";
-            if (stretch.begin > 0) m_faults += "from-ms = " + std::to_string(times[stretch.begin].count()) + '\n';
+            std::string fault = "\n[[fault]]\noperation = \"" + std::string(operation) + "\"\n";
+            if (!handle.empty()) fault += "handle = " + handle + "\nfrom-call = 2\n";
+            if (stretch.begin > 0) fault += "from-ms = " + std::to_string(times[stretch.begin].count()) + '\n';
             if (stretch.end < times.size()) {
-                m_faults += "for-ms = " + std::to_string((times[stretch.end] - times[stretch.begin]).count()) + '\n';
+                fault += "for-ms = " + std::to_string((times[stretch.end] - times[stretch.begin]).count()) + '\n';
             }
-            m_faults += "status = " + std::string(FAILED_READ) + '\n';
+            m_faults.emplace(stretch.begin, fault + "status = " + FAILED_READ + '\n');
         }
     }
 
@@ -289,25 +309,31 @@ class Writer {
         m_text += "]\n";
     }
 
-    // A redacted line keeps the numbers and dates at its beginning.
+    // A redacted line keeps its number and date, which tell nothing of a person.
     std::string lineText(const std::string& line) {
         if (!m_choice.isRedacted) return holdable(line, "the event log");
-        const std::size_t end = std::min(line.find_first_not_of("0123456789 :.-/"), line.size());
-        const std::size_t text = end == line.size() ? end : line.rfind(' ', end) + 1;
-        return line.substr(0, text) + m_texts.of(line.substr(text));
+        static const std::regex form("([0-9]{1,6} )?([0-9]{4}-[0-9]{2}-[0-9]{2}[ T][0-9]{2}:[0-9]{2}(:[0-9]{2})? )?");
+        std::smatch beginning;
+        std::regex_search(line, beginning, form, std::regex_constants::match_continuous);
+        return beginning.str() + m_texts.of(beginning.suffix());
     }
 
     const Recording& m_recording;
     const ScenarioChoice& m_choice;
     std::string m_text;
-    std::string m_faults;  // behind all else, in the order in which they came, sensor by sensor
+    std::multimap<std::size_t, std::string> m_faults;  // by the rounds in which they came
     std::vector<std::string> m_losses;
-    std::set<unsigned> m_handles;
+    std::set<unsigned> m_reserved;  // handles that stand in names
+    std::set<unsigned> m_handles;   // given so far
     Words m_names{"Sensor"};
     Words m_texts{"Text"};
 };
 
 }  // namespace
+
+bool isPlayable(const broker::Status& start) {
+    return start.rc == CMPI_RC_OK || start.rc == CMPI_RC_ERR_FAILED || start.rc == CMPI_RC_ERR_METHOD_NOT_AVAILABLE;
+}
 
 ScenarioText scenarioText(const Recording& recording, const ScenarioChoice& choice) {
     return Writer(recording, choice).text();

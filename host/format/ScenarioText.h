@@ -19,6 +19,11 @@ struct ScenarioText {
     std::vector<std::string> losses;  // what it does not hold, in sentences fit for a terminal
 };
 
+// Whether a terminal whose names were refused so in every round can be played: its provider did not start (status 16),
+// or it has no sensors, of which the provider makes status 1.
+bool isPlayable(const broker::Status& start);
+
+// Of a recording whose start is playable.
 ScenarioText scenarioText(const Recording& recording, const ScenarioChoice& choice);
 
 }  // namespace host

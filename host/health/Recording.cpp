@@ -33,15 +33,28 @@ void Recorder::round() {
     Answers answers;
     answers.time = m_timing.now();
     answers.round = m_rounds.next();
-    for (const Sensor& sensor : answers.round.sensors) {
-        if (m_places.count(sensor.name) != 0) continue;
-        // Asked for again within a second, the provider gives what it read last, also where the sensor fails.
-        const broker::ObjectPath path{"", m_nameSpace, SENSOR_CLASS, {{"Name", broker::Value::ofText(sensor.name)}}};
-        answers.newcomers[sensor.name] = onlyInstance(m_source.getInstance(path));
-    }
+    describeNewcomers(answers);
     answers.eventLog = onlyInstance(m_source.enumerateInstances({"", m_nameSpace, EVENT_LOG_CLASS, {}}));
     const std::lock_guard<std::mutex> lock(m_mutex);
     add(answers);
+}
+
+// Asked for again within a second, the provider gives what it read last, also where the sensor fails.
+void Recorder::describeNewcomers(Answers& answers) {
+    for (const Sensor& sensor : answers.round.sensors) {
+        if (m_places.count(sensor.name) == 0) answers.newcomers[sensor.name];
+    }
+    if (answers.newcomers.empty()) return;
+    broker::Reply all = m_source.enumerateInstances({"", m_nameSpace, SENSOR_CLASS, {}});
+    for (broker::Instance& instance : all.instances) {
+        const broker::Value* name = instance.findProperty("Name");
+        const auto newcomer = name == nullptr ? answers.newcomers.end() : answers.newcomers.find(name->text);
+        if (newcomer != answers.newcomers.end()) newcomer->second = std::move(instance);
+    }
+    for (auto& [name, instance] : answers.newcomers) {
+        const broker::ObjectPath path{"", m_nameSpace, SENSOR_CLASS, {{"Name", broker::Value::ofText(name)}}};
+        if (!instance) instance = onlyInstance(m_source.getInstance(path));
+    }
 }
 
 Recorder::Counts Recorder::counts() const {
@@ -73,9 +86,12 @@ void Recorder::addTime(Time time) {
 
 void Recorder::addReadings(const Answers& answers) {
     const std::size_t rounds = m_recording.times.size();
-    const bool isStarted = answers.round.status.rc == CMPI_RC_OK;
+    const bool isStarted = answers.round.status.rc == CMPI_RC_OK || !answers.round.sensors.empty();
     if (isStarted && !m_wasStarted && rounds > 1) {
         lose("the provider did not answer at first; played back, its sensors fail so long");
+    }
+    if (!isStarted && m_wasStarted) {
+        lose("the names of the sensors could not be had for a time; played back, the sensors fail so long");
     }
     for (const auto& [name, instance] : answers.newcomers) {
         if (!instance) lose(name + " gave no description; it is left out");

@@ -25,7 +25,7 @@ struct RecordedSensor {
 struct Recording {
     std::vector<std::chrono::milliseconds> times;  // when each round began, counted from the first; each after the last
     std::vector<RecordedSensor> sensors;           // in the provider's order, new ones at the end
-    broker::Status start;                          // other than 0: in no round the names could be had
+    broker::Status start;                          // other than 0: no round gave a name, for this reason
 
     std::optional<broker::Instance> eventLog;  // as it was answered last
     std::vector<bool> eventLogFailures;        // in each round
@@ -57,6 +57,7 @@ class Recorder {
   private:
     struct Answers;  // of one round
 
+    void describeNewcomers(Answers& answers);
     void add(const Answers& answers);
     void addTime(Time time);
     void addReadings(const Answers& answers);
@@ -70,7 +71,7 @@ class Recorder {
     std::optional<Time> m_first;
     bool m_wasStarted = false;
     std::unordered_map<std::string, std::size_t> m_places;  // in the recording, by the sensors' names
-    mutable std::mutex m_mutex;  // of m_recording
+    mutable std::mutex m_mutex;                             // of m_recording
     Recording m_recording;
 };
 

@@ -43,6 +43,11 @@ bool writeAll(int file, std::string_view text) {
 ReplacedFile::ReplacedFile(const std::string& path, Kind kind)
     : m_path(path), m_temporary(temporaryOf(path)), m_kind(kind) {}
 
+void ReplacedFile::foresee() const {
+    if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
+    if (access(directory().c_str(), W_OK | X_OK) != 0) throw notWritten(m_path);
+}
+
 void ReplacedFile::replace(std::string_view text) const {
     if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
     try {
@@ -69,6 +74,10 @@ void ReplacedFile::removeSilently() const noexcept {
 bool ReplacedFile::isReplaceable() const {
     struct stat status {};
     return lstat(m_path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+}
+
+std::string ReplacedFile::directory() const {
+    return nameIn(m_path) == 0 ? "." : m_path.substr(0, nameIn(m_path));
 }
 
 void ReplacedFile::write(std::string_view text) const {
@@ -98,8 +107,7 @@ bool ReplacedFile::takeName() const {
 
 // A directory that cannot be forced, as of some network file systems, has the new name all the same.
 void ReplacedFile::forceName() const {
-    const std::string directory = m_path.substr(0, nameIn(m_path));
-    const int file = open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int file = open(directory().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (file < 0) return;
     fsync(file);
     close(file);

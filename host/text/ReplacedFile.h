@@ -20,6 +20,10 @@ class ReplacedFile {
     // Touches nothing yet. A path without a directory means the current one.
     explicit ReplacedFile(const std::string& path, Kind kind = Kind::ForAll);
 
+    // Throws what replace() would throw as things stand, as far as that can be seen without writing: for those who work
+    // long before they write.
+    void foresee() const;
+
     // Throws OutputError, which names the file, where it cannot be; what is there then is the old file, or none, and
     // nothing is left beside it. Only a regular file is replaced: no directory, device or symbolic link.
     void replace(std::string_view text) const;
@@ -32,9 +36,10 @@ class ReplacedFile {
 
   private:
     bool isReplaceable() const;  // a regular file, or nothing that is known
+    std::string directory() const;
     void write(std::string_view text) const;
-    void forceName() const;
     bool takeName() const;
+    void forceName() const;
 
     std::string m_path;
     std::string m_temporary;

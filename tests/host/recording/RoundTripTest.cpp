@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <filesystem>
+#include <algorithm>
 
 #include "FakeClock.h"
 #include "FileContents.h"
@@ -17,8 +17,6 @@
 #include "source/Session.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 using host::Command;
 using testing::IsEmpty;
@@ -36,17 +34,24 @@ class Time {
         m_now += time;
         set();
     }
+    // The time of day; the rounds' clock goes on.
+    void setBack(std::chrono::milliseconds time) {
+        m_setBack += time;
+        set();
+    }
     host::RoundTiming timing() {
         return {[this] { return host::RoundTiming::Clock::time_point(m_now); },
                 [this](host::RoundTiming::Clock::duration time) {
                     pass(std::chrono::duration_cast<std::chrono::milliseconds>(time));
                 },
-                [this] { return std::chrono::system_clock::time_point(m_now); }};
+                [this] { return std::chrono::system_clock::time_point(ofDay()); }};
     }
 
   private:
-    void set() const { fakeclock::set({m_now.count() / 1000, static_cast<suseconds_t>(m_now.count() % 1000 * 1000)}); }
-    std::chrono::milliseconds m_now{1000000};
+    std::chrono::milliseconds ofDay() const { return m_now - m_setBack; }
+    void set() const { fakeclock::set({ofDay().count() / 1000, ofDay().count() % 1000 * 1000}); }
+    std::chrono::milliseconds m_now{1000000000};
+    std::chrono::milliseconds m_setBack{0};
 };
 
 // A terminal that plays a scenario file, with its provider.
@@ -118,8 +123,7 @@ class RoundTripTest : public testing::Test {
     }
 
     // Recorded while it is played back, a recording is the same again, step by step.
-    void expectSameOverTime(const std::string& file) const {
-        constexpr unsigned rounds = 12;
+    void expectSameOverTime(const std::string& file, unsigned rounds) const {
         std::string first;
         std::string recorded;
         {
@@ -133,6 +137,29 @@ class RoundTripTest : public testing::Test {
         EXPECT_EQ(contentsOf(written(record(played.source(), time, rounds))), first);
     }
 
+    // Asked at each second, a terminal without failures answers the same when its recording is played.
+    void expectSameAnswersAtEachStep(const std::string& file) const {
+        constexpr unsigned rounds = 5;
+        const std::vector<std::vector<std::string>> before = answersAtEachStep(file, rounds);
+        std::string recorded;
+        {
+            Time time;
+            Played played(file);
+            recorded = written(record(played.source(), time, rounds));
+        }
+        EXPECT_EQ(answersAtEachStep(recorded, rounds), before) << contentsOf(recorded);
+    }
+    static std::vector<std::vector<std::string>> answersAtEachStep(const std::string& file, unsigned rounds) {
+        Time time;
+        Played played(file);
+        std::vector<std::vector<std::string>> answers;
+        for (unsigned i = 0; i < rounds; ++i) {
+            if (i > 0) time.pass(std::chrono::milliseconds(1000));
+            answers.push_back(answersOf(played.source()));
+        }
+        return answers;
+    }
+
     TemporaryDirectory m_directory;
 };
 
@@ -143,17 +170,39 @@ TEST_P(ShippedRoundTripTest, EveryAnswerIsTheSame) {
 }
 
 TEST_P(ShippedRoundTripTest, ReadingsComeAtTheSameSteps) {
-    expectSameOverTime(SCENARIOS "/" + GetParam() + ".toml");
+    expectSameOverTime(SCENARIOS "/" + GetParam() + ".toml", GetParam() == "thousand-sensors" ? 2 : 12);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, ShippedRoundTripTest,
                          testing::Values("healthy", "overheating", "dying-sensor", "no-driver", "thousand-sensors",
                                          "grebel-drives"),
-                         [](const testing::TestParamInfo<std::string>& info) {
-                             std::string name = info.param;
+                         [](const testing::TestParamInfo<std::string>& scenario) {
+                             std::string name = scenario.param;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
+
+TEST_F(RoundTripTest, ClockThatIsSetBackHoldsNoReadingUp) {
+    Time time;
+    Played played(
+        m_directory.write("moving.toml",
+                          "[[sensor]]\nhandle = 1\nname = \"A\"\n"
+                          "reading = { kind = \"series\", values = [1, 2, 3, 4, 5, 6, 7], step-ms = 1000 }\n"));
+    host::Recorder recorder(played.source(), "root/cimv2", time.timing());
+    for (int round = 0; round < 6; ++round) {
+        if (round > 0) time.pass(std::chrono::milliseconds(1000));
+        if (round == 3) time.setBack(std::chrono::hours(1));
+        recorder.round();
+    }
+    const host::Recording recording = recorder.recording();
+    EXPECT_THAT(recording.losses, IsEmpty());
+    ASSERT_THAT(recording.sensors, SizeIs(1));
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(recording.times.at(i).count(), 1000 * static_cast<long>(i));
+    // The seconds since 1970, and those an hour earlier.
+    std::vector<host::Number> expected;
+    for (const int second : {1000000, 1000001, 1000002, 996403, 996404, 996405}) expected.emplace_back(second % 7 + 1);
+    EXPECT_EQ(recording.sensors[0].readings, expected);
+}
 
 TEST_F(RoundTripTest, EveryAnswerOfAThousandRandomTerminalsIsTheSame) {
     for (unsigned seed = 1; seed <= 1000 && !HasFailure(); ++seed) {
@@ -165,7 +214,17 @@ TEST_F(RoundTripTest, EveryAnswerOfAThousandRandomTerminalsIsTheSame) {
 TEST_F(RoundTripTest, ReadingsOfRandomTerminalsComeAtTheSameSteps) {
     for (unsigned seed = 1; seed <= 100 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
-        expectSameOverTime(m_directory.write("random.toml", randomScenario(seed)));
+        expectSameOverTime(m_directory.write("random.toml", randomScenario(seed)), 12);
+    }
+}
+
+TEST_F(RoundTripTest, EveryAnswerIsTheSameAtEachStep) {
+    expectSameAnswersAtEachStep(SCENARIOS "/healthy.toml");
+    expectSameAnswersAtEachStep(SCENARIOS "/overheating.toml");
+    for (unsigned seed = 1; seed <= 100 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        const std::string scenario = randomScenario(seed);
+        expectSameAnswersAtEachStep(m_directory.write("random.toml", scenario.substr(0, scenario.find("[[fault]]"))));
     }
 }
 

@@ -1,6 +1,6 @@
 // What is different between two scenarios: of two terminals, or of one at two times.
-#ifndef ZELSENSORS_VERIFY_DIFFERENCES_H
-#define ZELSENSORS_VERIFY_DIFFERENCES_H
+#ifndef ZELSENSORS_FORMAT_DIFFERENCES_H
+#define ZELSENSORS_FORMAT_DIFFERENCES_H
 
 #include <string>
 #include <vector>

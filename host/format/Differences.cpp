@@ -1,4 +1,4 @@
-#include "verify/Differences.h"
+#include "format/Differences.h"
 
 #include <algorithm>
 #include <cstdio>
