@@ -27,11 +27,18 @@ Recorder::Recorder(Source& source, std::string nameSpace, RoundTiming timing)
     : m_source(source),
       m_nameSpace(std::move(nameSpace)),
       m_timing(std::move(timing)),
-      m_rounds(source, m_nameSpace, m_timing) {}
+      m_rounds(source, m_nameSpace,
+               {m_timing.now,
+                [this](RoundTiming::Clock::duration time) {
+                    m_hasAskedAgain = true;
+                    m_timing.wait(time);
+                },
+                m_timing.timeOfDay}) {}
 
 void Recorder::round() {
     Answers answers;
     answers.time = m_timing.now();
+    m_hasAskedAgain = false;
     answers.round = m_rounds.next();
     describeNewcomers(answers);
     answers.eventLog = onlyInstance(m_source.enumerateInstances({"", m_nameSpace, EVENT_LOG_CLASS, {}}));
@@ -92,6 +99,9 @@ void Recorder::addReadings(const Answers& answers) {
     }
     if (!isStarted && m_wasStarted) {
         lose("the names of the sensors could not be had for a time; played back, the sensors fail so long");
+    }
+    if (m_hasAskedAgain && !firstFailure(answers.round)) {
+        lose("a failure was over when the sensors were asked again; the recording does not have it");
     }
     for (const auto& [name, instance] : answers.newcomers) {
         if (!instance) lose(name + " gave no description; it is left out");

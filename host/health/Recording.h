@@ -69,6 +69,7 @@ class Recorder {
     RoundTiming m_timing;
     SensorRounds m_rounds;
     std::optional<Time> m_first;
+    bool m_hasAskedAgain = false;  // in this round, after a failure
     bool m_wasStarted = false;
     std::unordered_map<std::string, std::size_t> m_places;  // in the recording, by the sensors' names
     mutable std::mutex m_mutex;                             // of m_recording

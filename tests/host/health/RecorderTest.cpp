@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <sstream>
+#include <utility>
 
 #include "FakeSource.h"
 #include "Instances.h"
@@ -48,8 +49,9 @@ class RecorderTest : public testing::Test {
         };
     }
 
-    Reply sensors() const {
+    Reply sensors() {
         Reply reply;
+        if (std::exchange(m_failsOnce, false)) return replyOf(CMPI_RC_ERR_FAILED, {});
         for (const auto& [name, reading] : m_readings) {
             if (!reading) return replyOf(CMPI_RC_ERR_FAILED, {});
             reply.instances.push_back(sensorOf(name, static_cast<int>(*reading), 2, 0));
@@ -73,6 +75,7 @@ class RecorderTest : public testing::Test {
     std::map<std::string, Number> m_readings{{"A(00000001)", 1}};
     std::map<std::string, milliseconds> m_failed;
     CMPIrc m_status = CMPI_RC_OK;
+    bool m_failsOnce = false;  // the next enumeration of sensors
     std::optional<std::string> m_line = "line";
     milliseconds m_now{5000};
     milliseconds m_setBack{0};  // by so much the time of day is late
@@ -154,6 +157,15 @@ TEST_F(RecorderTest, FailuresStandWhereTheyCame) {
                 ElementsAre(Number(1), std::nullopt, std::nullopt, Number(3)));
     EXPECT_THAT(text().text, HasSubstr("values = [\n    1, 1, 1, 3] }"));
     EXPECT_THAT(text().text, HasSubstr("\n[[fault]]\noperation = \"read\"\nhandle = 0x00000001\nfrom-call = 2\n"));
+}
+
+TEST_F(RecorderTest, FailureThatIsOverWhenAskedAgainIsNamed) {
+    round();
+    m_failsOnce = true;
+    round();
+    EXPECT_THAT(m_recorder.recording().sensors[0].readings, ElementsAre(Number(1), Number(1)));
+    EXPECT_THAT(m_recorder.recording().losses,
+                ElementsAre("a failure was over when the sensors were asked again; the recording does not have it"));
 }
 
 TEST_F(RecorderTest, FailuresStandInTheOrderInWhichTheyCame) {
