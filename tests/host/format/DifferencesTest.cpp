@@ -19,8 +19,7 @@ ScenarioContents fan() {
     ScenarioSensor sensor;
     sensor.handle = 0x40;
     sensor.name = "Fan";
-    sensor.baseUnits = 19;  // revolutions
-    sensor.rateUnits = 3;   // a minute
+    sensor.baseUnits = 19;  // revolutions a minute
     sensor.numbers = {{"accuracy", 100}, {"lower-threshold-critical", 900}};
     sensor.lowest = 1200;
     sensor.highest = 1300;
