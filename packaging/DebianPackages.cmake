@@ -1,11 +1,12 @@
 # The Debian packages by CPack: the provider, the chip library of any Linux machine, the simulated terminal, the host, its
-# services. Made by the preset "package".
-foreach(package zelsensors zelsensors-linux zelsensors-simulator zelhost zelsensors-metrics)
+# services, what watches many terminals. Made by the preset "package".
+foreach(package zelsensors zelsensors-linux zelsensors-simulator zelhost zelsensors-metrics zelsensors-fleet)
     set(component_of_zelsensors provider)
     set(component_of_zelsensors-linux zelsensors-linux)
     set(component_of_zelsensors-simulator simulator)
     set(component_of_zelhost host)
     set(component_of_zelsensors-metrics metrics)
+    set(component_of_zelsensors-fleet fleet)
     set(component ${component_of_${package}})
     # Each package has its own copyright file, since the programs differ in the libraries that are compiled into them.
     install(FILES debian/${package}.copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
@@ -35,7 +36,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/FinishStaging.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL provider zelsensors-linux simulator host metrics)
+set(CPACK_COMPONENTS_ALL provider zelsensors-linux simulator host metrics fleet)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 
 # The provider's package depends on no package with a chip library: the terminal has its own, and on any other machine
@@ -109,5 +110,17 @@ set(CPACK_DEBIAN_METRICS_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/postinst
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/prerm
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-metrics/postrm)
+
+set(CPACK_DEBIAN_FLEET_DESCRIPTION "rules and page for many point-of-sale terminals
+For the Prometheus server that watches terminals: recording and alerting
+rules for what zelhost metrics tells, a page of all terminals for its console
+directory, and examples for Prometheus and Alertmanager.
+
+It changes no configuration: fleet.md says which lines to add.")
+set(CPACK_DEBIAN_FLEET_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_FLEET_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_FLEET_PACKAGE_RECOMMENDS "prometheus")
+set(CPACK_DEBIAN_FLEET_PACKAGE_SUGGESTS "prometheus-alertmanager, prometheus-node-exporter")
+set(CPACK_DEBIAN_FLEET_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/zelsensors-fleet/conffiles)
 
 include(CPack)

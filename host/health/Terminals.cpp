@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <optional>
 #include <utility>
 
 #include "health/SensorVisit.h"
@@ -32,7 +33,7 @@ class Tour {
     std::vector<Terminal> result() {
         while (m_done < m_visits.size()) {
             askAsManyAsMayBe();
-            for (Servers::Answer& answer : m_servers.answers(nextTime())) take(std::move(answer));
+            if (std::optional<Servers::Answer> answer = m_servers.answer(nextTime())) take(std::move(*answer));
         }
         return std::move(m_terminals);
     }

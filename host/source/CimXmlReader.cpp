@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <pugixml.hpp>
@@ -200,7 +201,9 @@ class Reader {
 
     std::vector<NamedValue> properties(xml_node instance) {
         std::vector<NamedValue> result;
-        for (const xml_node each : instance.children()) {
+        const auto children = instance.children();
+        result.reserve(static_cast<std::size_t>(std::distance(children.begin(), children.end())));
+        for (const xml_node each : children) {
             if (each.type() != pugi::node_element || isNamed(each, "QUALIFIER")) continue;
             result.push_back({noted(each.attribute("NAME").value()), propertyOf(each)});
         }

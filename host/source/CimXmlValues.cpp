@@ -1,10 +1,11 @@
 #include "source/CimXmlValues.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdint>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "broker/Names.h"
 #include "text/Blanks.h"
@@ -15,9 +16,24 @@ namespace {
 
 using broker::Value;
 
-constexpr std::array<CMPIType, 14> TYPES{CMPI_boolean, CMPI_char16, CMPI_real32, CMPI_real64,  CMPI_uint8,
-                                         CMPI_uint16,  CMPI_uint32, CMPI_uint64, CMPI_sint8,   CMPI_sint16,
-                                         CMPI_sint32,  CMPI_sint64, CMPI_string, CMPI_dateTime};
+struct NamedType {
+    std::string name;
+    CMPIType type;
+};
+
+// Those that DSP0201 knows. Each property of each answer is looked up here.
+const std::vector<NamedType>& namedTypes() {
+    static const std::vector<NamedType> types = [] {
+        std::vector<NamedType> all;
+        for (const CMPIType type :
+             {CMPI_boolean, CMPI_char16, CMPI_real32, CMPI_real64, CMPI_uint8, CMPI_uint16, CMPI_uint32, CMPI_uint64,
+              CMPI_sint8, CMPI_sint16, CMPI_sint32, CMPI_sint64, CMPI_string, CMPI_dateTime}) {
+            all.push_back({broker::nameOfType(type), type});
+        }
+        return all;
+    }();
+    return types;
+}
 
 constexpr std::size_t DATE_LENGTH = 25;
 
@@ -93,10 +109,11 @@ std::optional<Value> characterIn(std::string_view text) {
 }  // namespace
 
 std::optional<CMPIType> cimTypeNamed(std::string_view name) {
-    const auto* found = std::find_if(
-        TYPES.begin(), TYPES.end(), [name](CMPIType type) { return broker::sameName(broker::nameOfType(type), name); });
-    if (found == TYPES.end()) return std::nullopt;
-    return *found;
+    const std::vector<NamedType>& types = namedTypes();
+    const auto found = std::find_if(types.begin(), types.end(),
+                                    [name](const NamedType& each) { return broker::sameName(each.name, name); });
+    if (found == types.end()) return std::nullopt;
+    return found->type;
 }
 
 std::optional<Value> cimValueIn(const std::string& text, CMPIType type) {

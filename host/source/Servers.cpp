@@ -36,13 +36,19 @@ void Servers::ask(std::size_t server, const Reading& reading) {
     }
 }
 
-std::vector<Servers::Answer> Servers::answers(Clock::time_point until) {
-    std::vector<Answer> all = std::move(m_ready);
-    m_ready.clear();
-    for (HttpMany::Ended& ended : m_http.wait(all.empty() ? until : Clock::time_point::min())) {
-        all.push_back(answerOf(std::move(ended)));
+std::optional<Servers::Answer> Servers::answer(Clock::time_point until) {
+    if (!m_ready.empty()) {
+        Answer answer = std::move(m_ready.front());
+        m_ready.pop_front();
+        return answer;
     }
-    return all;
+    for (HttpMany::Ended& ended : m_http.wait(m_came.empty() ? until : Clock::time_point::min())) {
+        m_came.push_back(std::move(ended));
+    }
+    if (m_came.empty()) return std::nullopt;
+    HttpMany::Ended ended = std::move(m_came.front());
+    m_came.pop_front();
+    return answerOf(std::move(ended));
 }
 
 Servers::Answer Servers::answerOf(HttpMany::Ended ended) {

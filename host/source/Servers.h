@@ -3,8 +3,10 @@
 #define ZELSENSORS_SOURCE_SERVERS_H
 
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -38,8 +40,8 @@ class Servers {
 
     const std::vector<std::string>& urls() const { return m_urls; }
 
-    // MOST_AT_ONCE requests are under way.
-    bool isFull() const { return m_http.isFull(); }
+    // MOST_AT_ONCE requests are under way, or as many answers have come that nobody has taken.
+    bool isFull() const { return m_http.isFull() || m_came.size() >= MOST_AT_ONCE; }
 
     // Sends a request; not where isFull(), and not to a server whose answer has not come.
     void ask(std::size_t server, const Reading& reading);
@@ -49,8 +51,9 @@ class Servers {
         broker::Reply reply;
         std::string failure;  // not empty where no usable answer came: a sentence, see ServerError
     };
-    // Those that have come since; waits for one, but not longer than until then.
-    std::vector<Answer> answers(Clock::time_point until);
+    // One that has come; waits for it, but not longer than until then. Where several have come, the others are read
+    // later, so that the next requests can be sent first: servers answer while answers are read.
+    std::optional<Answer> answer(Clock::time_point until);
 
   private:
     Answer answerOf(HttpMany::Ended ended);
@@ -60,7 +63,8 @@ class Servers {
     Warning m_warn;
     HttpMany m_http;
     std::map<std::size_t, CimXmlRequest> m_requests;  // under way, by server
-    std::vector<Answer> m_ready;                      // of requests that cannot be sent
+    std::deque<Answer> m_ready;                       // of requests that cannot be sent
+    std::deque<HttpMany::Ended> m_came;               // not read yet
     std::set<std::size_t> m_warned;
     unsigned m_lastMessage = 1000;
 };

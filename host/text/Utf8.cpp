@@ -1,5 +1,6 @@
 #include "text/Utf8.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace host {
@@ -56,7 +57,12 @@ std::string utf8Of(char32_t codePoint) {
 }
 
 bool isFitForXml(std::string_view text) {
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~'; };
     while (!text.empty()) {
+        // Nearly all texts end here.
+        const auto* const other = std::find_if_not(text.begin(), text.end(), isPlain);
+        text.remove_prefix(static_cast<std::size_t>(other - text.begin()));
+        if (text.empty()) return true;
         const Character next = firstCharacter(text);
         const char32_t code = next.codePoint;
         const bool isPermittedControl = code == U'\t' || code == U'\n' || code == U'\r';

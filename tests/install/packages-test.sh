@@ -49,6 +49,7 @@ simulator=$(ls "$work"/packages/zelsensors-simulator_*.deb)
 linux=$(ls "$work"/packages/zelsensors-linux_*.deb)
 host=$(ls "$work"/packages/zelhost_*.deb)
 metrics=$(ls "$work"/packages/zelsensors-metrics_*.deb)
+fleet=$(ls "$work"/packages/zelsensors-fleet_*_all.deb)
 
 step "lintian"
 # Other init systems have the commands, since zelhost runs under any of them; the sandbox is systemd's alone. Debian
@@ -58,7 +59,7 @@ case $(lintian --print-version) in
     *) suppressed= ;;
 esac
 lintian ${suppressed:+--suppress-tags "$suppressed"} --allow-root --display-info --fail-on error,warning,info \
-    "$provider" "$linux" "$simulator" "$host" "$metrics" ||
+    "$provider" "$linux" "$simulator" "$host" "$metrics" "$fleet" ||
     fail "lintian has found something"
 
 step "What the packages hold"
@@ -93,6 +94,17 @@ for file in lib/systemd/system/zelsensors-metrics.service lib/systemd/system/zel
 done
 [ "$(dpkg-deb -f "$metrics" Architecture)" = all ] || fail "the services' package is not for all architectures"
 [ "$(dpkg-deb -f "$metrics" Recommends)" = prometheus-node-exporter ] || fail "it does not recommend node_exporter"
+dpkg-deb -c "$fleet" >"$work/fleet.list"
+for file in etc/prometheus/rules/zelsensors-recording.yml etc/prometheus/rules/zelsensors-alerting.yml \
+    etc/prometheus/consoles/terminals.html usr/share/doc/zelsensors-fleet/fleet.md \
+    usr/share/doc/zelsensors-fleet/examples/prometheus.yml; do
+    grep -qF " ./$file" "$work/fleet.list" || fail "no $file in the package for many terminals"
+done
+# What is there is the administrator's; Prometheus' own configuration is nobody's here.
+dpkg-deb --info "$fleet" conffiles | sort >"$work/conffiles"
+sed -n 's|.* \./\(etc/[^ ]*[^/]\)$|/\1|p' "$work/fleet.list" | sort | diff -u "$work/conffiles" - ||
+    fail "files below /etc and conffiles differ"
+if grep -q 'etc/prometheus/prometheus.yml\|etc/default' "$work/fleet.list"; then fail "it ships Prometheus' configuration"; fi
 dpkg-deb -f "$linux" Depends | grep -q libsensors5 || fail "the chip library for Linux machines does not depend on libsensors5"
 dpkg-deb -f "$provider" Description | grep -q 'libzelchip\.so\.0' || fail "its description does not name the chip library"
 
@@ -169,13 +181,18 @@ echo lib >"$manager/var/providerDir"
 for file in running calls modules; do : >"$manager/var/$file"; done
 : >"$manager/share/sfcb/CIM/CIM_Schema.mof"
 ln -s /opt/manager/var/lib/sfcb "$root/var/lib/sfcb"
+# As Debian's Prometheus has them.
+mkdir -p "$root/etc/prometheus/consoles"
+echo 'global: {}' >"$root/etc/prometheus/prometheus.yml"
 contents >"$work/before"
 
 step "Installing"
-dpkg --root="$root" --log=/dev/null -i "$provider" "$simulator" "$host" "$metrics" >"$work/install.log" 2>&1 ||
+dpkg --root="$root" --log=/dev/null -i "$provider" "$simulator" "$host" "$metrics" "$fleet" >"$work/install.log" \
+    2>&1 ||
     { cat "$work/install.log"; fail "the packages do not install"; }
 [ "$(readlink "$root/$libraries/cmpi/libzelsensors.so")" = ../libzelsensors.so.0 ] ||
     fail "no link in the object managers' directory"
+[ "$(cat "$root/etc/prometheus/prometheus.yml")" = 'global: {}' ] || fail "Prometheus' configuration has changed"
 [ -d "$root/var/log/tarn" ] || fail "no /var/log/tarn"
 [ -f "$root/etc/logrotate.d/zelsensors" ] || fail "no rule for logrotate"
 for example in log.conf sensor.conf; do
@@ -275,7 +292,8 @@ left_after() {
 
 step "Removing"
 PATH=/opt/manager/bin:$PATH dpkg --root="$root" --log=/dev/null -r zelsensors zelsensors-linux zelsensors-simulator \
-    zelhost zelsensors-metrics >"$work/remove.log" 2>&1 || { cat "$work/remove.log"; fail "the packages cannot be removed"; }
+    zelhost zelsensors-metrics zelsensors-fleet >"$work/remove.log" 2>&1 ||
+    { cat "$work/remove.log"; fail "the packages cannot be removed"; }
 [ ! -L "$manager/lib/libzelsensors.so" ] || fail "the link in OpenPegasus's provider directory is left"
 [ ! -s "$manager/var/modules" ] || fail "OpenPegasus has the module still"
 grep -qF 'sfcbunstage -n root/cimv2 -r tqs.reg tqs.mof && sfcbrepos -f' "$work/remove.log" ||
@@ -289,6 +307,8 @@ left_after removal /etc/default /etc/default/zelsensors-metrics /etc/logrotate.d
     /var/lib/systemd/deb-systemd-helper-enabled/multi-user.target.wants/zelsensors-metrics.service \
     /var/lib/systemd/deb-systemd-helper-enabled/zelsensors-event-log.service.dsh-also \
     /var/lib/systemd/deb-systemd-helper-enabled/zelsensors-metrics.service.dsh-also \
+    /etc/prometheus/consoles/terminals.html /etc/prometheus/rules /etc/prometheus/rules/zelsensors-alerting.yml \
+    /etc/prometheus/rules/zelsensors-recording.yml \
     /var/log/tarn /var/log/tarn/tarn.log
 
 step "Purging"
@@ -297,7 +317,7 @@ step "Purging"
 mkdir -p "$root/var/lib/zelsensors-metrics"
 : >"$root/var/lib/zelsensors-metrics/event-log.state"
 dpkg --root="$root" --log=/dev/null -P zelsensors zelsensors-linux zelsensors-simulator zelhost \
-    zelsensors-metrics >"$work/purge.log" 2>&1 ||
+    zelsensors-metrics zelsensors-fleet >"$work/purge.log" 2>&1 ||
     { cat "$work/purge.log"; fail "the packages cannot be purged"; }
 left_after purging /etc/tarn /etc/tarn/log.conf /etc/tarn/sensor.conf /var/log/tarn /var/log/tarn/somebodys
 echo "The packages: all steps passed"

@@ -90,6 +90,7 @@ mkdir -p "$guest" "$kernels"
 for command in qemu-system-x86_64 busybox cpio depmod iasl modprobe strip xz; do
     command -v $command >/dev/null || unavailable "there is no $command here"
 done
+for file; do [ -e "${file%%=*}" ] || unavailable "there is no ${file%%=*} here"; done
 { read -r kernel && read -r modules; } <"$sources/kernel"
 # Several builds may be tested at a time.
 exec 9>"$kernels/lock"

@@ -59,6 +59,13 @@ TEST_F(ChipProgramTest, WhereThereIsNoOtherTheSimulatedOnePlaysAndSaysSo) {
     EXPECT_EQ(end.errors, "zelhost: this system has no libzelchip.so.0; what follows is simulated\n");
 }
 
+TEST_F(ChipProgramTest, DoctorMissesTheSystemsLibraryWhereTheSimulatedOnePlays) {
+    const ProgramEnd end = runProgram({"doctor"}, {}, install(true));
+    EXPECT_EQ(end.exitCode, 1) << end.errors;
+    EXPECT_THAT(end.output, HasSubstr("the system has none, so one is simulated"));
+    EXPECT_THAT(end.output, HasSubstr("1. install the chip library: "));
+}
+
 TEST_F(ChipProgramTest, SimulatedOneThatIsAskedForPlaysOnATerminalToo) {
     const std::string program = install(true);
     const std::string scenario = m_directory.write("scenario.toml", TWO_SENSORS);

@@ -70,6 +70,8 @@ TEST_F(SeenLinesTest, TornFileGivesNoLinesWhereverItIsTorn) {
     }
     m_directory.write("state", whole + "more\n");
     EXPECT_EQ(m_seen.read().complaint, m_path + ":1: 3 lines are announced, and 4 whole ones are there");
+    m_directory.write("state", whole + "mor");
+    EXPECT_EQ(m_seen.read().lines, std::nullopt) << "a line too many, without its end";
     m_directory.write("state", "zelhost log state 1: x lines\n");
     EXPECT_EQ(m_seen.read().complaint, m_path + ":1: the title is cut short");
 }

@@ -73,6 +73,21 @@ TEST(SensorsTableTest, LimitsGoBeforeNamesGetTooShortTheLowerOnesFirst) {
               "Power Supply...  87.10 °C  critical high");
 }
 
+TEST(SensorsTableTest, OneLineIsTakenWhereTheShortestNameJustFits) {
+    const auto at = [](std::size_t columns) {
+        return sensorsTable({three()[0]}, {Charset::Utf8, columns, false, false});
+    };
+    EXPECT_EQ(at(37), "Power Sup...  87.10 °C  critical high\n");
+    EXPECT_EQ(at(36), "Power Supply Temperature(00000013)\n  87.10 °C  critical high\n");
+}
+
+TEST(SensorsTableTest, NamesSendNothingToTheTerminal) {
+    EXPECT_EQ(sensorsTable({Sensor::withoutReading("A\x1b[31m", "it is gone")}, {Charset::Utf8, 0, false, false}),
+              "A\\x1b[31m  -  no reading  -  -\n"
+              "\n"
+              "A\\x1b[31m: no reading; it is gone\n");
+}
+
 TEST(SensorsTableTest, WhereOneLineIsTooNarrowASensorTakesSeveral) {
     EXPECT_EQ(sensorsTable({three()[0]}, {Charset::Utf8, 30, false, false}),
               "Power Supply Temperature(00000\n  87.10 °C  critical high\n");

@@ -42,6 +42,15 @@ TEST(SensorNamesTest, LabelMeansAllThatBearIt) {
     EXPECT_THAT(meantBy("+5 v"), ElementsAre(6));
 }
 
+TEST(SensorNamesTest, LabelThatBeginsAnotherMeansItsOwnSensorInAnyCase) {
+    const std::vector<std::string> names{"CPU Fan(00000040)", "CPU Fan 2(00000041)"};
+    for (const char* word : {"CPU Fan", "cpu FAN", "cpu fan(00000040)"}) {
+        const NameMatch match = namesMeantBy(word, names);
+        EXPECT_FALSE(match.isAmbiguous) << word;
+        EXPECT_THAT(match.places, ElementsAre(0)) << word;
+    }
+}
+
 TEST(SensorNamesTest, HandleIsTakenAsShownAndAsANumber) {
     EXPECT_THAT(meantBy("0000001a"), ElementsAre(2));
     EXPECT_THAT(meantBy("DEADBEEF"), ElementsAre(5));

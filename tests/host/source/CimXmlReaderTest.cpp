@@ -262,6 +262,15 @@ TEST(CimXmlReaderTest, DeepNestingIsRefusedWithoutHarm) {
         SizeIs(1));
 }
 
+TEST(CimXmlReaderTest, AsManyReferencesAsThereAreStandBesideEachOther) {
+    std::string name = "<INSTANCENAME CLASSNAME=\"T\">";
+    for (int i = 0; i < 100; ++i) {
+        name += "<KEYBINDING NAME=\"K" + std::to_string(i) +
+                "\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"C\"/></VALUE.REFERENCE></KEYBINDING>";
+    }
+    EXPECT_EQ(readCimXml(namesAnswer(name + "</INSTANCENAME>"), NAMES).reply.paths.at(0).keys.size(), 100U);
+}
+
 TEST(CimXmlReaderTest, RecordedBodiesAreRead) {
     std::size_t count = 0;
     for (const Recorded& recorded : allRecorded()) {

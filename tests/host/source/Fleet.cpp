@@ -119,7 +119,8 @@ std::size_t Fleet::mostOpenAtOnce() const {
 void Fleet::serve() {
     std::array<epoll_event, 64> happened{};
     for (;;) {
-        const int count = epoll_wait(m_events, happened.data(), static_cast<int>(happened.size()), -1);
+        const int timeout = isAwaited() ? 1 : -1;
+        const int count = epoll_wait(m_events, happened.data(), static_cast<int>(happened.size()), timeout);
         for (int i = 0; i < count; ++i) {
             const int descriptor = happened.at(static_cast<std::size_t>(i)).data.fd;
             if (descriptor == m_ending) return;
@@ -161,6 +162,10 @@ void Fleet::read(int socket) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_requests.at(client.server);
     m_lastRequests.at(client.server) = requestIn(client.received);
+}
+
+bool Fleet::isAwaited() const {
+    return std::any_of(m_clients.begin(), m_clients.end(), [](const auto& each) { return each.second.hasRequest; });
 }
 
 // Again as long as one answer may be what another waits for.

@@ -18,7 +18,7 @@ class Fleet {
         bool closes = false;  // the connection, behind the bytes
     };
     // What a server does when a request has come, given its body. Nothing: not yet; it is asked again whenever
-    // something else has happened. In the fleet's thread.
+    // something else has happened, and every millisecond. In the fleet's thread.
     using Behaviour = std::function<std::optional<Deed>(std::size_t server, const std::string& body)>;
 
     // Listens from the start to the end of its life. `mostOpen` is how many connections its client should have open at
@@ -47,6 +47,7 @@ class Fleet {
     void serve();
     void accept(std::size_t server);
     void read(int socket);
+    bool isAwaited() const;
     void answerAll();
     bool answer(int socket, Client& client);
     void closeEnded();

@@ -1,0 +1,148 @@
+"""What many terminals cost a Prometheus: series, samples, processor, memory, rules, and the page.
+See tools/bench-fleet.
+
+usage: fleet.py SOURCE-DIRECTORY ZELHOST TERMINALS...
+"""
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import urllib.request
+
+SOURCE, ZELHOST = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+sys.path[:0] = [os.path.join(SOURCE, 'fleet/simulation'), os.path.join(SOURCE, 'tests/fleet')]
+import browser  # noqa: E402
+import servers  # noqa: E402
+
+INTERVAL_S = 30
+EVALUATION_S = 30
+WINDOW_S = 90  # whole rounds of both
+# In a process of its own, so that its work is not counted.
+EXPORTERS = '''
+import os, sys, time
+sys.path.insert(0, os.path.join(sys.argv[1], 'fleet/simulation'))
+from children import Children
+from terminals import Exporters, Pages
+children = Children()
+pages = Pages(children, sys.argv[2], os.path.join(sys.argv[1], 'chipsim/scenarios'),
+              os.path.join(sys.argv[3], 'pages'), '15s')
+Exporters(pages).write_targets(os.path.join(sys.argv[3], 'targets.json'), int(sys.argv[4]))
+try:
+    sys.stdin.read()  # until the benchmark ends
+finally:
+    children.end()
+'''
+
+
+def cpu_s(process):
+    with open(f'/proc/{process}/stat', encoding='ascii') as file:
+        fields = file.read().rsplit(')', 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf('SC_CLK_TCK')
+
+
+def memory_mb(process):
+    with open(f'/proc/{process}/status', encoding='ascii') as file:
+        return next(int(line.split()[1]) for line in file if line.startswith('VmRSS')) / 1024
+
+
+def own(prometheus):
+    """Prometheus' own metrics, summed over their labels."""
+    values = {}
+    for line in servers.fetch(prometheus.url + '/metrics').decode().splitlines():
+        if not line.startswith('#'):
+            name, value = line.rsplit(' ', 1)
+            name = name.split('{')[0]
+            values[name] = values.get(name, 0) + float(value)
+    return values
+
+
+def window(prometheus):
+    """Per second of some rounds: samples and processor time."""
+    before, cpu, began = own(prometheus), cpu_s(prometheus.process.pid), time.monotonic()
+    time.sleep(WINDOW_S)
+    after, seconds = own(prometheus), time.monotonic() - began
+    name = 'prometheus_tsdb_head_samples_appended_total'
+    return {
+        'samples': (after[name] - before[name]) / seconds,
+        'cpu': (cpu_s(prometheus.process.pid) - cpu) / seconds,
+    }
+
+
+def page(prometheus):
+    """Queries of the overview; milliseconds from the last answer, and from the start of all, to the drawn page."""
+    chromium = browser.Browser(1400, 1000)
+    try:
+        drawing, whole = [], []
+        for _ in range(5):
+            chromium.open(prometheus.page)
+            chromium.wait('performance.getEntriesByName("overview").length')
+            drawing.append(chromium.evaluate('performance.getEntriesByName("overview")[0].duration'))
+            whole.append(chromium.evaluate('performance.getEntriesByName("drawn")[0].startTime'))
+        queries = len([url for url in chromium.requests if '/api/' in url])
+        return [queries, f'{sorted(drawing)[2]:.0f}', f'{sorted(whole)[2]:.0f}']
+    finally:
+        chromium.close()
+
+
+def measure(count):
+    directory = tempfile.mkdtemp(prefix='zelsensors-bench-')
+    exporters = subprocess.Popen(
+        [sys.executable, '-B', '-c', EXPORTERS, SOURCE, ZELHOST, directory, str(count)], stdin=subprocess.PIPE
+    )
+    prometheus = None
+    try:
+        targets = os.path.join(directory, 'targets.json')
+        servers.wait_for(lambda: os.path.exists(targets), 'the exporters')
+        prometheus = servers.Prometheus(
+            SOURCE,
+            directory,
+            evaluation=f'{EVALUATION_S}s',
+            change=lambda rules: rules,
+            configuration=f'''
+scrape_configs:
+  - job_name: terminals
+    scrape_interval: {INTERVAL_S}s
+    sample_limit: 500
+    file_sd_configs: [{{files: [targets.json]}}]
+    metric_relabel_configs: [{{source_labels: [__name__], regex: 'zelsensors_.+|node_textfile_.+', action: keep}}]
+''',
+        )
+        servers.wait_for(
+            lambda: len(prometheus.query('instance:zelsensors_state')) == count, 'all terminals in the rules'
+        )
+        # Of a terminal that is new, one page alone cannot be told from one that never changes.
+        stale = 'ALERTS{alertname="TerminalPageStale"}'
+        servers.wait_for(lambda: len(prometheus.query(stale)) <= count // 60 + 1, 'pages that have changed')
+        with_rules = window(prometheus)
+        values = own(prometheus)
+        chromium_figures = page(prometheus)
+        # Without rules: what the processor then has less to do is theirs.
+        configuration = os.path.join(directory, 'prometheus.yml')
+        with open(configuration, encoding='utf-8') as file:
+            text = file.read()
+        with open(configuration, 'w', encoding='utf-8') as file:
+            file.write(''.join(line for line in text.splitlines(True) if not line.startswith('rule_files')))
+        urllib.request.urlopen(urllib.request.Request(prometheus.url + '/-/reload', method='POST')).close()
+        without_rules = window(prometheus)
+        figures = [
+            count,
+            f'{values["prometheus_tsdb_head_series"]:.0f}',
+            f'{with_rules["samples"]:.0f}',
+            f'{with_rules["cpu"] * 100:.0f}',
+            f'{memory_mb(prometheus.process.pid):.0f}',
+            f'{(with_rules["cpu"] - without_rules["cpu"]) * EVALUATION_S:.2f}',
+            *chromium_figures,
+        ]
+        print(*figures, sep='\t', flush=True)
+    finally:
+        if prometheus:
+            prometheus.close()
+        exporters.stdin.close()
+        exporters.wait()
+        shutil.rmtree(directory)
+
+
+for number in sys.argv[3:]:
+    measure(int(number))
