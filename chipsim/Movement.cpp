@@ -7,12 +7,6 @@
 
 namespace {
 
-std::uint64_t wallClockMilliseconds() {
-    timeval now{};
-    gettimeofday(&now, nullptr);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_usec) / 1000;
-}
-
 std::uint64_t position(std::uint64_t step, std::uint64_t length, AtEnd atEnd) {
     if (atEnd == AtEnd::Hold) return std::min(step, length - 1);
     if (atEnd == AtEnd::Repeat || length == 1) return step % length;
@@ -32,9 +26,22 @@ std::uint64_t nextRandom(std::uint64_t& state) {
 
 }  // namespace
 
-int Movement::valueAt(std::uint64_t call) const {
-    const std::uint64_t step = stepMilliseconds == 0 ? call : wallClockMilliseconds() / stepMilliseconds;
-    return (*values)[position(step + ahead, values->size(), atEnd)];
+std::uint64_t wallClockMilliseconds() {
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_usec) / 1000;
+}
+
+std::uint64_t Movement::stepAt(const Moment& moment) const {
+    if (times) {
+        const auto later = std::upper_bound(times->begin(), times->end(), moment.sinceStart);
+        return later == times->begin() ? 0 : static_cast<std::uint64_t>(later - times->begin()) - 1;
+    }
+    return stepMilliseconds == 0 ? moment.call : wallClockMilliseconds() / stepMilliseconds;
+}
+
+int Movement::valueAt(const Moment& moment) const {
+    return (*values)[position(stepAt(moment) + ahead, values->size(), atEnd)];
 }
 
 std::vector<int> sineValues(int middle, int amplitude, unsigned period) {

@@ -9,7 +9,7 @@
 
 #include "Words.h"
 
-enum class MovementKind { Constant, Series, Sine, Ramp, RandomWalk };
+enum class MovementKind { Constant, Series, Sine, Ramp, RandomWalk, Recorded };
 
 namespace {
 
@@ -26,7 +26,8 @@ constexpr Word KINDS[] = {{"constant", static_cast<int>(MovementKind::Constant)}
                           {"series", static_cast<int>(MovementKind::Series)},
                           {"sine", static_cast<int>(MovementKind::Sine)},
                           {"ramp", static_cast<int>(MovementKind::Ramp)},
-                          {"random-walk", static_cast<int>(MovementKind::RandomWalk)}};
+                          {"random-walk", static_cast<int>(MovementKind::RandomWalk)},
+                          {"recorded", static_cast<int>(MovementKind::Recorded)}};
 
 using Values = std::shared_ptr<const std::vector<int>>;
 
@@ -80,6 +81,8 @@ std::vector<std::string_view> readingKeys(MovementKind kind) {
             return {"kind", "every", "step-ms", "middle", "amplitude", "period"};
         case MovementKind::Ramp:
             return {"kind", "every", "step-ms", "from", "to", "steps", "then"};
+        case MovementKind::Recorded:
+            return {"kind", "values"};
         case MovementKind::RandomWalk:
             break;
     }
@@ -96,7 +99,9 @@ AtEnd atEnd(const TableReader& reading, bool byClock) {
 
 }  // namespace
 
-MovementReader::MovementReader(const TableReader& sensor, std::uint64_t seed) : m_seed(seed) {
+MovementReader::MovementReader(const TableReader& sensor, std::uint64_t seed,
+                               std::shared_ptr<const RecordedTimes> times)
+    : m_seed(seed), m_times(std::move(times)) {
     if (sensor.holdsInteger("reading")) {
         m_movement.values = shared({sensor.integer("reading")});
         return;
@@ -104,7 +109,7 @@ MovementReader::MovementReader(const TableReader& sensor, std::uint64_t seed) : 
     const TableReader reading = sensor.table("reading", "reading", describe(ANY_INT) + " or a table with 'kind'");
     const auto kind = static_cast<MovementKind>(reading.word("kind", KINDS));
     reading.allowOnly(readingKeys(kind));
-    reading.collect([&] { readSteps(reading); });
+    if (kind != MovementKind::Recorded) reading.collect([&] { readSteps(reading); });
     reading.collect([&] { readValues(reading, kind); });
 }
 
@@ -148,5 +153,19 @@ void MovementReader::readValues(const TableReader& reading, MovementKind kind) {
             m_walk = walkBounds(reading);
             m_movement.atEnd = AtEnd::Back;
             break;
+        case MovementKind::Recorded:
+            readRecorded(reading);
+            break;
     }
+}
+
+void MovementReader::readRecorded(const TableReader& reading) {
+    m_movement.values = shared(reading.integers("values"));
+    if (!m_times) reading.wrong("kind", "\"recorded\"", "it in a file with a good [recording] only");
+    if (m_movement.values->size() != m_times->size()) {
+        reading.wrong("values", "an array of " + std::to_string(m_movement.values->size()),
+                      "as many as [recording] has times: " + std::to_string(m_times->size()));
+    }
+    m_movement.times = m_times;
+    m_movement.atEnd = AtEnd::Hold;
 }

@@ -3,6 +3,7 @@
 #define ZELSENSORS_CHIPSIM_MOVEMENTREADER_H
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 #include "Movement.h"
@@ -13,8 +14,9 @@ enum class MovementKind;
 // Reads from a [[sensor]] table how the sensor's reading moves.
 class MovementReader {
   public:
-    // Takes down mistakes inside the table `reading`; throws Mistake where there is no such table.
-    MovementReader(const TableReader& sensor, std::uint64_t seed);
+    // Takes down mistakes inside the table `reading`; throws Mistake where there is no such table. `times` are those of
+    // the file's recording: null where it has none.
+    MovementReader(const TableReader& sensor, std::uint64_t seed, std::shared_ptr<const RecordedTimes> times);
 
     // For one of the table's sensors: `copy` counts them from 0. Not after mistakes.
     Movement movementOf(unsigned handle, std::uint64_t copy) const;
@@ -22,8 +24,10 @@ class MovementReader {
   private:
     void readSteps(const TableReader& reading);
     void readValues(const TableReader& reading, MovementKind kind);
+    void readRecorded(const TableReader& reading);
 
     std::uint64_t m_seed;
+    std::shared_ptr<const RecordedTimes> m_times;
     Movement m_movement;
     std::optional<WalkBounds> m_walk;  // each copy walks on its own
 };

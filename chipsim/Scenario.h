@@ -22,10 +22,12 @@ struct SimulatedSensor {
 // Calls of one operation that fail, come late, or both.
 struct SimulatedFault {
     Operation operation = Operation::Initialise;
-    std::optional<unsigned> handle;      // none: calls on any sensor match
-    std::uint64_t fromCall = 1;          // the first matching call that is hit
-    std::optional<std::uint64_t> calls;  // how many are hit; none: all that follow
-    sscode status = 0;                   // 0: the call goes on as usual after the delay
+    std::optional<unsigned> handle;            // none: calls on any sensor match
+    std::uint64_t fromCall = 1;                // the first matching call that is hit
+    std::optional<std::uint64_t> calls;        // how many are hit; none: all that follow
+    std::int64_t fromMilliseconds = 0;         // since the chip was initialised: calls before are not hit
+    std::optional<std::int64_t> milliseconds;  // for so long; none: from then on
+    sscode status = 0;                         // 0: the call goes on as usual after the delay
     unsigned delayMilliseconds = 0;
 };
 

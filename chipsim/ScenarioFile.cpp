@@ -1,13 +1,17 @@
 #include "ScenarioFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -28,6 +32,7 @@ constexpr Range ANY_HANDLE = {0, UINT32_TOP};
 constexpr Range ANY_BYTE = {0, 255};
 constexpr Range COUNT = {1, 10000};
 constexpr Range DELAY_MILLISECONDS = {0, 600000};
+constexpr Range RECORDED_MILLISECONDS = {0, std::numeric_limits<int>::max()};
 
 constexpr Word MODELS[] = {{"none", static_cast<int>(Model::None)},
                            {"grebel", static_cast<int>(Model::Grebel)},
@@ -38,10 +43,6 @@ constexpr Word OPERATIONS[] = {{"initialise", static_cast<int>(Operation::Initia
                                {"read", static_cast<int>(Operation::Read)},
                                {"event-log", static_cast<int>(Operation::EventLog)}};
 
-struct NumberKey {
-    std::string_view key;
-    int CSensorInformation::*member;
-};
 // The numbers of a sensor that a chip need not report.
 constexpr NumberKey OPTIONAL_NUMBERS[] = {
     {"accuracy", &CSensorInformation::accuracy},
@@ -97,11 +98,12 @@ class ScenarioReader {
     ScenarioReader(std::string_view text, const std::string& name) : m_file(TableReader::ofFile(text, name)) {}
 
     Scenario read() {
-        m_file.allowOnly({"model", "seed", "sensor", "event-log", "fault"});
+        m_file.allowOnly({"model", "seed", "recording", "sensor", "event-log", "fault"});
         m_file.collect([&] {
             m_scenario.model = static_cast<Model>(m_file.word("model", MODELS, static_cast<int>(Model::None)));
         });
         m_file.collect([&] { m_seed = static_cast<std::uint64_t>(m_file.number("seed", {0, UINT32_TOP}, 1)); });
+        m_file.collect([&] { readRecording(); });
         m_areHandlesKnown = m_file.collect([&] {
             for (const TableReader& sensor : m_file.tables("sensor")) addSensors(sensor);
         }) && m_areHandlesKnown;
@@ -114,6 +116,18 @@ class ScenarioReader {
     }
 
   private:
+    void readRecording() {
+        if (!m_file.has("recording")) return;
+        const TableReader reader = m_file.table("recording", "[recording]", "one [recording] table");
+        reader.allowOnly({"times-ms"});
+        auto times = std::make_shared<RecordedTimes>(reader.integers("times-ms"));
+        if (times->front() < 0 ||
+            std::adjacent_find(times->begin(), times->end(), std::greater_equal<>()) != times->end()) {
+            reader.wrong("times-ms", "in another order", "times from 0 on, each later than the one before");
+        }
+        m_times = std::move(times);
+    }
+
     static void allowSensorKeys(const TableReader& sensor) {
         std::vector<std::string_view> keys = {
             "handle",     "count",      "name",          "reading",  "sensor-type", "other-sensor-type-description",
@@ -136,7 +150,7 @@ class ScenarioReader {
         m_areHandlesKnown &= isKnown;
         const CSensorInformation information = readInformation(sensor);
         std::optional<MovementReader> movement;
-        sensor.collect([&] { movement.emplace(sensor, m_seed); });
+        sensor.collect([&] { movement.emplace(sensor, m_seed, m_times); });
         if (!sensor.hasMistakes()) addCopies(sensor, {static_cast<unsigned>(first), information, {}}, count, *movement);
     }
 
@@ -178,7 +192,7 @@ class ScenarioReader {
     }
 
     void addFault(const TableReader& reader) {
-        reader.allowOnly({"operation", "handle", "from-call", "calls", "status", "delay-ms"});
+        reader.allowOnly({"operation", "handle", "from-call", "calls", "from-ms", "for-ms", "status", "delay-ms"});
         constexpr Range anyCount = {1, UINT32_TOP};
         SimulatedFault fault;
         fault.operation = Operation::Read;  // takes a handle, so that a mistake here does not make one of the handle
@@ -189,6 +203,10 @@ class ScenarioReader {
         reader.collect([&] { fault.fromCall = static_cast<std::uint64_t>(reader.number("from-call", anyCount, 1)); });
         reader.collect([&] {
             if (reader.has("calls")) fault.calls = static_cast<std::uint64_t>(reader.number("calls", anyCount));
+        });
+        reader.collect([&] { fault.fromMilliseconds = reader.number("from-ms", RECORDED_MILLISECONDS, 0); });
+        reader.collect([&] {
+            if (reader.has("for-ms")) fault.milliseconds = reader.number("for-ms", {1, RECORDED_MILLISECONDS.highest});
         });
         reader.collect(
             [&] { fault.delayMilliseconds = static_cast<unsigned>(reader.number("delay-ms", DELAY_MILLISECONDS, 0)); });
@@ -214,6 +232,7 @@ class ScenarioReader {
     TableReader m_file;
     Scenario m_scenario;
     std::uint64_t m_seed = 1;
+    std::shared_ptr<const RecordedTimes> m_times;     // null where the file has no good recording
     std::map<unsigned, std::uint64_t> m_handleLines;  // where each handle was given
     bool m_areHandlesKnown = true;                    // no sensor's handles are a mistake
 };
@@ -231,6 +250,10 @@ std::string readFile(const std::string& path) {
 }
 
 }  // namespace
+
+std::vector<NumberKey> optionalNumbers() {
+    return {std::begin(OPTIONAL_NUMBERS), std::end(OPTIONAL_NUMBERS)};
+}
 
 Scenario readScenario(const std::string& path) {
     return ScenarioReader(readFile(path), path).read();

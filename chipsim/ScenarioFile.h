@@ -3,9 +3,18 @@
 #define ZELSENSORS_CHIPSIM_SCENARIOFILE_H
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Scenario.h"
 #include "ScenarioError.h"
+
+// A number of a sensor that a chip need not report.
+struct NumberKey {
+    std::string_view key;  // in the file
+    int CSensorInformation::*member;
+};
+std::vector<NumberKey> optionalNumbers();
 
 // The scenario of that file. Throws ScenarioError.
 Scenario readScenario(const std::string& path);

@@ -1,5 +1,6 @@
 #include "Terminal.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -14,6 +15,15 @@ bool hits(const SimulatedFault& fault, std::uint64_t call) {
     return call >= fault.fromCall && (!fault.calls || call - fault.fromCall < *fault.calls);
 }
 
+bool isAlwaysInTime(const SimulatedFault& fault) {
+    return fault.fromMilliseconds == 0 && !fault.milliseconds;
+}
+
+bool isInTime(const SimulatedFault& fault, std::int64_t sinceStart) {
+    const std::int64_t late = std::max<std::int64_t>(sinceStart, 0) - fault.fromMilliseconds;
+    return late >= 0 && (!fault.milliseconds || late < *fault.milliseconds);
+}
+
 }  // namespace
 
 Terminal::Terminal(Scenario scenario) : m_scenario(std::move(scenario)), m_faultCalls(m_scenario.faults.size()) {
@@ -21,6 +31,7 @@ Terminal::Terminal(Scenario scenario) : m_scenario(std::move(scenario)), m_fault
 }
 
 sscode Terminal::initialise() {
+    if (!m_start) m_start = wallClockMilliseconds();
     const sscode status = sufferFaults(Operation::Initialise);
     if (status == 0) m_initialised = true;
     return status;
@@ -50,7 +61,8 @@ sscode Terminal::read(unsigned handle, CSensorReading& reading) {
     const std::uint64_t call = sensor == nullptr ? 0 : sensor->calls++;
     if (const sscode status = sufferFaults(Operation::Read, handle)) return status;
     if (sensor == nullptr) return STATUS_UNKNOWN_HANDLE;
-    reading.value = sensor->description->movement.valueAt(call);
+    const Movement& movement = sensor->description->movement;
+    reading.value = movement.valueAt({call, movement.times ? millisecondsSinceStart() : 0});
     return 0;
 }
 
@@ -67,11 +79,16 @@ sscode Terminal::sufferFaults(Operation operation, std::optional<unsigned> handl
     for (std::size_t i = 0; i < m_scenario.faults.size(); ++i) {
         const SimulatedFault& fault = m_scenario.faults[i];
         if (!matches(fault, operation, handle) || !hits(fault, ++m_faultCalls[i])) continue;
+        if (!isAlwaysInTime(fault) && !isInTime(fault, millisecondsSinceStart())) continue;
         delay += std::chrono::milliseconds(fault.delayMilliseconds);
         if (status == 0) status = fault.status;
     }
     if (delay.count() > 0) std::this_thread::sleep_for(delay);
     return status;
+}
+
+std::int64_t Terminal::millisecondsSinceStart() const {
+    return m_start ? static_cast<std::int64_t>(wallClockMilliseconds() - *m_start) : 0;
 }
 
 Terminal::Sensor* Terminal::find(unsigned handle) {

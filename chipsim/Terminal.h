@@ -34,11 +34,14 @@ class Terminal {
 
     // Counts the call at each fault that it matches, waits as they demand, and gives the first status that is not 0.
     sscode sufferFaults(Operation operation, std::optional<unsigned> handle = std::nullopt);
+    // Since initialise() was called first; 0 before. Negative where the clock was set back.
+    std::int64_t millisecondsSinceStart() const;
     Sensor* find(unsigned handle);  // null when there is none
 
     const Scenario m_scenario;
     std::unordered_map<unsigned, Sensor> m_sensors;
     std::vector<std::uint64_t> m_faultCalls;  // matching calls so far, per fault
+    std::optional<std::uint64_t> m_start;     // by the wall clock
     bool m_initialised = false;
 };
 

@@ -62,8 +62,11 @@ void refuseWrongFormat(const Options& options) {
     if (options.format != Format::Table && command == Command::Metrics) {
         throw UsageError("metrics has a format of its own");
     }
+    if (options.format != Format::Table && command == Command::Record) {
+        throw UsageError("record writes a scenario, in no other format");
+    }
     const bool hasNoMof = command == Command::Sensors || command == Command::Watch || command == Command::Verify ||
-                          command == Command::Doctor;
+                          command == Command::Doctor || command == Command::Diff;
     if (options.format == Format::Mof && hasNoMof)
         throw UsageError(std::string(nameOf(command)) + " has no MOF format");
 }
@@ -166,6 +169,8 @@ std::optional<int> read(Grammar& grammar, int count, const char* const* argument
     if (command == "scenario") options.scenarioAction = scenarioActionIn(grammar.action(), options.scenarioFiles);
     if (options.request.command == Command::Doctor && !options.server.url.empty())
         throw UsageError("doctor looks at the machine that it runs on, not at a --server");
+    if (options.request.command == Command::Diff && !options.server.url.empty())
+        throw UsageError("diff compares two files, and asks no --server");
     if (options.request.command == Command::Metrics) refuseWrongMetrics(options);
     if (options.request.command == Command::Log) {
         refuseWrongFollowing(options);

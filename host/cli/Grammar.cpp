@@ -114,6 +114,20 @@ std::size_t lastIn(const std::string& text) {
     throw UsageError("--last: '" + text + "' is not a whole number from 1 to 4294967295");
 }
 
+// "10m", "1.5h", "90s"; seconds where no unit stands.
+double durationIn(const std::string& text) {
+    const std::size_t end = std::min(text.find_first_not_of("0123456789."), text.size());
+    static const std::map<std::string, double> units{{"", 1}, {"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86400}};
+    const auto unit = units.find(text.substr(end));
+    double number = 0;
+    if (unit != units.end() && isNumber(text.substr(0, end), number)) {
+        const double seconds = number * unit->second;
+        constexpr double longest = 7 * 86400;
+        if (seconds >= 0.1 && seconds <= longest) return seconds;
+    }
+    throw UsageError("--for: '" + text + "' is not a time from 0.1s to 7d, such as 10m");
+}
+
 double everyIn(const std::string& text) {
     double seconds = 0;
     const bool hasUnit = !text.empty() && text.back() == 's';
@@ -313,6 +327,7 @@ void Grammar::addSpecialOptions(Options& options) {
     addFollowOptions(options);
     addCheckOptions(options.check);
     addMetricsOptions(options);
+    addRecordOptions(options.record);
     CLI::Option* schema =
         m_app
             .add_option("--schema", options.schema,
@@ -379,15 +394,25 @@ void Grammar::addFollowOptions(Options& options) {
 void Grammar::addMetricsOptions(Options& options) {
     SpecialOptions& special = *m_special;
     special[addOption(m_app, "--every", "SECONDS",
-                      "Seconds between two pages of metrics, such as 15s (default: one page), or between two looks of "
-                      "log --follow (default: 5s)",
-                      [&options](const std::string& text) { options.every = everyIn(text); })] = {"metrics", "log"};
+                      "Seconds between two pages of metrics, such as 15s (default: one page), between two looks of "
+                      "log --follow (default: 5s), or between two rounds of record (default: 1s)",
+                      [&options](const std::string& text) { options.every = everyIn(text); })] = {"metrics", "log",
+                                                                                                  "record"};
     special[addOption(m_app, "--to", "FILE",
                       "File that always holds the last page of metrics (default: standard output)",
                       [&options](const std::string& text) { options.to = fileIn("--to", text); })] = {"metrics"};
     special[m_app.add_flag_function(
         "--no-thresholds", [&options](std::int64_t) { options.hasThresholds = false; },
         "Leave the thresholds out of the page of metrics")] = {"metrics"};
+}
+
+void Grammar::addRecordOptions(RecordOptions& record) {
+    SpecialOptions& special = *m_special;
+    special[addOption(m_app, "--for", "TIME", "Record for so long, such as 90s, 10m or 2h (default: one round)",
+                      [&record](const std::string& text) { record.duration = durationIn(text); })] = {"record"};
+    special[m_app.add_flag("--force", record.isForced, "Replace the file where it is there already")] = {"record"};
+    special[m_app.add_flag("--redact", record.isRedacted,
+                           "Numbered words in the place of names and of the event log's texts")] = {"record"};
 }
 
 void Grammar::addReadingCommands(Options& options) {
@@ -406,6 +431,10 @@ void Grammar::addReadingCommands(Options& options) {
     addCommand(m_app, options, Command::Metrics, "Show the health of the terminal for Prometheus");
     addCommand(m_app, options, Command::Verify, "Compare all answers with the classes' schema");
     addCommand(m_app, options, Command::Doctor, "Look for the cause of missing or wrong sensors, and say what to do");
+    addCommand(m_app, options, Command::Record, "Write a scenario that plays what the terminal answers")
+        ->add_option("FILE", options.record.file, "The scenario; where it is there already, see --force")
+        ->type_name("")
+        ->required();
 }
 
 void Grammar::addWritingCommands(Options& options) {
@@ -428,6 +457,11 @@ void Grammar::addOwnCommands(Options& options) {
     scenario->set_help_flag();
     scenario->add_option("ACTION", m_action, "list or check")->type_name("")->required();
     scenario->add_option("FILE", options.scenarioFiles, "The files that check reads")->type_name("");
+    CLI::App* diff = addCommand(m_app, options, Command::Diff, "Show what is different between two scenarios");
+    diff->add_option("FILE", options.scenarioFiles, "The one before and the one after")
+        ->type_name("")
+        ->expected(2)
+        ->required();
     CLI::App* help = m_app.add_subcommand("help", "Show this help, or that of a command")->group("Commands");
     help->set_help_flag();
     help->add_option("COMMAND", m_topic, "The command")->type_name("");

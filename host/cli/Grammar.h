@@ -54,6 +54,7 @@ class Grammar {
     void addFollowOptions(Options& options);
     void addCheckOptions(CheckOptions& check);
     void addMetricsOptions(Options& options);
+    void addRecordOptions(RecordOptions& record);
     void addReadingCommands(Options& options);
     void addWritingCommands(Options& options);
     void addOwnCommands(Options& options);

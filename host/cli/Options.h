@@ -33,6 +33,14 @@ struct CheckOptions {
     bool withEventLog = false;
 };
 
+// What `record` writes.
+struct RecordOptions {
+    std::string file;
+    double duration = 0;  // seconds; 0: one round
+    bool isForced = false;
+    bool isRedacted = false;
+};
+
 // The object managers that are asked over the network, and how.
 struct ServerOptions {
     std::string url;   // scheme, host and port; empty: none
@@ -47,13 +55,15 @@ struct ServerOptions {
 struct Options {
     Request request;
     ScenarioAction scenarioAction = ScenarioAction::None;  // another than None: nothing is requested
-    std::vector<std::string> scenarioFiles;                // of check
+    std::vector<std::string> scenarioFiles;                // of check; the two of diff
     SensorOptions sensors;
     CheckOptions check;
+    RecordOptions record;
     ServerOptions server;
     double interval = 2;              // seconds between the rounds of watch
     unsigned rounds = 0;              // of watch, or looks of log; 0: until it is interrupted
-    double every = 0;                 // seconds between pages of metrics or looks of log; 0: one page, or the default
+    double every = 0;                 // seconds between pages of metrics, looks of log or rounds of record; 0: one
+                                      // page, or the default
     std::string to;                   // the file of metrics' pages; empty: standard output
     bool hasThresholds = true;        // metrics shows them
     std::vector<std::string> schema;  // of verify: MOF files in the order of reading; empty: the own tree's

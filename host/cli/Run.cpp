@@ -21,6 +21,7 @@
 #include "cli/Follow.h"
 #include "cli/Metrics.h"
 #include "cli/ProviderOutput.h"
+#include "cli/Record.h"
 #include "cli/ScenarioCommands.h"
 #include "cli/Sensors.h"
 #include "cli/SensorsOfServers.h"
@@ -254,6 +255,17 @@ int showMetrics(std::optional<PublishedFile>& published, Asking& asking) {
     return ExitCode::AnsweredError;
 }
 
+int recordAnswers(Asking& asking) {
+    FailureKeeper source(asking.start(), asking.streams.provider);
+    const std::string heading = "Recorded by zelhost " ZELHOST_VERSION ". " + asking.chosen.note();
+    const RecordOutcome outcome =
+        record(asking.options, source, heading, asking.streams.errors,
+               [&](const std::string& text) { reportOn(asking.streams.errors, "zelhost: " + text + '\n'); });
+    if (!outcome.failure) return ExitCode::Fine;
+    reportLast(*outcome.failure, source, asking);
+    return ExitCode::AnsweredError;
+}
+
 int verifyAnswers(const mof::Schema& schema, Asking& asking) {
     Source& source = asking.start();
     const Via via = asking.chosen.terminal() ? Via::Provider : Via::Manager;
@@ -326,11 +338,13 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
     if (options.scenarioAction != ScenarioAction::None) return runScenarioCommand(options, tree, streams.output);
     if (!options.server.list.empty()) return askServersForSensors(options, streams);
     if (options.request.command == Command::Doctor) return showFindings(options, tree, streams);
+    if (options.request.command == Command::Diff) return showDifferences(options, streams.output);
     const bool isVerify = options.request.command == Command::Verify;
     const mof::Schema schema = isVerify ? readSchema(schemaFiles(options, tree)) : mof::Schema();
     // Before whatever may fail: then an old page goes.
     std::optional<PublishedFile> published;
     if (!options.to.empty()) published.emplace(options.to);
+    if (options.request.command == Command::Record) refuseUnwritable(options.record);
     ChosenSource chosen = chosenSource(options, tree, streams);
     if (chosen.terminal() && chosen.terminal()->isSubstitute()) {
         reportOn(streams.errors,
@@ -345,6 +359,8 @@ int runCommand(const Options& options, const InstallTree& tree, Streams& streams
             return askAgain(asking);
         case Command::Metrics:
             return showMetrics(published, asking);
+        case Command::Record:
+            return recordAnswers(asking);
         case Command::Log:
             return options.isFollowed ? follow(asking) : ask(asking);
         default:

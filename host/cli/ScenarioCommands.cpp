@@ -3,10 +3,13 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "chipsim/ScenarioCheck.h"
+#include "chipsim/ScenarioContents.h"
 #include "cli/Failure.h"
+#include "format/Differences.h"
 #include "text/TextTable.h"
 #include "text/Utf8.h"
 
@@ -49,7 +52,22 @@ int checkScenarios(const std::vector<std::string>& files, Output& output) {
     return exitCode;
 }
 
+ScenarioContents contentsOf(const std::string& file) {
+    ScenarioContents contents = contentsOfScenario(file);
+    if (!contents.mistakes.empty()) throw Mistakes(std::move(contents.mistakes));
+    return contents;
+}
+
 }  // namespace
+
+int showDifferences(const Options& options, Output& output) {
+    const ScenarioContents before = contentsOf(options.scenarioFiles.at(0));
+    const ScenarioContents after = contentsOf(options.scenarioFiles.at(1));
+    const std::vector<Difference> differences = differencesBetween(before, after);
+    output.write(options.format == Format::Json ? differencesJson(differences)
+                                                : differencesText(differences, output.charset()));
+    return differences.empty() ? ExitCode::Fine : ExitCode::AnsweredError;
+}
 
 int runScenarioCommand(const Options& options, const InstallTree& tree, Output& output) {
     if (options.format != Format::Table) throw UsageError("scenario has no format but the table");

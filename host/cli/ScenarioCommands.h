@@ -11,6 +11,10 @@ namespace host {
 // scenario files. Needs neither a provider nor a chip library. Gives the exit code. Throws UsageError and OutputError.
 int runScenarioCommand(const Options& options, const InstallTree& tree, Output& output);
 
+// `diff`: shows what is different between the two files, and gives the exit code, 1 where anything is. Throws Mistakes
+// for files that cannot be played.
+int showDifferences(const Options& options, Output& output);
+
 }  // namespace host
 
 #endif

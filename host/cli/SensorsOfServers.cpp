@@ -7,6 +7,7 @@
 
 #include "cli/AskedServers.h"
 #include "cli/Colouring.h"
+#include "cli/ProgressLine.h"
 #include "cli/Sensors.h"
 #include "cli/ServerList.h"
 #include "format/SensorsJson.h"
@@ -19,37 +20,6 @@ namespace {
 
 using Warning = std::function<void(const std::string&)>;
 
-// "7 of 200 servers asked", which the end takes away.
-class ProgressLine {
-  public:
-    ProgressLine(Output& output, std::size_t all) : m_output(output), m_all(all), m_isShown(output.isTerminal()) {}
-    ~ProgressLine() { write("\r" + std::string(m_columns, ' ') + '\r'); }
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
-
-    void show(std::size_t done) {
-        const std::string text = std::to_string(done) + " of " + std::to_string(m_all) + " servers asked";
-        m_columns = text.size();
-        write('\r' + text);
-    }
-
-  private:
-    // A terminal that has gone changes nothing.
-    void write(const std::string& text) {
-        if (!m_isShown) return;
-        try {
-            m_output.write(text);
-        } catch (const OutputError&) {
-            m_isShown = false;
-        }
-    }
-
-    Output& m_output;
-    std::size_t m_all;
-    bool m_isShown;
-    std::size_t m_columns = 0;
-};
-
 std::vector<Terminal> visitAll(const Options& options, Output& errors, const Warning& warn) {
     AskedServers asked{serversIn(options.server.list, warn), ""};
     asked.name = asked.urls.size() == 1 ? printable(asked.urls.front())
@@ -58,11 +28,14 @@ std::vector<Terminal> visitAll(const Options& options, Output& errors, const War
     std::vector<std::string> warnings;
     std::vector<Terminal> terminals;
     {
-        ProgressLine line(errors, asked.urls.size());
-        line.show(0);
+        ProgressLine line(errors);
+        const auto show = [&line, all = std::to_string(asked.urls.size())](std::size_t done) {
+            line.show(std::to_string(done) + " of " + all + " servers asked");
+        };
+        show(0);
         Servers servers(std::move(asked.urls), access,
                         [&warnings](const std::string& text) { warnings.push_back(text); });
-        terminals = visitTerminals(servers, options.request.nameSpace, [&line](std::size_t done) { line.show(done); });
+        terminals = visitTerminals(servers, options.request.nameSpace, show);
     }
     for (const std::string& text : warnings) warn(text);
     return terminals;

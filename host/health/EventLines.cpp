@@ -18,19 +18,19 @@ std::string written(const std::tm& parts) {
     return std::string(text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts));
 }
 
-int numberIn(const std::ssub_match& digits) {
+int matchedNumber(const std::ssub_match& digits) {
     return digits.matched ? std::stoi(digits) : 0;
 }
 
 // Six groups: year to second. Nothing for a day or an hour that there is not.
 std::optional<std::string> dateOf(const std::smatch& found) {
     std::tm parts{};
-    parts.tm_year = numberIn(found[1]) - 1900;
-    parts.tm_mon = numberIn(found[2]) - 1;
-    parts.tm_mday = numberIn(found[3]);
-    parts.tm_hour = numberIn(found[4]);
-    parts.tm_min = numberIn(found[5]);
-    parts.tm_sec = numberIn(found[6]);
+    parts.tm_year = matchedNumber(found[1]) - 1900;
+    parts.tm_mon = matchedNumber(found[2]) - 1;
+    parts.tm_mday = matchedNumber(found[3]);
+    parts.tm_hour = matchedNumber(found[4]);
+    parts.tm_min = matchedNumber(found[5]);
+    parts.tm_sec = matchedNumber(found[6]);
     const std::tm asRead = parts;
     timegm(&parts);
     const bool isWhole = parts.tm_mon == asRead.tm_mon && parts.tm_mday == asRead.tm_mday &&

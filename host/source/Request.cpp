@@ -32,6 +32,10 @@ const char* nameOf(Command command) {
             return "verify";
         case Command::Doctor:
             return "doctor";
+        case Command::Record:
+            return "record";
+        case Command::Diff:
+            return "diff";
     }
     return "";
 }

@@ -20,7 +20,9 @@ enum class Command {
     Delete,
     Query,
     Verify,
-    Doctor
+    Doctor,
+    Record,
+    Diff
 };
 
 // The command's word on the command line.

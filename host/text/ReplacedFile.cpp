@@ -43,12 +43,17 @@ bool writeAll(int file, std::string_view text) {
 ReplacedFile::ReplacedFile(const std::string& path, Kind kind)
     : m_path(path), m_temporary(temporaryOf(path)), m_kind(kind) {}
 
+void ReplacedFile::foresee() const {
+    if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
+    if (access(directory().c_str(), W_OK | X_OK) != 0) throw notWritten(m_path);
+}
+
 void ReplacedFile::replace(std::string_view text) const {
     if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
     try {
         write(text);
-        if (rename(m_temporary.c_str(), m_path.c_str()) != 0) throw notWritten(m_path);
-        if (m_kind == Kind::Lasting) forceName();
+        if (!takeName()) throw notWritten(m_path);
+        if (m_kind != Kind::ForAll) forceName();
     } catch (const OutputError&) {
         unlink(m_temporary.c_str());
         throw;
@@ -71,10 +76,14 @@ bool ReplacedFile::isReplaceable() const {
     return lstat(m_path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
+std::string ReplacedFile::directory() const {
+    return nameIn(m_path) == 0 ? "." : m_path.substr(0, nameIn(m_path));
+}
+
 void ReplacedFile::write(std::string_view text) const {
     // Nothing that somebody has put there is written into.
     if (unlink(m_temporary.c_str()) != 0 && errno != ENOENT) throw notWritten(m_temporary);
-    const bool isLasting = m_kind == Kind::Lasting;
+    const bool isLasting = m_kind != Kind::ForAll;
     const mode_t mode = isLasting ? 0600 : 0644;
     const int file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file < 0) throw notWritten(m_path);
@@ -85,10 +94,20 @@ void ReplacedFile::write(std::string_view text) const {
     if (!isWritten) throw notWritten(m_path);
 }
 
+// Errno says why not.
+bool ReplacedFile::takeName() const {
+    if (m_kind != Kind::New) return rename(m_temporary.c_str(), m_path.c_str()) == 0;
+    if (renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_path.c_str(), RENAME_NOREPLACE) == 0) return true;
+    // Some file systems do not know that flag, nor, some of them, a second name of a file.
+    if (errno != EINVAL) return false;
+    if (access(m_path.c_str(), F_OK) != 0) return rename(m_temporary.c_str(), m_path.c_str()) == 0;
+    errno = EEXIST;
+    return false;
+}
+
 // A directory that cannot be forced, as of some network file systems, has the new name all the same.
 void ReplacedFile::forceName() const {
-    const std::string directory = m_path.substr(0, nameIn(m_path));
-    const int file = open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int file = open(directory().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (file < 0) return;
     fsync(file);
     close(file);

@@ -14,10 +14,15 @@ class ReplacedFile {
     enum class Kind {
         ForAll,   // mode 0644 whatever the umask; not forced to the disk: worth nothing after a restart of the machine
         Lasting,  // mode 0600; forced to the disk, so that the power may fail at any time
+        New,      // as Lasting; nothing is replaced: replace() throws where the file is there already
     };
 
     // Touches nothing yet. A path without a directory means the current one.
     explicit ReplacedFile(const std::string& path, Kind kind = Kind::ForAll);
+
+    // Throws what replace() would throw as things stand, as far as that can be seen without writing: for those who work
+    // long before they write.
+    void foresee() const;
 
     // Throws OutputError, which names the file, where it cannot be; what is there then is the old file, or none, and
     // nothing is left beside it. Only a regular file is replaced: no directory, device or symbolic link.
@@ -31,7 +36,9 @@ class ReplacedFile {
 
   private:
     bool isReplaceable() const;  // a regular file, or nothing that is known
+    std::string directory() const;
     void write(std::string_view text) const;
+    bool takeName() const;
     void forceName() const;
 
     std::string m_path;

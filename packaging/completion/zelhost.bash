@@ -71,6 +71,7 @@ _zelhost_arguments() {
     case $command in
         '' | help) _zelhost_offer < <(_zelhost_listed Commands) ;;
         sensors | get | modify | delete) _zelhost_sensors ;;
+        record | diff) _zelhost_files ;;
         names | instances) _zelhost_words TQS_NumericSensor TQS_SystemEventLog ;;
         scenario)
             if [[ " ${COMP_WORDS[*]:0:COMP_CWORD} " == *" check "* ]]; then

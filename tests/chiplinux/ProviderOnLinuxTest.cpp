@@ -34,6 +34,17 @@ TEST_F(ProviderOnLinuxTest, AnswersFitTheSchema) {
     EXPECT_NO_THROW(answerTo("verify"));
 }
 
+TEST_F(ProviderOnLinuxTest, RecordingPlaysTheSameInstances) {
+    sensortree::addI2c(0, "lm85", 0, 0x2e, {{"in0_input", "3000"}, {"fan1_input", "900"}, {"temp1_input", "1"}});
+    std::filesystem::create_directories("/etc/tarn");
+    const std::string file = "/etc/tarn/recorded.toml";
+    EXPECT_EQ(answerTo("record " + file), "");
+    const auto instances = [](std::string answer) { return answer.substr(answer.find("\"path\"")); };
+    const std::string here = instances(answerTo("instances --format json"));
+    EXPECT_THAT(here, HasSubstr("lm85 fan1("));
+    EXPECT_EQ(instances(outputOf(ZELHOST " instances --format json --scenario " + file)), here);
+}
+
 TEST_F(ProviderOnLinuxTest, FirmwaresLogIsTheEventLog) {
     std::filesystem::create_directories("/sys/class/hwmon");
     const std::filesystem::path entry = "/sys/firmware/dmi/entries/15-0";

@@ -153,4 +153,36 @@ TEST_F(FaultTest, EachChipCountsAnew) {
     EXPECT_EQ(readStatuses(*initialisedChip(), 1, 2), (Statuses{5, 0}));
 }
 
+class TimedFaultTest : public FaultTest {
+  protected:
+    // Of reads of sensor 1, so many milliseconds after the chip was initialised.
+    Statuses statusesAt(const std::vector<long>& times, const std::string& keys) const {
+        fakeclock::set({1000, 0});
+        const auto chip = chipWith(fault("operation = \"read\"\nhandle = 1\nstatus = 9\n" + keys));
+        Statuses statuses;
+        long now = 0;
+        for (const long time : times) {
+            fakeclock::advanceMilliseconds(time - now);
+            now = time;
+            statuses.push_back(readStatus(*chip, 1));
+        }
+        return statuses;
+    }
+};
+
+TEST_F(TimedFaultTest, HitsWithinItsTimesAlone) {
+    EXPECT_EQ(statusesAt({0, 499, 500, 1499, 1500}, "from-ms = 500\nfor-ms = 1000"), (Statuses{0, 0, 9, 9, 0}));
+    EXPECT_EQ(statusesAt({0, 500, 9000000}, "from-ms = 500"), (Statuses{0, 9, 9}));
+    EXPECT_EQ(statusesAt({0, 499, 500}, "for-ms = 500"), (Statuses{9, 9, 0}));
+}
+
+TEST_F(TimedFaultTest, CallsAndTimesMustBothFit) {
+    EXPECT_EQ(statusesAt({0, 0, 500, 500}, "from-call = 2\nfor-ms = 500"), (Statuses{0, 9, 0, 0}));
+    EXPECT_EQ(statusesAt({0, 600, 600, 600}, "from-ms = 500\ncalls = 2"), (Statuses{0, 9, 0, 0}));
+}
+
+TEST_F(TimedFaultTest, ClockSetBackIsTheBeginning) {
+    EXPECT_EQ(statusesAt({600, -1000, 600}, "from-ms = 500"), (Statuses{9, 0, 9}));
+}
+
 }  // namespace

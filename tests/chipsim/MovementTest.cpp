@@ -210,4 +210,51 @@ TEST_F(MovementTest, WalkWithTheGreatestStepStaysInAnInt) {
     EXPECT_NE(std::count(values.begin(), values.end(), INT_LOWEST), 0);
 }
 
+class RecordedTest : public MovementTest {
+  protected:
+    // The only sensor's values so many milliseconds after the chip was initialised.
+    std::vector<int> valuesAt(const std::vector<long>& times) const {
+        fakeclock::set({1000, 0});
+        const auto chip = chipOn("[recording]\ntimes-ms = [0, 1000, 2500]\n" +
+                                 sensor("1", "{ kind = \"recorded\", values = [7, -8, 9] }"));
+        std::vector<int> values;
+        long now = 0;
+        for (const long time : times) {
+            fakeclock::advanceMilliseconds(time - now);
+            now = time;
+            values.push_back(valueOf(*chip, 1));
+        }
+        return values;
+    }
+};
+
+TEST_F(RecordedTest, EachValueHoldsFromItsTimeOnAndTheLastForEver) {
+    EXPECT_EQ(valuesAt({0, 999, 1000, 2499, 2500, 90000000}), (Values{7, 7, -8, -8, 9, 9}));
+}
+
+TEST_F(RecordedTest, ClockSetBackGivesTheFirstValue) {
+    EXPECT_EQ(valuesAt({2500, -5000, 1000}), (Values{9, 7, -8}));
+}
+
+TEST_F(RecordedTest, TimesCountFromTheFirstInitialiseOfEachChip) {
+    fakeclock::set({1000, 0});
+    const std::string scenario =
+        "[recording]\ntimes-ms = [0, 1000]\n" + sensor("1", "{ kind = \"recorded\", values = [1, 2] }");
+    const auto first = chipOn(scenario);
+    fakeclock::advanceMilliseconds(1000);
+    EXPECT_EQ(first->Initialise(), 0U);
+    const auto second = chipOn(scenario);
+    EXPECT_EQ(valueOf(*first, 1), 2);
+    EXPECT_EQ(valueOf(*second, 1), 1);
+}
+
+TEST_F(RecordedTest, CopiesRunAheadAndHoldTheLastValue) {
+    fakeclock::set({1000, 0});
+    const auto chip = chipOn("[recording]\ntimes-ms = [0, 1000]\n" +
+                             sensor("1", "{ kind = \"recorded\", values = [1, 2] }\ncount = 3"));
+    EXPECT_EQ(valueOf(*chip, 1), 1);
+    EXPECT_EQ(valueOf(*chip, 2), 2);
+    EXPECT_EQ(valueOf(*chip, 3), 2);
+}
+
 }  // namespace

@@ -10,7 +10,7 @@ broker
 mof    broker text
 source broker text chiplinux
 health source broker text
-format health source broker text
+format health source broker text chipsim
 verify format source mof broker text
 cli    verify format health source mof broker text chipsim'
 

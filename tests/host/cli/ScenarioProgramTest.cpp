@@ -57,11 +57,12 @@ TEST_F(ScenarioProgramTest, CheckShowsEveryMistakeOfEveryFile) {
     const std::string lost = m_directory.path("lost.toml");
     const ProgramEnd end = runProgram({"scenario", "check", bad, good, worse, lost});
     EXPECT_EQ(end.exitCode, 2);
-    EXPECT_EQ(end.output.substr(0, end.output.find(worse)),
-              bad + ":1: 'model' in the file is an integer, expected one of none, grebel, zan\n" + bad +
-                  ":2: 'seed' in the file is -1, expected an integer from 0 to 4294967295\n" + bad +
-                  ":3: unknown key '?' in the file, expected one of model, seed, sensor, event-log, fault\n" + good +
-                  ": no mistakes\n");
+    EXPECT_EQ(
+        end.output.substr(0, end.output.find(worse)),
+        bad + ":1: 'model' in the file is an integer, expected one of none, grebel, zan\n" + bad +
+            ":2: 'seed' in the file is -1, expected an integer from 0 to 4294967295\n" + bad +
+            ":3: unknown key '?' in the file, expected one of model, seed, recording, sensor, event-log, fault\n" +
+            good + ": no mistakes\n");
     EXPECT_THAT(end.output, EndsWith(", expected valid TOML\n" + lost +
                                      ": cannot be read (No such file or directory), expected a scenario file\n"));
     EXPECT_EQ(end.errors, "");

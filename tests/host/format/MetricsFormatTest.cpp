@@ -30,7 +30,7 @@ constexpr unsigned short KELVIN = 4;
 constexpr unsigned short VOLTS = 5;
 constexpr unsigned short PERCENT = 65;
 
-MetricsRound roundOf(const std::vector<broker::Instance>& sensors) {
+MetricsRound metricsRoundOf(const std::vector<broker::Instance>& sensors) {
     MetricsRound round;
     for (const broker::Instance& sensor : sensors) round.sensors.sensors.push_back(Sensor::of(sensor));
     round.eventLog.log = EventLog{true, false, {"a", "b"}};
@@ -48,7 +48,7 @@ Families pageOf(const MetricsRound& round, const MetricsChoice& choice = {}) {
 
 // What the page says of the one sensor "S" in the family; empty for nothing.
 std::string valueOf(const broker::Instance& sensor, const std::string& family) {
-    return sampleIn(pageOf(roundOf({sensor})), family, {{"sensor", "S"}}).value;
+    return sampleIn(pageOf(metricsRoundOf({sensor})), family, {{"sensor", "S"}}).value;
 }
 
 std::set<std::string> namesIn(const Families& families) {
@@ -59,11 +59,12 @@ std::set<std::string> namesIn(const Families& families) {
 
 // How the page shows a sensor of that name.
 std::string labelOf(const std::string& name) {
-    return pageOf(roundOf({sensorOf(name, 1, CELSIUS, 0)})).front().samples.at(0).labels.at("sensor");
+    return pageOf(metricsRoundOf({sensorOf(name, 1, CELSIUS, 0)})).front().samples.at(0).labels.at("sensor");
 }
 
 TEST(MetricsFormatTest, WholePage) {
-    MetricsRound round = roundOf({sensorOf("CPU(00000001)", 4250, CELSIUS, -2, {{"UpperThresholdCritical", 4200}})});
+    MetricsRound round =
+        metricsRoundOf({sensorOf("CPU(00000001)", 4250, CELSIUS, -2, {{"UpperThresholdCritical", 4200}})});
     round.sensorsDuration = std::chrono::milliseconds(250);
     round.eventLogDuration = std::chrono::milliseconds(2);
     EXPECT_EQ(
@@ -126,8 +127,8 @@ TEST(MetricsFormatTest, EachQuantityHasItsFamily) {
 
 TEST(MetricsFormatTest, OtherQuantitiesNameTheirUnit) {
     const Families page =
-        pageOf(roundOf({sensorOf("S", 55, PERCENT, 0, {{"LowerThresholdFatal", 5}}), sensorOf("Plain", 3, 0, 0),
-                        sensorOf("Rate", 9, VOLTS, 0, {{"RateUnits", 3}})}));
+        pageOf(metricsRoundOf({sensorOf("S", 55, PERCENT, 0, {{"LowerThresholdFatal", 5}}), sensorOf("Plain", 3, 0, 0),
+                               sensorOf("Rate", 9, VOLTS, 0, {{"RateUnits", 3}})}));
     EXPECT_EQ(sampleIn(page, "zelsensors_sensor_value", {{"sensor", "S"}, {"unit", "%"}}).value, "55");
     EXPECT_EQ(sampleIn(page, "zelsensors_sensor_value", {{"sensor", "Plain"}, {"unit", ""}}).value, "3");
     EXPECT_EQ(sampleIn(page, "zelsensors_sensor_value", {{"sensor", "Rate"}, {"unit", "V/s"}}).value, "9");
@@ -143,7 +144,7 @@ TEST(MetricsFormatTest, AllTemperaturesAreInCelsius) {
     EXPECT_EQ(valueOf(sensorOf("S", 1005, FAHRENHEIT, -1), "zelsensors_temperature_celsius"), "38.0555555555556");
     EXPECT_EQ(valueOf(sensorOf("S", 29815, KELVIN, -2), "zelsensors_temperature_celsius"), "25");
     EXPECT_EQ(valueOf(sensorOf("S", 27315, KELVIN, -2), "zelsensors_temperature_celsius"), "0");
-    const Families page = pageOf(roundOf({sensorOf("S", 300, KELVIN, 0, {{"UpperThresholdCritical", 373}})}));
+    const Families page = pageOf(metricsRoundOf({sensorOf("S", 300, KELVIN, 0, {{"UpperThresholdCritical", 373}})}));
     EXPECT_EQ(sampleIn(page, "zelsensors_temperature_threshold_celsius",
                        {{"sensor", "S"}, {"bound", "upper"}, {"level", "critical"}})
                   .value,
@@ -162,20 +163,20 @@ TEST(MetricsFormatTest, ValuesAreExactAsDecimals) {
 
 TEST(MetricsFormatTest, NumberBeyondADoubleIsLeftOut) {
     for (const int modifier : {400, -400, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
-        const Families page = pageOf(roundOf({sensorOf("S", 5, VOLTS, modifier)}));
+        const Families page = pageOf(metricsRoundOf({sensorOf("S", 5, VOLTS, modifier)}));
         EXPECT_EQ(namesIn(page).count("zelsensors_voltage_volts"), 0U) << modifier;
         EXPECT_EQ(sampleIn(page, "zelsensors_sensor_severity", {{"sensor", "S"}}).value, "0") << modifier;
     }
 }
 
 TEST(MetricsFormatTest, SixThresholdsOrNone) {
-    const MetricsRound round = roundOf({sensorOf("S", 50, CELSIUS, 0,
-                                                 {{"LowerThresholdFatal", 1},
-                                                  {"LowerThresholdCritical", 2},
-                                                  {"LowerThresholdNonCritical", 3},
-                                                  {"UpperThresholdNonCritical", 97},
-                                                  {"UpperThresholdCritical", 98},
-                                                  {"UpperThresholdFatal", 99}})});
+    const MetricsRound round = metricsRoundOf({sensorOf("S", 50, CELSIUS, 0,
+                                                        {{"LowerThresholdFatal", 1},
+                                                         {"LowerThresholdCritical", 2},
+                                                         {"LowerThresholdNonCritical", 3},
+                                                         {"UpperThresholdNonCritical", 97},
+                                                         {"UpperThresholdCritical", 98},
+                                                         {"UpperThresholdFatal", 99}})});
     const Families page = pageOf(round);
     std::vector<std::string> shown;
     for (const MetricsSample& sample : page.at(1).samples) {
@@ -188,7 +189,7 @@ TEST(MetricsFormatTest, SixThresholdsOrNone) {
 }
 
 TEST(MetricsFormatTest, SensorWithoutAReadingHasNoValueAndNoSeverity) {
-    MetricsRound round = roundOf(
+    MetricsRound round = metricsRoundOf(
         {sensorOf("S", 5, VOLTS, 0), sensorOf("None", -2147483647 - 1, VOLTS, 0, {{"UpperThresholdFatal", 9}})});
     round.sensors.sensors.push_back(Sensor::withoutReading("Failed", "why"));
     const Families page = pageOf(round);
@@ -205,7 +206,7 @@ TEST(MetricsFormatTest, SensorWithoutAReadingHasNoValueAndNoSeverity) {
 }
 
 TEST(MetricsFormatTest, FailureOfTheSensorsLeavesTheirReadingsOut) {
-    MetricsRound round = roundOf({sensorOf("S", 5, VOLTS, 0)});
+    MetricsRound round = metricsRoundOf({sensorOf("S", 5, VOLTS, 0)});
     round.sensors.status.rc = CMPI_RC_ERR_METHOD_NOT_AVAILABLE;
     const Families page = pageOf(round);
     EXPECT_EQ(namesIn(page),
@@ -220,7 +221,7 @@ TEST(MetricsFormatTest, FailureOfTheSensorsLeavesTheirReadingsOut) {
 }
 
 TEST(MetricsFormatTest, FailureOfTheEventLogLeavesItOut) {
-    MetricsRound round = roundOf({});
+    MetricsRound round = metricsRoundOf({});
     round.eventLog.log.reset();
     round.eventLog.status.rc = CMPI_RC_ERR_FAILED;
     const Families page = pageOf(round);
@@ -232,7 +233,7 @@ TEST(MetricsFormatTest, FailureOfTheEventLogLeavesItOut) {
 }
 
 TEST(MetricsFormatTest, UnknownStateOfTheEventLogIsLeftOut) {
-    MetricsRound round = roundOf({});
+    MetricsRound round = metricsRoundOf({});
     round.eventLog.log = EventLog{};
     round.eventLog.newLines.reset();
     const std::set<std::string> names = namesIn(pageOf(round));
@@ -259,12 +260,12 @@ TEST(MetricsFormatTest, DifferentNamesStayDifferent) {
     EXPECT_EQ(labelOf("\\xff"), "\\x5cxff");
     EXPECT_EQ(labelOf("\\x5cxff"), "\\x5cx5cxff");
     EXPECT_EQ(labelOf("\\xFf\\xg0\\x1"), "\\x5cxFf\\xg0\\x1");
-    const Families page = pageOf(roundOf({sensorOf("\xff", 1, VOLTS, 0), sensorOf("\\xff", 2, VOLTS, 0)}));
+    const Families page = pageOf(metricsRoundOf({sensorOf("\xff", 1, VOLTS, 0), sensorOf("\\xff", 2, VOLTS, 0)}));
     EXPECT_EQ(page.front().samples.size(), 2U);
 }
 
 TEST(MetricsFormatTest, OfSensorsWithTheSameNameTheFirstIsShown) {
-    const Families page = pageOf(roundOf({sensorOf("S", 1, VOLTS, 0), sensorOf("S", 2, CELSIUS, 0)}));
+    const Families page = pageOf(metricsRoundOf({sensorOf("S", 1, VOLTS, 0), sensorOf("S", 2, CELSIUS, 0)}));
     EXPECT_EQ(sampleIn(page, "zelsensors_voltage_volts", {{"sensor", "S"}}).value, "1");
     EXPECT_EQ(namesIn(page).count("zelsensors_temperature_celsius"), 0U);
     EXPECT_EQ(sampleIn(page, "zelsensors_sensors").value, "1");
@@ -273,12 +274,12 @@ TEST(MetricsFormatTest, OfSensorsWithTheSameNameTheFirstIsShown) {
 TEST(MetricsFormatTest, LaterPageShowsItsOwnRoundAlone) {
     host::MetricsPages pages({});
     const MetricsRound first =
-        roundOf({sensorOf("S", 1, VOLTS, 0, {{"UpperThresholdFatal", 9}}), sensorOf("T", 1, 2, 0)});
+        metricsRoundOf({sensorOf("S", 1, VOLTS, 0, {{"UpperThresholdFatal", 9}}), sensorOf("T", 1, 2, 0)});
     MetricsRound failed = first;
     failed.sensors.status.rc = CMPI_RC_ERR_FAILED;
     const MetricsRound moved =
-        roundOf({sensorOf("S", 2, VOLTS, 0, {{"UpperThresholdFatal", 9}}), sensorOf("T", 1, 2, 0)});
-    const MetricsRound other = roundOf({sensorOf("S2", 2, VOLTS, 0, {{"UpperThresholdCritical", 9}})});
+        metricsRoundOf({sensorOf("S", 2, VOLTS, 0, {{"UpperThresholdFatal", 9}}), sensorOf("T", 1, 2, 0)});
+    const MetricsRound other = metricsRoundOf({sensorOf("S2", 2, VOLTS, 0, {{"UpperThresholdCritical", 9}})});
     for (const MetricsRound& round : {first, first, moved, failed, moved, other, first}) {
         EXPECT_EQ(pages.next(round), metricsText(round, {}));
     }
@@ -309,7 +310,7 @@ MetricsRound fullRound() {
                                       static_cast<unsigned short>(19), PERCENT}) {
         sensors.push_back(sensorOf(std::to_string(unit), 1, unit, 0, {{"UpperThresholdFatal", 9}}));
     }
-    return roundOf(sensors);
+    return metricsRoundOf(sensors);
 }
 
 std::string labelsIn(const MetricsFamily& family) {

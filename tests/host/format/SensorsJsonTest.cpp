@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "Instances.h"
+#include "JsonKeys.h"
 #include "format/SensorsJson.h"
 
 namespace {
@@ -130,33 +130,9 @@ TEST(SensorsCsvTest, LineForEachSensorWithQuotesWhereNeeded) {
     EXPECT_EQ(sensorsCsv({Sensor::withoutReading("", "a\nb")}, false), ",unknown,,,,,,,,,,,,\"a\nb\"\n");
 }
 
-// Every key of the document, in its place: "sensors[].limits.upperFatal".
-void collectKeys(const json& value, const std::string& place, std::set<std::string>& keys) {
-    if (value.is_array() && !value.empty()) collectKeys(value[0], place + "[]", keys);
-    if (!value.is_object()) return;
-    for (const auto& [key, member] : value.items()) {
-        const std::string path = place.empty() ? key : place + '.' + key;
-        keys.insert(path);
-        collectKeys(member, path, keys);
-    }
-}
-
-// The first cells, in back quotes, of the rows of the section's table.
-std::set<std::string> documentedKeys(const std::string& section) {
-    std::ifstream stream(DOCS "/json.md");
-    std::set<std::string> keys;
-    bool isInside = false;
-    for (std::string line; std::getline(stream, line);) {
-        if (line.rfind("## ", 0) == 0) isInside = line == "## " + section;
-        if (isInside && line.rfind("| `", 0) == 0) keys.insert(line.substr(3, line.find('`', 3) - 3));
-    }
-    return keys;
-}
-
 TEST(SensorsJsonTest, KeysAreExactlyThoseDocumented) {
-    std::set<std::string> keys;
-    collectKeys(json::parse(sensorsJson(roundOf({supply()}), "n", TIME, AnsweringChip{"c", true})), "", keys);
-    EXPECT_EQ(keys, documentedKeys("zelhost sensors"));
+    const std::string document = sensorsJson(roundOf({supply()}), "n", TIME, AnsweringChip{"c", true});
+    EXPECT_EQ(keysIn(json::parse(document)), documentedKeys(DOCS "/json.md", "zelhost sensors"));
 }
 
 }  // namespace

@@ -15,11 +15,11 @@ using host::Number;
 using host::Sensor;
 using host::Severity;
 
-constexpr const char* DRIVE = "SSD1 Temperature(00000001)";
+constexpr const char* DRIVES_SENSOR = "SSD1 Temperature(00000001)";
 
 // As the provider publishes a drive's sensor.
 Instance driveOf(int reading, int lowerCritical = -5, int upperCritical = 70) {
-    Instance drive = sensorOf(DRIVE, reading, 0, 0,
+    Instance drive = sensorOf(DRIVES_SENSOR, reading, 0, 0,
                               {{"LowerThresholdCritical", lowerCritical},
                                {"UpperThresholdCritical", upperCritical},
                                {"LowerThresholdNonCritical", 0},
