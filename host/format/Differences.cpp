@@ -112,17 +112,17 @@ std::string differencesText(const std::vector<Difference>& differences, Charset 
 }
 
 std::string differencesJson(const std::vector<Difference>& differences) {
-    using Json = nlohmann::ordered_json;
-    const auto textOrNull = [](const std::string& text) { return text.empty() ? Json() : Json(text); };
-    Json list = Json::array();
+    using Node = nlohmann::ordered_json;
+    const auto textOrNull = [](const std::string& text) { return text.empty() ? Node() : Node(text); };
+    Node list = Node::array();
     for (const Difference& each : differences) {
-        list.push_back(Json{{"sensor", textOrNull(each.sensor)},
+        list.push_back(Node{{"sensor", textOrNull(each.sensor)},
                             {"what", each.what},
                             {"before", textOrNull(each.before)},
                             {"after", textOrNull(each.after)}});
     }
-    Json document{{"format", 1}, {"command", nameOf(Command::Diff)}, {"differences", std::move(list)}};
-    return document.dump(2, ' ', true, Json::error_handler_t::replace) + '\n';
+    Node document{{"format", 1}, {"command", nameOf(Command::Diff)}, {"differences", std::move(list)}};
+    return document.dump(2, ' ', true, Node::error_handler_t::replace) + '\n';
 }
 
 }  // namespace host
