@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "RawServer.h"
 #include "RecordedExchanges.h"
 #include "source/Server.h"
@@ -152,7 +154,7 @@ void expectRefusedWhereCutOff(const Recorded& recorded) {
     // The line feed that ends the last line, an empty one, says nothing more; some releases of libcurl wait for it.
     const bool hasTrailer = recorded.answer().find("\r\nTrailer: ") != std::string::npos;
     const std::size_t needed = whole.size() - (hasTrailer ? 1 : 0);
-    std::size_t length = 0;
+    std::atomic<std::size_t> length = 0;  // the server is a thread of its own
     RawServer raw([&](Connection& connection) {
         connection.readRequest();
         connection.write(std::string_view(whole).substr(0, length));
