@@ -139,13 +139,9 @@ class Expectation {
             takeThresholds(threshold, "upper",
                            {m_sensor.upperNonCritical, m_sensor.upperCritical, m_sensor.upperFatal});
         }
-        const auto severity = m_shown.find({"zelsensors_sensor_severity", {}});
-        require((severity != m_shown.end()) == m_sensor.reading.has_value(), "a reading, and it alone, has a severity");
-        if (severity != m_shown.end()) {
-            requireSame(static_cast<long long>(severity->second), static_cast<long long>(m_sensor.state.severity),
-                        "the severity");
-            m_shown.erase(severity);
-        }
+        takeSeverity("zelsensors_sensor_severity", m_sensor.reading.has_value());
+        takeSeverity("zelsensors_sensor_past_threshold",
+                     m_sensor.reading && m_sensor.state.severity != host::Severity::Normal);
         require(m_shown.empty(), "nothing else is shown of a sensor");
     }
 
@@ -157,6 +153,13 @@ class Expectation {
         for (std::size_t i = 0; i < numbers.size(); ++i) {
             take(family, {{"bound", bound}, {"level", LEVELS[i]}}, numbers[i]);
         }
+    }
+    void takeSeverity(const std::string& family, bool isDue) {
+        const auto severity = m_shown.find({family, {}});
+        require((severity != m_shown.end()) == isDue, family + " is there where it must be, and there alone");
+        if (severity == m_shown.end()) return;
+        requireSame(static_cast<long long>(severity->second), static_cast<long long>(m_sensor.state.severity), family);
+        m_shown.erase(severity);
     }
     void take(const std::string& family, const Labels& labels, host::Number number) {
         const auto shown = m_shown.find({family, labels});
@@ -202,14 +205,19 @@ void check(const MetricsRound& round, const MetricsChoice& choice) {
     requireSame(success.value, isSuccess ? "1" : "0", "success");
     std::map<std::string, Shown> shown = sensorsIn(page);
     std::set<std::string> names;
+    std::string gravest;
     for (const Sensor& sensor : round.sensors.sensors) {
         if (!isSuccess || !names.insert(sensor.name).second) continue;
+        if (sensor.reading) {
+            gravest = std::max(gravest, std::to_string(static_cast<int>(sensor.state.severity)));
+        }
         Expectation(sensor, shown[sensor.name]).check(choice.hasThresholds);
         shown.erase(sensor.name);
     }
     require(shown.empty(), "each label leads back to a sensor");
     const std::string count = sampleIn(page, "zelsensors_sensors").value;
     requireSame(count, isSuccess ? std::to_string(names.size()) : "", "the number of sensors");
+    requireSame(sampleIn(page, "zelsensors_severity").value, gravest, "the gravest severity");
 }
 
 }  // namespace

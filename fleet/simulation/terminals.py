@@ -3,16 +3,18 @@ node_exporter of its own. One node_exporter takes 18 MB, so 200 real ones would 
 
 Ten terminals make a shop. Which one has which trouble follows from its number: see KINDS.
 """
-import http.server
+import asyncio
 import json
 import os
 import re
+import socket
 import threading
 
 VARIANTS = 16  # healthy terminals that differ
 SHOP_SIZE = 10
 
-# Of 60 terminals these have trouble; the others are healthy. The terminals of shop 8 are all gone.
+# Of so many terminals these have trouble; the others are healthy. The terminals of shop 8 are all gone.
+PERIOD = 60
 KINDS = {
     4: 'overheating',
     15: 'dying',
@@ -27,7 +29,7 @@ GONE_SHOP = 8
 
 
 def kind_of(number):
-    return 'gone' if number // SHOP_SIZE == GONE_SHOP else KINDS.get(number % 60, 'healthy')
+    return 'gone' if number // SHOP_SIZE == GONE_SHOP else KINDS.get(number % PERIOD, 'healthy')
 
 
 def name_of(number):
@@ -104,22 +106,23 @@ class Pages:
         self.programs.pop(('stopped', 0)).kill()
 
 
-class Exporters(http.server.ThreadingHTTPServer):
-    """Answers /terminals/N as the node_exporter of terminal N would, of which only the textfile collector is asked."""
+class Exporters:
+    """Answers /terminals/N as the node_exporter of terminal N would, of which only the textfile collector is asked.
 
-    request_queue_size = 512
-    daemon_threads = True
+    One thread serves all: with one for each of 5,000 connections Python answers more and more of them too late.
+    """
 
     def __init__(self, pages):
-        self.pages = pages
-        super().__init__(('127.0.0.1', 0), Exporter)
-        threading.Thread(target=self.serve_forever, daemon=True).start()
+        self._pages = pages
+        listener = socket.create_server(('127.0.0.1', 0), backlog=4096)
+        self._port = listener.getsockname()[1]
+        threading.Thread(target=lambda: asyncio.run(self._serve(listener)), daemon=True).start()
 
     def write_targets(self, path, count):
         """For file_sd_configs: instance, shop, and the path here in place of a host."""
         targets = [
             {
-                'targets': [f'127.0.0.1:{self.server_port}'],
+                'targets': [f'127.0.0.1:{self._port}'],
                 'labels': {
                     'instance': name_of(number) + ':9100',
                     'shop': f'{number // SHOP_SIZE:04}',
@@ -131,19 +134,27 @@ class Exporters(http.server.ThreadingHTTPServer):
         with open(path, 'w', encoding='utf-8') as file:
             json.dump(targets, file)
 
+    async def _serve(self, listener):
+        server = await asyncio.start_server(self._answer, sock=listener)
+        await server.serve_forever()
 
-class Exporter(http.server.BaseHTTPRequestHandler):
-    protocol_version = 'HTTP/1.1'
-    wbufsize = -1  # one packet for head and page
+    async def _answer(self, reader, writer):
+        try:
+            while True:
+                head = await reader.readuntil(b'\r\n\r\n')
+                path = head.split(b' ', 2)[1].split(b'?')[0]
+                writer.write(self._response(int(path.rsplit(b'/', 1)[1])))
+                await writer.drain()
+        except (asyncio.IncompleteReadError, ConnectionError):
+            pass  # Prometheus has gone
+        finally:
+            writer.close()
 
-    def do_GET(self):
-        number = int(self.path.split('?')[0].rsplit('/', 1)[1])
+    def _response(self, number):
         if kind_of(number) == 'gone':
-            self.close_connection = True
-            self.send_error(503)
-            return
+            return b'HTTP/1.1 503 Service Unavailable\r\nContent-Length: 0\r\n\r\n'
         page = '# TYPE node_textfile_scrape_error gauge\nnode_textfile_scrape_error 0\n'
-        path = self.server.pages.path(number)
+        path = self._pages.path(number)
         try:
             if path:
                 with open(path, encoding='utf-8') as file:
@@ -156,17 +167,5 @@ class Exporter(http.server.BaseHTTPRequestHandler):
         except FileNotFoundError:
             pass
         data = page.encode()
-        self.send_response(200)
-        self.send_header('Content-Type', 'text/plain; version=0.0.4')
-        self.send_header('Content-Length', str(len(data)))
-        self.end_headers()
-        self.wfile.write(data)
-
-    def log_message(self, *arguments):
-        pass
-
-    def handle(self):
-        try:
-            super().handle()
-        except ConnectionError:
-            pass  # Prometheus has gone first
+        head = f'HTTP/1.1 200 OK\r\nContent-Type: text/plain; version=0.0.4\r\nContent-Length: {len(data)}\r\n\r\n'
+        return head.encode() + data

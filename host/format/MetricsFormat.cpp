@@ -40,6 +40,8 @@ enum FamilyNumber : std::size_t {
     FanThreshold,
     OtherThreshold,
     SensorSeverity,
+    SensorPastThreshold,
+    GravestSeverity,
     Sensors,
     SensorsFailed,
     EventLogValid,
@@ -75,6 +77,9 @@ constexpr std::array DESCRIPTIONS{
                 "Threshold of a sensor of another quantity, in the unit of its reading."},
     Description{"zelsensors_sensor_severity",
                 "The gravest threshold that a reading is past: 0 none, 1 non-critical, 2 critical, 3 fatal."},
+    Description{"zelsensors_sensor_past_threshold",
+                "The severity of the sensors that are past a threshold, and of no others."},
+    Description{"zelsensors_severity", "The gravest severity of all sensors."},
     Description{"zelsensors_sensors", "Sensors that the provider names."},
     Description{"zelsensors_sensors_failed", "Of these, the sensors without a reading."},
     Description{"zelsensors_event_log_valid", "Whether the event log is valid."},
@@ -314,7 +319,9 @@ void MetricsPages::addReading(const Sensor& sensor, const std::string& label) {
     if (const std::optional<double> value = baseValue(sensor, sensor.reading)) {
         family(number).add(*value, {"sensor", label}, unit);
     }
-    family(SensorSeverity).add(static_cast<int>(sensor.state.severity), {"sensor", label});
+    const auto severity = static_cast<int>(sensor.state.severity);
+    family(SensorSeverity).add(severity, {"sensor", label});
+    if (severity > 0) family(SensorPastThreshold).add(severity, {"sensor", label});
 }
 
 void MetricsPages::addThresholds(const Sensor& sensor, const std::string& label) {
@@ -329,12 +336,15 @@ void MetricsPages::addThresholds(const Sensor& sensor, const std::string& label)
 void MetricsPages::addSensors(const std::vector<Sensor>& sensors, const std::vector<std::string>& labels) {
     std::unordered_set<std::string_view> names;
     std::size_t failed = 0;
+    Severity gravest = Severity::Normal;
     for (std::size_t i = 0; i < sensors.size(); ++i) {
         if (!names.insert(sensors[i].name).second) continue;
         if (!sensors[i].reading) ++failed;
+        gravest = std::max(gravest, sensors[i].state.severity);
         addReading(sensors[i], labels[i]);
         if (m_choice.hasThresholds) addThresholds(sensors[i], labels[i]);
     }
+    if (failed < names.size()) family(GravestSeverity).add(static_cast<int>(gravest));
     family(Sensors).add(static_cast<double>(names.size()));
     family(SensorsFailed).add(static_cast<double>(failed));
 }

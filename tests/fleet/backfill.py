@@ -223,6 +223,7 @@ def terminal(families, number, times, full, extra=None):
     sensors = SENSORS + (extra or [])
     families.add('zelsensors_sensors', labels, [(time, len(sensors)) for time in now])
     families.add('zelsensors_sensors_failed', labels, [(time, 1 if kind == 'unread' else 0) for time in now])
+    gravest = 0
     for sensor in sensors:
         name, family, _, _, limits = sensor
         own = {**labels, 'sensor': name}
@@ -236,7 +237,12 @@ def terminal(families, number, times, full, extra=None):
         points = [(time, reading_at(number, sensor, 1 - (times[-1] - time) / 86400)) for time in times]
         if full or family == 'temperature':
             families.add(READING[family], {**own, **({'unit': ''} if family == 'value' else {})}, points)
-        families.add('zelsensors_sensor_severity', own, [(times[-1], severity_of(points[-1][1], limits))])
+        severity = severity_of(points[-1][1], limits)
+        families.add('zelsensors_sensor_severity', own, [(time, severity) for time in now])
+        if severity > 0:
+            families.add('zelsensors_sensor_past_threshold', own, [(time, severity) for time in now])
+        gravest = max(gravest, severity)
+    families.add('zelsensors_severity', labels, [(time, gravest) for time in now])
 
 
 def write(path, count, now, full_days=(), extra=None):

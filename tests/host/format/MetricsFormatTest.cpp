@@ -79,6 +79,13 @@ TEST(MetricsFormatTest, WholePage) {
         "2 critical, 3 fatal.\n"
         "# TYPE zelsensors_sensor_severity gauge\n"
         "zelsensors_sensor_severity{sensor=\"CPU(00000001)\"} 2\n"
+        "# HELP zelsensors_sensor_past_threshold The severity of the sensors that are past a threshold, and of no "
+        "others.\n"
+        "# TYPE zelsensors_sensor_past_threshold gauge\n"
+        "zelsensors_sensor_past_threshold{sensor=\"CPU(00000001)\"} 2\n"
+        "# HELP zelsensors_severity The gravest severity of all sensors.\n"
+        "# TYPE zelsensors_severity gauge\n"
+        "zelsensors_severity 2\n"
         "# HELP zelsensors_sensors Sensors that the provider names.\n"
         "# TYPE zelsensors_sensors gauge\n"
         "zelsensors_sensors 1\n"
@@ -186,6 +193,28 @@ TEST(MetricsFormatTest, SixThresholdsOrNone) {
                                    "upper critical 98", "upper fatal 99"));
     EXPECT_THAT(metricsText(round, {false, false}), Not(HasSubstr("threshold_celsius")));
     EXPECT_THAT(metricsText(round, {false, false}), HasSubstr("zelsensors_temperature_celsius{sensor=\"S\"} 50\n"));
+}
+
+TEST(MetricsFormatTest, OnlyWhatIsPastAThresholdIsShownAsSuch) {
+    const Families page = pageOf(metricsRoundOf({sensorOf("Within", 50, CELSIUS, 0, {{"UpperThresholdFatal", 50}}),
+                                                 sensorOf("Past", 51, CELSIUS, 0, {{"UpperThresholdFatal", 50}})}));
+    EXPECT_EQ(sampleIn(page, "zelsensors_sensor_past_threshold", {{"sensor", "Within"}}).value, "");
+    EXPECT_EQ(sampleIn(page, "zelsensors_sensor_past_threshold", {{"sensor", "Past"}}).value, "3");
+}
+
+TEST(MetricsFormatTest, TerminalIsAsGraveAsItsGravestSensor) {
+    const broker::Instance within = sensorOf("Within", 50, CELSIUS, 0, {{"UpperThresholdFatal", 50}});
+    const broker::Instance past = sensorOf("Past", 51, CELSIUS, 0, {{"UpperThresholdCritical", 50}});
+    const auto severityOf = [](const MetricsRound& round) {
+        return sampleIn(pageOf(round), "zelsensors_severity").value;
+    };
+    EXPECT_EQ(severityOf(metricsRoundOf({within})), "0");
+    EXPECT_EQ(severityOf(metricsRoundOf({within, past, within})), "2");
+    // Nobody knows.
+    EXPECT_EQ(severityOf(metricsRoundOf({})), "");
+    MetricsRound unread;
+    unread.sensors.sensors.push_back(Sensor::withoutReading("Failed", "why"));
+    EXPECT_EQ(severityOf(unread), "");
 }
 
 TEST(MetricsFormatTest, SensorWithoutAReadingHasNoValueAndNoSeverity) {
