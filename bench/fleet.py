@@ -72,8 +72,43 @@ def window(prometheus):
     }
 
 
+def slow(times):
+    """What nineteen of twenty do not exceed."""
+    return sorted(times)[len(times) * 19 // 20]
+
+
+def hovering(chromium):
+    """Milliseconds until the page has dealt with the pointer on another square."""
+    places = chromium.evaluate(
+        '[...document.querySelectorAll("a.square")].map(square => square.getBoundingClientRect())'
+        '.filter(box => box.bottom < innerHeight).filter((_, place) => place % 10 === 0).slice(0, 100)'
+        '.map(box => [box.x + box.width / 2, box.y + box.height / 2])'
+    )
+    times = []
+    for x, y in places:
+        began = time.monotonic()
+        chromium.command('Input.dispatchMouseEvent', type='mouseMoved', x=x, y=y)
+        times.append((time.monotonic() - began) * 1000)
+    return slow(times)
+
+
+def scrolling(chromium):
+    """Milliseconds from one frame to the next while the wheel turns."""
+    chromium.evaluate(
+        'window.frames = []; requestAnimationFrame(function look(now) {'
+        ' frames.push(now); requestAnimationFrame(look); })'
+    )
+    for _ in range(100):
+        chromium.command('Input.dispatchMouseEvent', type='mouseWheel', x=700, y=500, deltaX=0, deltaY=100)
+    if not chromium.evaluate('scrollY > 0'):
+        raise RuntimeError('the page does not scroll')
+    frames = chromium.evaluate('frames')
+    return slow([after - before for before, after in zip(frames, frames[1:])])
+
+
 def page(prometheus):
-    """Queries of the overview; milliseconds from the last answer, and from the start of all, to the drawn page."""
+    """Queries of the overview; milliseconds from the last answer, and from the start of all, to the drawn page, to the
+    answer to the pointer, and between two frames of scrolling."""
     chromium = browser.Browser(1400, 1000)
     try:
         drawing, whole = [], []
@@ -83,7 +118,10 @@ def page(prometheus):
             drawing.append(chromium.evaluate('performance.getEntriesByName("overview")[0].duration'))
             whole.append(chromium.evaluate('performance.getEntriesByName("drawn")[0].startTime'))
         queries = len([url for url in chromium.requests if '/api/' in url])
-        return [queries, f'{sorted(drawing)[2]:.0f}', f'{sorted(whole)[2]:.0f}']
+        return [queries] + [
+            f'{figure:.0f}'
+            for figure in (sorted(drawing)[2], sorted(whole)[2], hovering(chromium), scrolling(chromium))
+        ]
     finally:
         chromium.close()
 
