@@ -308,7 +308,7 @@ TEST(MetricsFormatTest, LaterPageShowsItsOwnRoundAlone) {
     failed.sensors.status.rc = CMPI_RC_ERR_FAILED;
     const MetricsRound moved =
         metricsRoundOf({sensorOf("S", 2, VOLTS, 0, {{"UpperThresholdFatal", 9}}), sensorOf("T", 1, 2, 0)});
-    const MetricsRound other = metricsRoundOf({sensorOf("S2", 2, VOLTS, 0, {{"UpperThresholdCritical", 9}})});
+    const MetricsRound other = metricsRoundOf({sensorOf("S2", 10, VOLTS, 0, {{"UpperThresholdCritical", 9}})});
     for (const MetricsRound& round : {first, first, moved, failed, moved, other, first}) {
         EXPECT_EQ(pages.next(round), metricsText(round, {}));
     }
@@ -337,7 +337,7 @@ MetricsRound fullRound() {
     std::vector<broker::Instance> sensors;
     for (const unsigned short unit : {CELSIUS, VOLTS, static_cast<unsigned short>(6), static_cast<unsigned short>(7),
                                       static_cast<unsigned short>(19), PERCENT}) {
-        sensors.push_back(sensorOf(std::to_string(unit), 1, unit, 0, {{"UpperThresholdFatal", 9}}));
+        sensors.push_back(sensorOf(std::to_string(unit), 10, unit, 0, {{"UpperThresholdFatal", 9}}));
     }
     return metricsRoundOf(sensors);
 }
