@@ -209,7 +209,7 @@ TEST(MetricsFormatTest, TerminalIsAsGraveAsItsGravestSensor) {
         return sampleIn(pageOf(round), "zelsensors_severity").value;
     };
     EXPECT_EQ(severityOf(metricsRoundOf({within})), "0");
-    EXPECT_EQ(severityOf(metricsRoundOf({within, past, within})), "2");
+    EXPECT_EQ(severityOf(metricsRoundOf({past, within})), "2");
     // Nobody knows.
     EXPECT_EQ(severityOf(metricsRoundOf({})), "");
     MetricsRound unread;
