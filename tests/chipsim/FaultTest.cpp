@@ -159,14 +159,7 @@ class TimedFaultTest : public FaultTest {
     Statuses statusesAt(const std::vector<long>& times, const std::string& keys) const {
         fakeclock::set({1000, 0});
         const auto chip = chipWith(fault("operation = \"read\"\nhandle = 1\nstatus = 9\n" + keys));
-        Statuses statuses;
-        long now = 0;
-        for (const long time : times) {
-            fakeclock::advanceMilliseconds(time - now);
-            now = time;
-            statuses.push_back(readStatus(*chip, 1));
-        }
-        return statuses;
+        return fakeclock::at(times, [&] { return readStatus(*chip, 1); });
     }
 };
 

@@ -217,14 +217,7 @@ class RecordedTest : public MovementTest {
         fakeclock::set({1000, 0});
         const auto chip = chipOn("[recording]\ntimes-ms = [0, 1000, 2500]\n" +
                                  sensor("1", "{ kind = \"recorded\", values = [7, -8, 9] }"));
-        std::vector<int> values;
-        long now = 0;
-        for (const long time : times) {
-            fakeclock::advanceMilliseconds(time - now);
-            now = time;
-            values.push_back(valueOf(*chip, 1));
-        }
-        return values;
+        return fakeclock::at(times, [&] { return valueOf(*chip, 1); });
     }
 };
 

@@ -5,6 +5,8 @@
 
 #include <sys/time.h>
 
+#include <vector>
+
 namespace fakeclock {
 
 void set(timeval now);
@@ -13,6 +15,19 @@ void failWith(int error);                     // every call answers -1 with this
 void failCall(unsigned nth, int error);       // one call answers so (1: the next); 0: none does any longer
 bool isFailurePending();                      // failCall()'s call has not come yet
 void useReal();
+
+// What `ask` gives so many milliseconds from the value set, one after the other; the times may go back.
+template <typename Ask>
+auto at(const std::vector<long>& times, const Ask& ask) {
+    std::vector<decltype(ask())> answers;
+    long now = 0;
+    for (const long time : times) {
+        advanceMilliseconds(time - now);
+        now = time;
+        answers.push_back(ask());
+    }
+    return answers;
+}
 
 }  // namespace fakeclock
 
