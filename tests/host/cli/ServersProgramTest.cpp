@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -247,6 +248,28 @@ TEST_F(ServersProgramTest, ProgressIsOnATerminalAndGoesAway) {
     EXPECT_EQ(contentsOf(m_directory.path("output")),
               fleet.url(0) + "  ok  -  -  0\n" + fleet.url(1) + "  ok  -  -  0\n");
     close(output);
+}
+
+TEST_F(ServersProgramTest, SignalThatEndsItTakesTheProgressAway) {
+    const Fleet fleet(
+        2,
+        [](std::size_t server, const std::string& body) -> std::optional<Fleet::Deed> {
+            if (server == 0) return std::nullopt;
+            return Fleet::Deed{WELL.answer(body)};
+        },
+        MOST_AT_ONCE);
+    const std::string list = m_directory.write("list", fleet.list());
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        EmulatedTerminal terminal(80, 24);
+        if (!terminal.isUsable()) GTEST_SKIP() << "SKIPPED: no terminal can be had here";
+        const pid_t program =
+            startProgram({"sensors", "--servers", list, "--timeout", "10m"}, {-1, terminal.programs(), {}});
+        terminal.awaitText("1 of 2 servers asked");
+        kill(program, signal);
+        EXPECT_EQ(waitForProgram(program), 128 + signal);
+        terminal.readRest();
+        for (const std::string& line : terminal.lines()) EXPECT_EQ(line, "");
+    }
 }
 
 TEST_F(ServersProgramTest, ServerThatStandsThereTwiceIsAskedOnce) {
