@@ -94,11 +94,10 @@ class Maker {
         return text + "]\n";
     }
 
-    // After the read of the provider's start. A round asks a sensor that fails twice, and a failure that is over then
-    // is not in its recording.
+    // After the read of the provider's start.
     std::string failingRead() {
         return "[[fault]]\noperation = \"read\"\nhandle = " + std::to_string(*m_handles.begin()) +
-               "\nfrom-call = " + std::to_string(number(3, 6)) + "\ncalls = " + std::to_string(2 * number(1, 2)) +
+               "\nfrom-call = " + std::to_string(number(3, 6)) + "\ncalls = " + std::to_string(number(1, 5)) +
                "\nstatus = 1\n";
     }
 
