@@ -23,8 +23,8 @@ Ending::Ending(std::chrono::milliseconds grace, std::function<void()> abandon)
         if (!isIgnored(signal)) sigaddset(&m_signals, signal);
     }
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_maskBefore);
-    // For the destructor, which has to wake the thread also where all three are ignored: a signal that is ignored by
-    // default and blocked waits for whoever takes it.
+    // For reach(), which has to wake the thread also where all three are ignored: a signal that is ignored by default
+    // and blocked waits for whoever takes it.
     sigset_t taken = m_signals;
     sigaddset(&taken, SIGURG);
     pthread_sigmask(SIG_BLOCK, &taken, nullptr);
@@ -32,13 +32,7 @@ Ending::Ending(std::chrono::milliseconds grace, std::function<void()> abandon)
 }
 
 Ending::~Ending() {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_isOver = true;
-    }
-    m_change.notify_all();
-    pthread_kill(m_thread.native_handle(), SIGURG);
-    m_thread.join();
+    reach();
     // A signal that has come since is spent: the end has been reached anyway.
     const timespec now{0, 0};
     while (sigtimedwait(&m_signals, nullptr, &now) > 0) continue;
@@ -53,6 +47,17 @@ bool Ending::isAskedFor() {
 bool Ending::waitUntil(Clock::time_point time) {
     std::unique_lock<std::mutex> lock(m_mutex);
     return !m_change.wait_until(lock, time, [this] { return m_isAskedFor; });
+}
+
+void Ending::reach() {
+    if (!m_thread.joinable()) return;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isOver = true;
+    }
+    m_change.notify_all();
+    pthread_kill(m_thread.native_handle(), SIGURG);
+    m_thread.join();
 }
 
 void Ending::takeSignal() {

@@ -29,6 +29,9 @@ class Ending {
     // Waits until then, or until a signal comes: then it gives false.
     bool waitUntil(Clock::time_point time);
 
+    // From now on nothing is abandoned, so that what is left to do takes its time; signals still wait. For the owner.
+    void reach();
+
   private:
     void takeSignal();
 

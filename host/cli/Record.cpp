@@ -91,24 +91,26 @@ RecordOutcome record(const Options& options, Source& source, const std::string& 
     const RecordedFile file(options, heading);
     Recorder recorder(source, options.request.nameSpace);
     std::exception_ptr interruption;
-    {
-        ProgressLine line(progress);
-        constexpr std::chrono::seconds grace(2);
-        // A request that does not return shall not cost what was recorded before.
-        Ending ending(grace, [&] {
-            try {
-                if (recorder.counts().rounds > 0) file.write(recorder.recording());
-            } catch (const std::exception& failure) {
-                report(printable(failure.what()));
-            }
-        });
+    ProgressLine line(progress);
+    constexpr std::chrono::seconds grace(2);
+    // A request that does not return shall not cost what was recorded before.
+    Ending ending(grace, [&] {
+        line.abandon();
         try {
-            recordRounds(recorder, options, line, ending);
-        } catch (const std::exception&) {
-            if (recorder.counts().rounds == 0) throw;
-            interruption = std::current_exception();
+            if (recorder.counts().rounds > 0) file.write(recorder.recording());
+        } catch (const std::exception& failure) {
+            report(printable(failure.what()));
         }
+    });
+    try {
+        recordRounds(recorder, options, line, ending);
+    } catch (const std::exception&) {
+        if (recorder.counts().rounds == 0) throw;
+        interruption = std::current_exception();
     }
+    // A signal that comes now ends nothing half-way.
+    ending.reach();
+    line.show("");
     const Recording recording = recorder.recording();
     if (isPlayable(recording.start)) {
         for (const std::string& loss : file.write(recording)) report(loss);

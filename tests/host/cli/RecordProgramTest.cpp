@@ -143,6 +143,23 @@ TEST_F(RecordProgramTest, InterruptionEndsItAndTheFileIsWhole) {
     EXPECT_THAT(sensors(), SizeIs(2));
 }
 
+TEST_F(RecordProgramTest, SignalWhileTheFileIsWrittenLeavesItWhole) {
+    setenv("ASAN_OPTIONS", "verify_asan_link_order=0:detect_leaks=0", 1);
+    // Longer than a request is waited for after a signal.
+    const std::string slowDisk = "SECONDS_OF_SYNC=3";
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const ProgramEnd end =
+            runProgram({"record", m_file, "--scenario", m_directory.write("played.toml", TWO_SENSORS)},
+                       {"LD_PRELOAD=" SIGNAL_AT_SYNC, "SIGNAL_AT_SYNC=" + std::to_string(signal),
+                        signal == SIGINT ? slowDisk : "SECONDS_OF_SYNC=0"});
+        EXPECT_EQ(end.exitCode, 0);
+        EXPECT_EQ(end.errors, "");
+        EXPECT_THAT(filesBeside(), testing::UnorderedElementsAre("played.toml", "till17.toml"));
+        EXPECT_THAT(sensors(), SizeIs(2));
+        fs::remove(m_file);
+    }
+}
+
 TEST_F(RecordProgramTest, SensorThatFailsFailsWhenItIsPlayed) {
     const ProgramEnd end = record(FAILING_SENSOR);
     EXPECT_EQ(end.exitCode, 0) << end.errors;
@@ -177,6 +194,16 @@ TEST_F(RecordProgramTest, DirectoryThatIsNotThereIsFoundBeforeAnythingIsRecorded
     EXPECT_EQ(end.exitCode, 4);
     EXPECT_EQ(end.errors,
               "zelhost: " + m_directory.path("none/till17.toml") + " cannot be written: No such file or directory\n");
+}
+
+TEST_F(RecordProgramTest, DirectoryThatCannotBeWrittenIsFoundBeforeAnythingIsRecorded) {
+    const TemporaryDirectory elsewhere;
+    const std::string scenario = elsewhere.write("played.toml", TWO_SENSORS);
+    ASSERT_EQ(mount("still", m_directory.path().c_str(), "tmpfs", MS_RDONLY, "size=8k"), 0);
+    const ProgramEnd end = runProgram({"record", m_file, "--for", "1h", "--scenario", scenario});
+    EXPECT_EQ(end.exitCode, 4);
+    EXPECT_EQ(end.errors, "zelhost: " + m_file + " cannot be written: Read-only file system\n");
+    EXPECT_EQ(umount(m_directory.path().c_str()), 0);
 }
 
 TEST_F(RecordProgramTest, DirectoryIsNotReplacedByForce) {
@@ -234,6 +261,33 @@ TEST_F(RecordProgramTest, ServerThatFallsSilentHalfWayLeavesWhatItAnswered) {
     EXPECT_EQ(waitForProgram(process), 0);
     EXPECT_THAT(contentsOf(errors), HasSubstr("zelhost: the names of the sensors could not be had for a time; "));
     EXPECT_THAT(contentsOf(m_file), HasSubstr("operation = \"event-log\"\nfrom-ms = "));
+    EXPECT_THAT(sensors(), SizeIs(4));
+}
+
+TEST_F(RecordProgramTest, RequestThatDoesNotReturnCostsNothingThatWasRecorded) {
+    unsigned rounds = 0;
+    std::promise<void> isSilent;
+    const RawServer server([&](Connection& connection) {
+        for (std::string request; !(request = connection.readRequest()).empty();) {
+            if (rounds == 1) {
+                isSilent.set_value();
+                return connection.waitForEnd();
+            }
+            const std::string body = request.substr(request.find("\r\n\r\n") + 4);
+            if (body.find(host::EVENT_LOG_CLASS) != std::string::npos) ++rounds;
+            if (!connection.write(httpAnswer(replayedBody("sfcb", "odd", body)))) return;
+        }
+    });
+    EmulatedTerminal terminal(100, 5);
+    if (!terminal.isUsable()) GTEST_SKIP() << "SKIPPED: no pseudo-terminal can be had here";
+    const pid_t process = startProgram({"record", m_file, "--server", server.url(), "--timeout", "10m", "--for", "1h"},
+                                       {-1, terminal.programs(), {}});
+    terminal.awaitText("1 round, 4 sensors");
+    isSilent.get_future().wait();
+    kill(process, SIGINT);
+    EXPECT_EQ(waitForProgram(process), 0);
+    terminal.readRest();
+    for (const std::string& line : terminal.lines()) EXPECT_EQ(line, "");
     EXPECT_THAT(sensors(), SizeIs(4));
 }
 
