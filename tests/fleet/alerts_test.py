@@ -188,6 +188,8 @@ scrape_configs:
         servers.wait_for(
             lambda: ('firing', alert, 'till1') in self.told(), f'{alert} at the webhook; told: {self.told()}'
         )
+        firing = [each['labels'] for each in self.prometheus.alerts() if each['state'] == 'firing']
+        self.assertEqual(len(firing), 1, firing)
         mend()
         servers.wait_for(lambda: ('resolved', alert, 'till1') in self.told(), f'the end of {alert}')
         self.settled()
