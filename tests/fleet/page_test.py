@@ -70,6 +70,35 @@ def shown(instance):
     return instance.removesuffix(':9100')
 
 
+def hides(source, target):
+    """Whether the inhibit_rules of alertmanager.yml let the one alert hide the other."""
+    if source['state'] != 'firing':
+        return False
+    one, other = source['labels'], target['labels']
+    grave, name = one['alertname'], other['alertname']
+    if not name.startswith('Terminal') or one['job'] != other['job']:
+        return False
+    if grave == 'ShopGone':
+        return one.get('shop') == other.get('shop')
+    if one.get('instance') != other.get('instance'):
+        return False
+    if grave == 'TerminalGone':
+        return name != 'TerminalGone'
+    if grave == 'TerminalPageStale':
+        return name.startswith(('TerminalSensor', 'TerminalLog'))
+    order = ['TerminalSensorNonCritical', 'TerminalSensorCritical', 'TerminalSensorFatal']
+    return (
+        grave in order
+        and name in order
+        and order.index(name) < order.index(grave)
+        and one['sensor'] == other['sensor']
+    )
+
+
+def left_by_inhibition(alerts):
+    return [alert for alert in alerts if not any(hides(source, alert) for source in alerts)]
+
+
 class PageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -104,24 +133,9 @@ class PageTest(unittest.TestCase):
 
     def expected_alerts(self):
         """What Alertmanager's inhibition leaves of the alerts."""
-        alerts = [alert for alert in self.prometheus.alerts() if alert['labels']['job'] == 'terminals']
-        order = ['TerminalSensorNonCritical', 'TerminalSensorCritical', 'TerminalSensorFatal']
-        gravest = {}
-        for alert in alerts:
-            if alert['labels']['alertname'] in order:
-                key = alert['labels']['instance'], alert['labels']['sensor']
-                gravest[key] = max(gravest.get(key, 0), order.index(alert['labels']['alertname']))
-        gone = {alert['labels']['shop'] for alert in alerts if alert['labels']['alertname'] == 'ShopGone'}
-        return [
-            alert
-            for alert in alerts
-            if not (alert['labels']['alertname'] == 'TerminalGone' and alert['labels']['shop'] in gone)
-            and not (
-                alert['labels']['alertname'] in order
-                and order.index(alert['labels']['alertname'])
-                < gravest[alert['labels']['instance'], alert['labels']['sensor']]
-            )
-        ]
+        return left_by_inhibition(
+            [alert for alert in self.prometheus.alerts() if alert['labels']['job'] == 'terminals']
+        )
 
     def test_counts_are_those_of_the_query(self):
         direct = collections.Counter(
@@ -488,8 +502,12 @@ def healthy(path):
     return vector()
 
 
-class WrongAnswersTest(unittest.TestCase):
+class AnsweredTest(unittest.TestCase):
+    """A page whose questions a server answers as the test wants."""
+
     def setUp(self):
+        CHROMIUM.errors.clear()
+        CHROMIUM.resize(1280, 900)
         self.server = http.server.ThreadingHTTPServer(('127.0.0.1', 0), Answering)
         self.server.answer = healthy
         threading.Thread(target=self.server.serve_forever, daemon=True).start()
@@ -497,6 +515,12 @@ class WrongAnswersTest(unittest.TestCase):
         self.addCleanup(self.server.shutdown)
         self.url = f'http://127.0.0.1:{self.server.server_port}/consoles/terminals.html'
 
+    def open(self, place=''):
+        CHROMIUM.open(self.url + place)
+        CHROMIUM.wait('document.querySelector("#asof").textContent.startsWith("As of")')
+
+
+class WrongAnswersTest(AnsweredTest):
     def trouble(self, answer, place=''):
         self.server.answer = answer
         CHROMIUM.open(self.url + place)
@@ -608,6 +632,295 @@ class WrongAnswersTest(unittest.TestCase):
         CHROMIUM.open(self.url)
         CHROMIUM.wait(SQUARES)
         self.assertIn('3 terminals are simulated', CHROMIUM.text())
+
+
+OF_A = 'instance%3D%22a%22'
+GO_TO_A = 'document.querySelector("a.square").click()'
+SAME = 'document.contains(window.same)'
+
+
+class LeftBeforeTheAnswerTest(AnsweredTest):
+    """Who leaves a terminal before the answer about it has come stays where he has gone."""
+
+    def open_overview(self, on_text):
+        """`on_text`: JavaScript that makes the promise of an answer about the terminal from the promise `text`."""
+        self.server.answer = healthy
+        self.open()
+        CHROMIUM.evaluate(
+            'window.turns = 0; addEventListener("hashchange", () => { ++window.turns; });'
+            'window.same = document.querySelector("a.square");'
+            'window.answered = 0; window.held = [];'
+            'window.fetch = (old => (path, options) => old(path, options).then(answer => {'
+            f' if (path.includes("{OF_A}")) {{'
+            f'  const text = answer.text().finally(() => {{ ++window.answered; }}); answer.text = () => {on_text};'
+            ' }'
+            ' return answer;'
+            '}))(window.fetch)'
+        )
+
+    def leave_before(self, late, leave):
+        may_answer, asked = threading.Event(), threading.Semaphore(0)
+        self.addCleanup(may_answer.set)
+        self.open_overview('text')
+
+        def answer(path):
+            if OF_A in path:
+                asked.release()
+                may_answer.wait()
+                return late(path)
+            if 'zelsensors_state' in path:
+                return vector(({'instance': 'a', 'shop': '1', 'job': 'terminals'}, '3'))
+            return healthy(path)
+
+        self.server.answer = answer
+        CHROMIUM.evaluate(GO_TO_A)
+        for _ in range(3):
+            asked.acquire()
+        leave()
+        CHROMIUM.wait('window.turns === 2')
+        may_answer.set()
+        CHROMIUM.wait('window.answered === 3')
+
+    def test_its_answer_or_failure_changes_nothing(self):
+        for late in (healthy, lambda path: (500, '')):
+            for way, leave in (
+                ('back', lambda: CHROMIUM.evaluate('history.back()')),
+                ('Escape', lambda: CHROMIUM.key('Escape')),
+            ):
+                with self.subTest(way=way, late=late('')[0]):
+                    self.leave_before(late, leave)
+                    self.assertTrue(CHROMIUM.evaluate(SAME))
+                    self.assertEqual(
+                        CHROMIUM.evaluate('[document.title, document.querySelector("#trouble").innerText]'),
+                        ['Terminals', ''],
+                    )
+                    # What is shown is asked for again.
+                    CHROMIUM.wait('document.querySelector("a.square.s3") !== null')
+                    self.assertTrue(CHROMIUM.evaluate(SAME))
+
+    def test_so_it_is_before_the_page_is_told_that_its_address_is_another(self):
+        self.open_overview('text.then(found => new Promise(end => window.held.push(() => end(found))))')
+        # The alerts, which are not held, are there before.
+        CHROMIUM.evaluate(
+            'window.alerts = (old => () => old().then(found => { window.told = true; return found; }))(window.alerts)'
+        )
+        CHROMIUM.evaluate(GO_TO_A)
+        CHROMIUM.wait('window.held.length === 3 && window.told')
+        CHROMIUM.evaluate('location.hash = ""; for (const release of window.held) release()')
+        CHROMIUM.wait('window.turns === 2')
+        self.assertTrue(CHROMIUM.evaluate(SAME))
+
+
+def alert(name, instance='', shop='', sensor='', state='firing', job='terminals', severity='warning'):
+    labels = {'alertname': name, 'job': job, 'severity': severity, 'instance': instance, 'shop': shop, 'sensor': sensor}
+    return {
+        'labels': {label: value for label, value in labels.items() if value},
+        'annotations': {'summary': f'{name} {sensor}'.strip(), 'description': state},
+        'state': state,
+        'activeAt': '2001-09-09T01:00:00Z',
+        'value': '1',
+    }
+
+
+def answering(alerts, terminals=(), sensors=()):
+    """All terminals are of the shop 1; each has the sensors."""
+
+    def answer(path):
+        if 'api/v1/alerts' in path:
+            return 200, json.dumps({'status': 'success', 'data': {'alerts': list(alerts)}})
+        if 'zelsensors_state' in path:
+            return vector(*(({'instance': name, 'shop': '1', 'job': 'terminals'}, '0') for name in terminals))
+        if OF_A in path and 'query_range' not in path:
+            return vector(*(({'__name__': 'zelsensors_temperature_celsius', 'sensor': name}, '40') for name in sensors))
+        return vector()
+
+    return answer
+
+
+class InhibitionTest(AnsweredTest):
+    CASES = (  # of one shop each: the alerts, and how many of them, from the first, are left
+        (
+            'a terminal that is gone hides its others, and no other terminal\'s',
+            [
+                ('TerminalGone', 'one'),
+                ('TerminalLogFull', 'two'),
+                ('TerminalPageStale', 'one'),
+                ('TerminalProviderFailing', 'one'),
+                ('TerminalLogNewLines', 'one'),
+                ('TerminalSensorFatal', 'one', 'x'),
+                ('TerminalLogFull', 'one', '', 'pending'),
+            ],
+            2,
+        ),
+        (
+            'a shop that is gone hides all of its terminals',
+            [
+                ('ShopGone', ''),
+                ('TerminalGone', 'one'),
+                ('TerminalPageMissing', 'two'),
+                ('TerminalSensorCritical', 'two', 'x'),
+                ('TerminalGone', 'two', '', 'pending'),
+            ],
+            1,
+        ),
+        (
+            'old readings hide those of the sensors and of the log',
+            [
+                ('TerminalPageStale', 'one'),
+                ('TerminalProviderFailing', 'one'),
+                ('TerminalPageBroken', 'one'),
+                ('TerminalLogFull', 'two'),
+                ('TerminalSensorUnread', 'one'),
+                ('TerminalSensorFatal', 'one', 'x'),
+                ('TerminalLogFull', 'one'),
+                ('TerminalLogNewLines', 'one'),
+            ],
+            4,
+        ),
+        (
+            'the gravest of each sensor',
+            [
+                ('TerminalSensorFatal', 'one', 'x'),
+                ('TerminalSensorCritical', 'one', 'y'),
+                ('TerminalSensorCritical', 'two', 'x'),
+                ('TerminalSensorNonCritical', 'one', 'z'),
+                ('TerminalSensorUnread', 'one'),
+                ('TerminalSensorCritical', 'one', 'x'),
+                ('TerminalSensorNonCritical', 'one', 'x'),
+                ('TerminalSensorNonCritical', 'one', 'y', 'pending'),
+            ],
+            5,
+        ),
+        (
+            'what does not fire hides nothing',
+            [
+                ('ShopGone', '', '', 'pending'),
+                ('TerminalGone', 'one', '', 'pending'),
+                ('TerminalPageStale', 'one', '', 'pending'),
+                ('TerminalSensorFatal', 'one', 'x', 'pending'),
+                ('TerminalSensorCritical', 'one', 'x', 'pending'),
+                ('TerminalSensorNonCritical', 'one', 'x'),
+                ('TerminalLogFull', 'one'),
+            ],
+            7,
+        ),
+    )
+
+    def test_it_hides_what_alertmanager_hides(self):
+        alerts, left = [], []
+        for number, (_, given, count) in enumerate(self.CASES):
+            made = [
+                alert(name, instance and f'{instance}.{number}', f'shop{number}', *more)
+                for name, instance, *more in given
+            ]
+            alerts += made
+            left += made[:count]
+        # Of another job: no terminal's.
+        others = [alert('ShopGone', shop='shop4', job='other'), alert('TerminalGone', 'one.4', job='other')]
+        self.assertEqual(left_by_inhibition(alerts + others), left + others)
+        for order in (alerts + others, (alerts + others)[::-1]):
+            self.server.answer = answering(order)
+            self.open('#pending=yes')
+            rows = CHROMIUM.evaluate(
+                '[...document.querySelectorAll("tbody tr")]'
+                '.map(row => [row.cells[2].innerText, row.cells[1].innerText, ...row.cells[3].innerText.split("\\n")])'
+            )
+            self.maxDiff = None
+            self.assertEqual(
+                sorted([shop, terminal, what, state] for shop, terminal, what, state in rows),
+                sorted(
+                    [
+                        one['labels']['shop'],
+                        one['labels'].get('instance', 'all of shop ' + one['labels']['shop']),
+                        one['annotations']['summary'],
+                        one['state'],
+                    ]
+                    for one in left
+                ),
+            )
+
+
+class RedrawingTest(AnsweredTest):
+    """What is asked again every 30 seconds moves neither the keyboard nor the window."""
+
+    ALERTS = [alert(f'TerminalLog{number}', instance, '1') for number in range(10) for instance in 'ab'] + [
+        alert('ShopGone', shop='2')
+    ]
+
+    def refresh(self, alerts=None, terminals='ab', redrawn='document.querySelector("tbody a, #back")'):
+        """Until the element is another one."""
+        self.server.answer = answering(
+            self.ALERTS if alerts is None else alerts, terminals, [f'sensor {number}' for number in range(40)]
+        )
+        CHROMIUM.evaluate(
+            f'window.old = {redrawn}; document.dispatchEvent(new Event("visibilitychange"))'
+        )
+        CHROMIUM.wait('!document.contains(window.old)')
+
+    def open(self, place=''):
+        self.server.answer = answering(self.ALERTS, 'ab', [f'sensor {number}' for number in range(40)])
+        super().open(place)
+
+    def focused(self):
+        return CHROMIUM.evaluate(
+            '(at => [at.matches(":focus-visible"), at.getAttribute("href"), (at.closest("tr") || at).innerText])'
+            '(document.activeElement)'
+        )
+
+    def test_the_keyboard_stays_on_its_row(self):
+        self.open()
+        CHROMIUM.evaluate('[...document.querySelectorAll("th button")].pop().focus()')
+        for _ in range(len(self.ALERTS) - 1):
+            CHROMIUM.key('Tab')
+            at = self.focused()
+            self.assertTrue(at[0])
+            self.refresh()
+            self.assertEqual(self.focused(), at)
+        # b's tenth alert moves down by a row.
+        self.assertEqual(at[1], '#terminal=b')
+        self.refresh([*self.ALERTS, alert('ShopGone', shop='3', severity='critical')])
+        self.assertEqual(self.focused(), at)
+        # That alert ends: the same terminal's next one.
+        self.refresh([one for one in self.ALERTS if one['annotations']['summary'] not in at[2]])
+        self.assertEqual(self.focused()[:2], at[:2])
+        CHROMIUM.key('Enter')
+        CHROMIUM.wait('document.querySelector("#back") !== null')
+        self.assertEqual(CHROMIUM.text('.terminal h2'), 'b')
+
+    def test_the_keyboard_stays_on_its_square(self):
+        self.open()
+        CHROMIUM.evaluate('document.querySelector("a.square").focus()')
+        CHROMIUM.key('ArrowRight')
+        self.refresh(terminals='abc', redrawn='document.querySelector("a.square")')
+        self.assertEqual(self.focused()[:2], [True, '#terminal=b'])
+        self.assertEqual(
+            CHROMIUM.evaluate(
+                '[...document.querySelectorAll(".squares a[tabindex=\\"0\\"]")].map(square => square.terminal)'
+            ),
+            ['b'],
+        )
+
+    def test_the_keyboard_stays_in_the_view_of_a_terminal(self):
+        self.open('#terminal=a')
+        CHROMIUM.evaluate('document.querySelector("#theme").focus()')
+        CHROMIUM.key('Tab')
+        at = self.focused()
+        self.assertEqual(at[:2], [True, '#'])
+        self.refresh()
+        self.assertEqual(self.focused(), at)
+        CHROMIUM.key('Enter')
+        CHROMIUM.wait(SQUARES)
+
+    def test_the_window_stays_where_it_was_scrolled_to(self):
+        CHROMIUM.resize(600, 400)
+        for place, control in (('', 'tbody a'), ('#terminal=a', '#back')):
+            with self.subTest(place=place):
+                self.open(place)
+                CHROMIUM.evaluate(f'document.querySelector("{control}").focus(); scrollTo(0, 700)')
+                at = self.focused()
+                self.assertEqual(CHROMIUM.evaluate('scrollY'), 700)
+                self.refresh()
+                self.assertEqual((CHROMIUM.evaluate('scrollY'), self.focused()), (700, at))
 
 
 if __name__ == '__main__':
