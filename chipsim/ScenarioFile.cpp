@@ -43,6 +43,12 @@ constexpr Word OPERATIONS[] = {{"initialise", static_cast<int>(Operation::Initia
                                {"read", static_cast<int>(Operation::Read)},
                                {"event-log", static_cast<int>(Operation::EventLog)}};
 
+std::string_view wordIn(WordList words, int number) {
+    const auto* const found =
+        std::find_if(words.begin(), words.end(), [number](const Word& word) { return word.number == number; });
+    return found == words.end() ? std::string_view() : found->word;
+}
+
 // The numbers of a sensor that a chip need not report.
 constexpr NumberKey OPTIONAL_NUMBERS[] = {
     {"accuracy", &CSensorInformation::accuracy},
@@ -250,6 +256,14 @@ std::string readFile(const std::string& path) {
 }
 
 }  // namespace
+
+std::string_view wordOf(Model model) {
+    return wordIn(MODELS, static_cast<int>(model));
+}
+
+std::string_view wordOf(Operation operation) {
+    return wordIn(OPERATIONS, static_cast<int>(operation));
+}
 
 std::vector<NumberKey> optionalNumbers() {
     return {std::begin(OPTIONAL_NUMBERS), std::end(OPTIONAL_NUMBERS)};

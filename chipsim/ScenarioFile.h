@@ -16,6 +16,10 @@ struct NumberKey {
 };
 std::vector<NumberKey> optionalNumbers();
 
+// As the file has them.
+std::string_view wordOf(Model model);
+std::string_view wordOf(Operation operation);
+
 // The scenario of that file. Throws ScenarioError.
 Scenario readScenario(const std::string& path);
 

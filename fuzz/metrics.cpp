@@ -154,9 +154,9 @@ class Expectation {
             take(family, {{"bound", bound}, {"level", LEVELS[i]}}, numbers[i]);
         }
     }
-    void takeSeverity(const std::string& family, bool isDue) {
+    void takeSeverity(const char* family, bool isDue) {
         const auto severity = m_shown.find({family, {}});
-        require((severity != m_shown.end()) == isDue, family + " is there where it must be, and there alone");
+        require((severity != m_shown.end()) == isDue, family);
         if (severity == m_shown.end()) return;
         requireSame(static_cast<long long>(severity->second), static_cast<long long>(m_sensor.state.severity), family);
         m_shown.erase(severity);

@@ -16,7 +16,7 @@ bool isIgnored(int signal) {
 
 }  // namespace
 
-Ending::Ending(std::chrono::milliseconds grace, std::function<void()> abandon)
+Ending::Ending(std::chrono::milliseconds grace, std::function<int()> abandon)
     : m_grace(grace), m_abandon(std::move(abandon)) {
     sigemptyset(&m_signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -74,8 +74,7 @@ void Ending::takeSignal() {
     m_isAskedFor = true;
     m_change.notify_all();
     if (m_change.wait_for(lock, m_grace, [this] { return m_isOver; })) return;
-    m_abandon();
-    _exit(0);
+    _exit(m_abandon());
 }
 
 Ending::Clock::time_point nextMultiple(Ending::Clock::time_point start, std::chrono::nanoseconds interval,

@@ -19,8 +19,9 @@ class Ending {
     using Clock = std::chrono::steady_clock;  // which nobody sets
 
     // Where a signal has come and this object still lives after the grace, since whatever runs does not return, the
-    // thread calls `abandon`, which must not wait for anything, and ends the process with exit status 0.
-    Ending(std::chrono::milliseconds grace, std::function<void()> abandon);
+    // thread calls `abandon`, which must not wait for anything nor throw, and ends the process with the exit status
+    // that it gives.
+    Ending(std::chrono::milliseconds grace, std::function<int()> abandon);
     ~Ending();
     Ending(const Ending&) = delete;
     Ending& operator=(const Ending&) = delete;
@@ -36,7 +37,7 @@ class Ending {
     void takeSignal();
 
     std::chrono::milliseconds m_grace;
-    std::function<void()> m_abandon;
+    std::function<int()> m_abandon;
     sigset_t m_signals{};
     sigset_t m_maskBefore{};
     std::mutex m_mutex;

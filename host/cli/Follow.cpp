@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cli/Ending.h"
+#include "cli/Failure.h"
 #include "source/Answer.h"
 #include "text/Charset.h"
 #include "text/Utf8.h"
@@ -78,7 +79,7 @@ class Following {
 FollowOutcome followLog(LogFollower& follower, const std::optional<SeenLines>& state, const FollowTiming& timing,
                         Output& output, const TroubleListener& listener) {
     constexpr std::chrono::seconds grace(2);
-    Ending ending(grace, [] {});
+    Ending ending(grace, [] { return ExitCode::Fine; });
     Following following(follower, state, output, listener);
     const Ending::Clock::time_point start = Ending::Clock::now();
     for (unsigned looks = 1;; ++looks) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "cli/Failure.h"
 #include "source/Answer.h"
 #include "text/Output.h"
 
@@ -92,7 +93,10 @@ void publishMetrics(MetricsRounds& rounds, std::chrono::nanoseconds interval, co
                     const TroubleListener& listener) {
     // Long enough for any request that is not stuck, short enough for who waits for the end.
     constexpr std::chrono::seconds grace(2);
-    Ending ending(grace, [&file] { file.removeSilently(); });
+    Ending ending(grace, [&file] {
+        file.removeSilently();
+        return ExitCode::Fine;
+    });
     Publishing publishing(rounds, file, listener);
     const Clock::time_point start = Clock::now();
     do {

@@ -20,6 +20,7 @@ namespace host {
 namespace {
 
 using Clock = Ending::Clock;
+using Reporting = std::function<void(const std::string&)>;
 
 std::chrono::nanoseconds nanosecondsOf(double seconds) {
     return std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
@@ -76,6 +77,31 @@ void recordRounds(Recorder& recorder, const Options& options, ProgressLine& line
     } while (next < end && ending.waitUntil(next));
 }
 
+// A recording that cannot be played makes no file.
+void save(const RecordedFile& file, const Recording& recording, const Reporting& report) {
+    if (!isPlayable(recording.start)) return;
+    for (const std::string& loss : file.write(recording)) report(loss);
+}
+
+// What is left to do where a request does not return; gives the exit status.
+int abandon(const RecordedFile& file, const Recorder& recorder, const Reporting& report) noexcept {
+    const Recording recording = recorder.recording();
+    try {
+        if (recording.times.empty()) {
+            report("nothing has answered yet, so nothing is recorded");
+            return ExitCode::AnsweredError;
+        }
+        save(file, recording, report);
+        return recording.start.rc == CMPI_RC_OK ? ExitCode::Fine : ExitCode::AnsweredError;
+    } catch (const OutputError& error) {
+        report(printable(error.what()));
+        return ExitCode::NotWritten;
+    } catch (const std::exception& error) {
+        report(printable(error.what()));
+        return ExitCode::AnsweredError;
+    }
+}
+
 }  // namespace
 
 void refuseUnwritable(const RecordOptions& options) {
@@ -96,11 +122,7 @@ RecordOutcome record(const Options& options, Source& source, const std::string& 
     // A request that does not return shall not cost what was recorded before.
     Ending ending(grace, [&] {
         line.abandon();
-        try {
-            if (recorder.counts().rounds > 0) file.write(recorder.recording());
-        } catch (const std::exception& failure) {
-            report(printable(failure.what()));
-        }
+        return abandon(file, recorder, report);
     });
     try {
         recordRounds(recorder, options, line, ending);
@@ -112,9 +134,7 @@ RecordOutcome record(const Options& options, Source& source, const std::string& 
     ending.reach();
     line.show("");
     const Recording recording = recorder.recording();
-    if (isPlayable(recording.start)) {
-        for (const std::string& loss : file.write(recording)) report(loss);
-    }
+    save(file, recording, report);
     if (interruption) std::rethrow_exception(interruption);
     return {recording.start.rc == CMPI_RC_OK ? std::nullopt : std::make_optional(recording.start)};
 }

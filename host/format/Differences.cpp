@@ -39,6 +39,8 @@ std::map<std::string, std::string> propertiesOf(const ScenarioSensor& sensor) {
                                                   {"base-units", std::to_string(sensor.baseUnits)},
                                                   {"rate-units", std::to_string(sensor.rateUnits)},
                                                   {"unit-modifier", std::to_string(sensor.unitModifier)},
+                                                  {"is-linear", sensor.isLinear ? "true" : "false"},
+                                                  {"other-sensor-type-description", sensor.otherSensorTypeDescription},
                                                   {"readings", readingsOf(sensor)}};
     // CIM's Accuracy is in hundredths of a percent, not in the sensor's units.
     for (const auto& [key, number] : sensor.numbers) {
@@ -64,16 +66,35 @@ void compare(const ScenarioSensor& before, const ScenarioSensor& after, std::vec
     }
 }
 
-// Lines of one that the other does not have, as often.
-std::vector<std::string> linesBesides(std::vector<std::string> lines, const std::vector<std::string>& others) {
+// Of one what the other does not have, as often.
+std::vector<std::string> textsBesides(std::vector<std::string> texts, const std::vector<std::string>& others) {
     std::map<std::string, std::size_t> known;
-    for (const std::string& line : others) ++known[line];
-    const auto isKnown = [&known](const std::string& line) {
-        const auto found = known.find(line);
+    for (const std::string& text : others) ++known[text];
+    const auto isKnown = [&known](const std::string& text) {
+        const auto found = known.find(text);
         return found != known.end() && found->second > 0 && found->second-- > 0;
     };
-    lines.erase(std::remove_if(lines.begin(), lines.end(), isKnown), lines.end());
-    return lines;
+    texts.erase(std::remove_if(texts.begin(), texts.end(), isKnown), texts.end());
+    return texts;
+}
+
+void compareTexts(const char* what, const std::vector<std::string>& before, const std::vector<std::string>& after,
+                  std::vector<Difference>& differences) {
+    for (const std::string& text : textsBesides(before, after)) differences.push_back({"", what, text, ""});
+    for (const std::string& text : textsBesides(after, before)) differences.push_back({"", what, "", text});
+}
+
+void compareSettings(const ScenarioContents& before, const ScenarioContents& after,
+                     std::vector<Difference>& differences) {
+    for (std::size_t i = 0; i < before.settings.size() && i < after.settings.size(); ++i) {
+        const auto& [key, value] = before.settings[i];
+        if (value != after.settings[i].second) differences.push_back({"", key, value, after.settings[i].second});
+    }
+}
+
+// Whose it is where it is no sensor's.
+std::string ownerOf(const std::string& what) {
+    return what == "model" || what == "fault" ? "terminal" : "event log";
 }
 
 }  // namespace
@@ -91,12 +112,9 @@ std::vector<Difference> differencesBetween(const ScenarioContents& before, const
         if (findIn(before, sensor.handle) != nullptr) continue;
         differences.push_back({providedName(sensor), "sensor", "", readingsOf(sensor)});
     }
-    for (const std::string& line : linesBesides(before.eventLog, after.eventLog)) {
-        differences.push_back({"", "line", line, ""});
-    }
-    for (const std::string& line : linesBesides(after.eventLog, before.eventLog)) {
-        differences.push_back({"", "line", "", line});
-    }
+    compareSettings(before, after, differences);
+    compareTexts("fault", before.faults, after.faults, differences);
+    compareTexts("line", before.eventLog, after.eventLog, differences);
     return differences;
 }
 
@@ -105,7 +123,7 @@ std::string differencesText(const std::vector<Difference>& differences, Charset 
     const auto cell = [](const std::string& text) { return text.empty() ? "-" : printable(text); };
     TextTable table({{"Sensor"}, {"What"}, {"Before"}, {"After"}}, charset);
     for (const Difference& each : differences) {
-        const std::string about = each.sensor.empty() ? "event log" : each.sensor;
+        const std::string about = each.sensor.empty() ? ownerOf(each.what) : each.sensor;
         table.add({printable(about), each.what, cell(each.before), cell(each.after)});
     }
     return table.text();

@@ -11,8 +11,8 @@
 namespace host {
 
 struct Difference {
-    std::string sensor;  // its name as the provider gives it, with the handle; empty: the event log. Bytes as they came
-    std::string what;    // "sensor", "readings", a key of the scenario's format, or "line"
+    std::string sensor;  // its name as the provider gives it, with the handle; empty: none. Bytes as they came
+    std::string what;    // "sensor", "readings", a key of the scenario's format, "fault", or "line" of the event log
     std::string before;  // in the sensor's units; empty: there was none. Bytes as they came
     std::string after;
 };

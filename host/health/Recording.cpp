@@ -122,7 +122,12 @@ void Recorder::addReadings(const Answers& answers) {
             lose(sensor.name + " failed with status " + statusText(*sensor.failure) + "; played back, it is 1");
         }
     }
-    for (RecordedSensor& sensor : m_recording.sensors) sensor.readings.resize(rounds);
+    for (RecordedSensor& sensor : m_recording.sensors) {
+        if (sensor.readings.size() < rounds && answers.round.status.rc == CMPI_RC_OK) {
+            lose(sensor.name + " went; played back, it is there and fails");
+        }
+        sensor.readings.resize(rounds);
+    }
 }
 
 void Recorder::addEventLog(const Answers& answers) {

@@ -46,13 +46,18 @@ ReplacedFile::ReplacedFile(const std::string& path, Kind kind)
 void ReplacedFile::foresee() const {
     if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
     if (access(directory().c_str(), W_OK | X_OK) != 0) throw notWritten(m_path);
+    struct stat status {};
+    if (lstat(m_temporary.c_str(), &status) != 0 && errno != ENOENT) throw notWritten(m_path);  // a name too long
 }
 
 void ReplacedFile::replace(std::string_view text) const {
     if (!isReplaceable()) throw OutputError(m_path + " cannot be replaced: it is no regular file");
     try {
         write(text);
-        if (!takeName()) throw notWritten(m_path);
+        if (!takeName(m_path)) {
+            if (m_kind != Kind::New || errno != EEXIST) throw notWritten(m_path);
+            takeAnotherName();
+        }
         if (m_kind != Kind::ForAll) forceName();
     } catch (const OutputError&) {
         unlink(m_temporary.c_str());
@@ -95,14 +100,28 @@ void ReplacedFile::write(std::string_view text) const {
 }
 
 // Errno says why not.
-bool ReplacedFile::takeName() const {
-    if (m_kind != Kind::New) return rename(m_temporary.c_str(), m_path.c_str()) == 0;
-    if (renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, m_path.c_str(), RENAME_NOREPLACE) == 0) return true;
+bool ReplacedFile::takeName(const std::string& name) const {
+    if (m_kind != Kind::New) return rename(m_temporary.c_str(), name.c_str()) == 0;
+    if (renameat2(AT_FDCWD, m_temporary.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) return true;
     // Some file systems do not know that flag, nor, some of them, a second name of a file.
     if (errno != EINVAL) return false;
-    if (access(m_path.c_str(), F_OK) != 0) return rename(m_temporary.c_str(), m_path.c_str()) == 0;
+    if (access(name.c_str(), F_OK) != 0) return rename(m_temporary.c_str(), name.c_str()) == 0;
     errno = EEXIST;
     return false;
+}
+
+// What took hours to get is not thrown away because somebody else has taken its name. Always throws.
+void ReplacedFile::takeAnotherName() const {
+    constexpr int names = 99;
+    for (int number = 1; number <= names; ++number) {
+        const std::string other = m_path + '.' + std::to_string(number);
+        if (takeName(other)) {
+            forceName();
+            throw OutputError(m_path + " is somebody else's by now; what belongs there is in " + other);
+        }
+        if (errno != EEXIST) break;
+    }
+    throw notWritten(m_path);
 }
 
 // A directory that cannot be forced, as of some network file systems, has the new name all the same.

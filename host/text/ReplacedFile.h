@@ -14,7 +14,8 @@ class ReplacedFile {
     enum class Kind {
         ForAll,   // mode 0644 whatever the umask; not forced to the disk: worth nothing after a restart of the machine
         Lasting,  // mode 0600; forced to the disk, so that the power may fail at any time
-        New,      // as Lasting; nothing is replaced: replace() throws where the file is there already
+        New,      // as Lasting; nothing is replaced: where the file is there already, replace() takes the first name of
+                  // PATH.1, PATH.2 and so on that is free, and throws an OutputError that tells it
     };
 
     // Touches nothing yet. A path without a directory means the current one.
@@ -38,7 +39,8 @@ class ReplacedFile {
     bool isReplaceable() const;  // a regular file, or nothing that is known
     std::string directory() const;
     void write(std::string_view text) const;
-    bool takeName() const;
+    bool takeName(const std::string& name) const;
+    void takeAnotherName() const;
     void forceName() const;
 
     std::string m_path;

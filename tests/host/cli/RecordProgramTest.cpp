@@ -105,7 +105,7 @@ TEST_F(RecordProgramTest, FileThatIsThereStaysAsItIs) {
     EXPECT_THAT(sensors(), SizeIs(2));
 }
 
-TEST_F(RecordProgramTest, FileThatCameMeanwhileStaysAsItIs) {
+TEST_F(RecordProgramTest, FileThatCameMeanwhileStaysAndTheRecordingIsBesideIt) {
     EmulatedTerminal terminal(100, 5);
     if (!terminal.isUsable()) GTEST_SKIP() << "SKIPPED: no pseudo-terminal can be had here";
     const pid_t process = start(terminal);
@@ -114,7 +114,37 @@ TEST_F(RecordProgramTest, FileThatCameMeanwhileStaysAsItIs) {
     kill(process, SIGINT);
     EXPECT_EQ(waitForProgram(process), 4);
     EXPECT_EQ(contentsOf(m_file), "mine");
-    EXPECT_THAT(filesBeside(), testing::UnorderedElementsAre("played.toml", "till17.toml"));
+    EXPECT_THAT(filesBeside(), testing::UnorderedElementsAre("played.toml", "till17.toml", "till17.toml.1"));
+    EXPECT_EQ(runProgram({"scenario", "check", m_file + ".1"}).output, m_file + ".1: no mistakes\n");
+    terminal.readRest();
+    EXPECT_TRUE(terminal.contains("till17.toml is somebody else's by now; what belongs there is in"));
+}
+
+TEST_F(RecordProgramTest, NameThatIsTooLongIsFoundBeforeAnythingIsRecorded) {
+    const std::string file = m_directory.path(std::string(252, 'a'));
+    const ProgramEnd end = runProgram({"record", file, "--scenario", "healthy", "--for", "1h"});
+    EXPECT_EQ(end.exitCode, 4);
+    EXPECT_EQ(end.errors, "zelhost: " + file + " cannot be written: File name too long\n");
+}
+
+TEST_F(RecordProgramTest, FirstRequestThatDoesNotReturnIsNoSuccess) {
+    std::promise<void> isAsked;
+    const RawServer server([&](Connection& connection) {
+        connection.readRequest();
+        isAsked.set_value();
+        connection.waitForEnd();
+    });
+    const TemporaryDirectory elsewhere;
+    const std::string errors = elsewhere.write("errors", "");
+    const int file = open(errors.c_str(), O_WRONLY | O_CLOEXEC);
+    const pid_t process =
+        startProgram({"record", m_file, "--server", server.url(), "--timeout", "10m"}, {-1, file, {}});
+    close(file);
+    isAsked.get_future().wait();
+    kill(process, SIGTERM);
+    EXPECT_EQ(waitForProgram(process), 1);
+    EXPECT_EQ(contentsOf(errors), "zelhost: nothing has answered yet, so nothing is recorded\n");
+    EXPECT_THAT(filesBeside(), IsEmpty());
 }
 
 TEST_F(RecordProgramTest, FullDiskLeavesNothing) {
@@ -378,6 +408,24 @@ TEST_F(DiffProgramTest, JsonHasTheSame) {
     EXPECT_EQ(document["differences"][1], limit);
     EXPECT_EQ(document["differences"][6]["sensor"], nullptr);
     EXPECT_THAT(document["differences"], SizeIs(7));
+}
+
+TEST_F(DiffProgramTest, TerminalLogAndFaultsAreCompared) {
+    const std::string sensor = "[[sensor]]\nhandle = 1\nname = \"A\"\nreading = 1\n";
+    const ProgramEnd end = diff(sensor + "[[fault]]\noperation = \"read\"\nhandle = 1\nstatus = 1\n",
+                                "model = \"zan\"\n" + sensor +
+                                    "[event-log]\nvalid = false\nfull = true\n"
+                                    "[[fault]]\noperation = \"event-log\"\nfrom-call = 2\ncalls = 3\nfrom-ms = 4\n"
+                                    "for-ms = 5\nstatus = 6\ndelay-ms = 7\n");
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_EQ(end.output,
+              "Sensor     What   Before                                          After\n"
+              "terminal   model  none                                            zan\n"
+              "event log  valid  true                                            false\n"
+              "event log  full   false                                           true\n"
+              "terminal   fault  read, handle = 0x00000001, status = 0x00000001  -\n"
+              "terminal   fault  -                                               event-log, from-call = 2, calls = 3, "
+              "from-ms = 4, for-ms = 5, status = 0x00000006, delay-ms = 7\n");
 }
 
 TEST_F(DiffProgramTest, SameScenariosAreNotDifferent) {

@@ -81,6 +81,15 @@ TEST_F(DifferencesTest, SensorWithAnotherHandleIsAnotherOne) {
     EXPECT_EQ(differences[1].before, "");
 }
 
+TEST_F(DifferencesTest, WhatDescribesASensorIsCompared) {
+    changed().isLinear = false;
+    EXPECT_EQ(onlyOne().what, "is-linear");
+    changed() = fan().sensors.front();
+    changed().otherSensorTypeDescription = "Louder";
+    EXPECT_EQ(onlyOne().what, "other-sensor-type-description");
+    EXPECT_EQ(onlyOne().after, "Louder");
+}
+
 TEST_F(DifferencesTest, ControlCharactersDoNotReachATerminal) {
     m_after.eventLog = {"\x1b[2J"};
     EXPECT_THAT(host::differencesText({onlyOne()}, host::Charset::Utf8), HasSubstr("\\x1b[2J"));

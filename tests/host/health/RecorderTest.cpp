@@ -214,6 +214,16 @@ TEST_F(RecorderTest, SensorThatComesLaterIsThereFromTheStartAndNamed) {
     EXPECT_THAT(recording.losses, ElementsAre("B(00000002) came later; played back, it is there from the start"));
 }
 
+TEST_F(RecorderTest, SensorThatGoesFailsFromThenOnAndIsNamed) {
+    m_readings["B(00000002)"] = 4;
+    round();
+    m_readings.erase("B(00000002)");
+    round();
+    const Recording recording = m_recorder.recording();
+    EXPECT_THAT(recording.sensors[1].readings, ElementsAre(Number(4), std::nullopt));
+    EXPECT_THAT(recording.losses, ElementsAre("B(00000002) went; played back, it is there and fails"));
+}
+
 TEST_F(RecorderTest, ProviderThatStartsLaterIsNamed) {
     m_status = CMPI_RC_ERR_METHOD_NOT_AVAILABLE;
     m_line = std::nullopt;
