@@ -85,8 +85,8 @@ void save(const RecordedFile& file, const Recording& recording, const Reporting&
 
 // What is left to do where a request does not return; gives the exit status.
 int abandon(const RecordedFile& file, const Recorder& recorder, const Reporting& report) noexcept {
-    const Recording recording = recorder.recording();
     try {
+        const Recording recording = recorder.recording();
         if (recording.times.empty()) {
             report("nothing has answered yet, so nothing is recorded");
             return ExitCode::AnsweredError;
