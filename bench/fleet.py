@@ -18,7 +18,8 @@ import servers  # noqa: E402
 
 INTERVAL_S = 30
 EVALUATION_S = 30
-WINDOW_S = 180  # whole rounds of both; the collector of garbage comes seldom
+WINDOW_S = 90  # whole rounds of both
+WINDOWS = 3  # of each kind, in turns: the collector of garbage comes seldom, and a machine is not always as quick
 # In a process of its own, so that its work is not counted. One terminal in thirty has trouble.
 EXPORTERS = '''
 import os, sys, time
@@ -61,7 +62,7 @@ def own(prometheus):
 
 
 def window(prometheus):
-    """Per second of some rounds: samples and processor time."""
+    """Per second of some rounds: samples and processor time. After them: series, and the rules' last time."""
     before, cpu, began = own(prometheus), cpu_s(prometheus.process.pid), time.monotonic()
     time.sleep(WINDOW_S)
     after, seconds = own(prometheus), time.monotonic() - began
@@ -69,12 +70,34 @@ def window(prometheus):
     return {
         'samples': (after[name] - before[name]) / seconds,
         'cpu': (cpu_s(prometheus.process.pid) - cpu) / seconds,
+        'series': after['prometheus_tsdb_head_series'],
+        'rules': after.get('prometheus_rule_group_last_duration_seconds', 0),
     }
 
 
 def slow(times):
     """What nineteen of twenty do not exceed."""
     return sorted(times)[len(times) * 19 // 20]
+
+
+def with_and_without(prometheus, directory):
+    """What the rules cost is what the processor has less to do without them: the windows of both kinds, in turns."""
+    configuration = os.path.join(directory, 'prometheus.yml')
+    with open(configuration, encoding='utf-8') as file:
+        lines = file.readlines()
+    texts = {True: ''.join(lines), False: ''.join(line for line in lines if not line.startswith('rule_files'))}
+    windows = {True: [], False: []}
+    for _ in range(WINDOWS):
+        for has_rules, text in texts.items():
+            with open(configuration, 'w', encoding='utf-8') as file:
+                file.write(text)
+            urllib.request.urlopen(urllib.request.Request(prometheus.url + '/-/reload', method='POST')).close()
+            windows[has_rules].append(window(prometheus))
+    return windows[True], windows[False]
+
+
+def mean(windows, name):
+    return sum(one[name] for one in windows) / len(windows)
 
 
 def hovering(chromium):
@@ -155,25 +178,16 @@ scrape_configs:
         # Of a terminal that is new, one page alone cannot be told from one that never changes.
         stale = 'ALERTS{alertname="TerminalPageStale"}'
         servers.wait_for(lambda: len(prometheus.query(stale)) <= count // 240 + 1, 'pages that have changed')
-        with_rules = window(prometheus)
-        values = own(prometheus)
         chromium_figures = page(prometheus)
-        # Without rules: what the processor then has less to do is theirs.
-        configuration = os.path.join(directory, 'prometheus.yml')
-        with open(configuration, encoding='utf-8') as file:
-            text = file.read()
-        with open(configuration, 'w', encoding='utf-8') as file:
-            file.write(''.join(line for line in text.splitlines(True) if not line.startswith('rule_files')))
-        urllib.request.urlopen(urllib.request.Request(prometheus.url + '/-/reload', method='POST')).close()
-        without_rules = window(prometheus)
+        with_rules, without_rules = with_and_without(prometheus, directory)
         figures = [
             count,
-            f'{values["prometheus_tsdb_head_series"]:.0f}',
-            f'{with_rules["samples"]:.0f}',
-            f'{with_rules["cpu"] * 100:.0f}',
+            f'{with_rules[-1]["series"]:.0f}',
+            f'{mean(with_rules, "samples"):.0f}',
+            f'{mean(with_rules, "cpu") * 100:.0f}',
             f'{memory_mb(prometheus.process.pid):.0f}',
-            f'{(with_rules["cpu"] - without_rules["cpu"]) * EVALUATION_S:.2f}',
-            f'{values["prometheus_rule_group_last_duration_seconds"]:.2f}',
+            f'{(mean(with_rules, "cpu") - mean(without_rules, "cpu")) * EVALUATION_S:.2f}',
+            f'{mean(with_rules, "rules"):.2f}',
             *chromium_figures,
         ]
         print(*figures, sep='\t', flush=True)

@@ -887,6 +887,22 @@ class RedrawingTest(AnsweredTest):
         CHROMIUM.wait('document.querySelector("#back") !== null')
         self.assertEqual(CHROMIUM.text('.terminal h2'), 'b')
 
+    def test_the_keyboard_goes_on_at_the_first_row_that_show_all_brings(self):
+        alerts = [alert(f'TerminalLog{number}', 'a', '1') for number in range(60)]
+        self.server.answer = answering(alerts, 'ab', [])
+        super().open()
+        CHROMIUM.evaluate('document.querySelector("button.more").focus()')
+        before = CHROMIUM.evaluate('document.querySelectorAll("tbody tr").length')
+        self.assertLess(before, 60)
+        CHROMIUM.key('Enter')
+        CHROMIUM.wait('document.querySelectorAll("tbody tr").length === 60')
+        self.assertEqual(
+            CHROMIUM.evaluate(
+                '[...document.querySelectorAll("tbody tr")].indexOf(document.activeElement.closest("tr"))'
+            ),
+            before,
+        )
+
     def test_the_keyboard_stays_on_its_square(self):
         self.open()
         CHROMIUM.evaluate('document.querySelector("a.square").focus()')
