@@ -1,6 +1,9 @@
 # shellcheck shell=sh
 # What ./run, ./check and the tools share; they source it after "set -eu" and a change to the project's directory.
 
+# What is compiled under build/ALL is the same under build/ANOTHER.
+export CCACHE_DIR="${CCACHE_DIR:-$PWD/build/ccache}" CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=true
+
 say() { printf '==> %s\n' "$*"; }
 
 fail() {
@@ -65,7 +68,12 @@ unpack_packages() {
 configure() {
     [ ! -f "build/$1/build.ninja" ] || return 0
     mkdir -p build
-    cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
+    # These three compile the same sources alike: with ccache each of them once.
+    launcher=
+    case $1 in release | package | bench) launcher=$(command -v ccache || true) ;; esac
+    CMAKE_C_COMPILER_LAUNCHER=${CMAKE_C_COMPILER_LAUNCHER:-$launcher} \
+        CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER:-$launcher} \
+        cmake --preset "$1" >"build/configure-$1.log" 2>&1 || {
         cat "build/configure-$1.log" >&2
         fail "configuring preset '$1' failed; see above"
     }

@@ -2,11 +2,10 @@
 # Makes the Debian packages, checks them with lintian, installs them into a scratch root, uses what they installed
 # there, and looks at what their removal leaves behind.
 #
-# usage: packages-test.sh SOURCE-DIRECTORY WORK-DIRECTORY CMAKE IN-PRIVATE-MOUNTS
+# usage: packages-test.sh SOURCE-DIRECTORY WORK-DIRECTORY IN-PRIVATE-MOUNTS
 set -eu
 source=$1
 work=$2
-cmake=$3
 PATH=$PATH:/usr/sbin:/sbin
 
 skip() {
@@ -26,8 +25,8 @@ for tool in chroot cpack dpkg dpkg-deb dpkg-shlibdeps file lintian ninja readelf
 done
 # What is mounted into the scratch root goes with the namespace.
 if [ -z "${PACKAGES_TEST_NAMESPACE:-}" ]; then
-    "$4" true || skip "the system gives no private mount namespace"
-    PACKAGES_TEST_NAMESPACE=yes exec "$4" sh "$0" "$@"
+    "$3" true || skip "the system gives no private mount namespace"
+    PACKAGES_TEST_NAMESPACE=yes exec "$3" sh "$0" "$@"
 fi
 
 mkdir -p "$work"
@@ -36,13 +35,11 @@ rm -rf "$root" "$work/packages" "$work/install"
 mkdir -p "$root" "$work/packages"
 
 step "Building"
-if command -v ccache >/dev/null; then export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
-"$cmake" -S "$source" --preset package -B "$work/build" >"$work/configure.log" 2>&1 ||
-    { cat "$work/configure.log"; fail "the preset does not configure"; }
-"$cmake" --build "$work/build" >"$work/build.log" 2>&1 || { cat "$work/build.log"; fail "the preset does not build"; }
+build=$source/build/package
+(cd "$source" && . tools/setup.sh && build package) || fail "the preset does not build"
 
 step "Packing"
-(cd "$work/packages" && cpack --config "$work/build/CPackConfig.cmake" -B "$work/packages") >"$work/cpack.log" 2>&1 ||
+(cd "$work/packages" && cpack --config "$build/CPackConfig.cmake" -B "$work/packages") >"$work/cpack.log" 2>&1 ||
     { cat "$work/cpack.log"; fail "cpack failed"; }
 provider=$(ls "$work"/packages/zelsensors_*.deb)
 simulator=$(ls "$work"/packages/zelsensors-simulator_*.deb)
