@@ -8,11 +8,7 @@
 namespace {
 
 constexpr int WARM_UP = 50;
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int CYCLES = 200;  // leaks are the sanitizer's to find
-#else
 constexpr int CYCLES = 1000;
-#endif
 
 class CyclesTest : public ProviderTest {
   protected:
