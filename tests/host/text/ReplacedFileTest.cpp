@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 
 #include "FileContents.h"
+#include "RefusedCall.h"
 #include "Sandbox.h"
 #include "TemporaryDirectory.h"
 #include "text/Output.h"
@@ -134,6 +137,37 @@ TEST_F(ReplacedFileTest, RemovalThatFailsIsSaid) {
         EXPECT_EQ(failure.what(), m_path + " cannot be removed: Read-only file system");
     }
     EXPECT_EQ(umount(m_directory.path().c_str()), 0);
+}
+
+// A file system that does not know the kernel's RENAME_NOREPLACE.
+class PlainRenameTest : public ReplacedFileTest {
+  protected:
+    void replaceNew() {
+        const ReplacedFile file(m_path, ReplacedFile::Kind::New);
+        const Refusal refusal = refuseCall(SYS_renameat2, 1, EINVAL, [&] { m_complaint = complaintOf(file); });
+        if (!refusal.whyImpossible.empty()) GTEST_SKIP() << "SKIPPED: " << refusal.whyImpossible;
+        EXPECT_TRUE(refusal.hasCome);
+    }
+
+    std::string m_complaint;
+};
+
+TEST_F(PlainRenameTest, NewFileGetsItsName) {
+    replaceNew();
+    if (IsSkipped()) return;
+    EXPECT_EQ(m_complaint, "");
+    EXPECT_EQ(contentsOf(fs::path(m_path)), "new\n");
+    EXPECT_THAT(namesIn(m_directory.path()), ElementsAre("page.prom"));
+}
+
+TEST_F(PlainRenameTest, NewFileReplacesNothing) {
+    m_directory.write("page.prom", "somebody else's\n");
+    replaceNew();
+    if (IsSkipped()) return;
+    EXPECT_EQ(m_complaint, m_path + " is somebody else's by now; what belongs there is in " + m_path + ".1");
+    EXPECT_EQ(contentsOf(fs::path(m_path)), "somebody else's\n");
+    EXPECT_EQ(contentsOf(fs::path(m_path + ".1")), "new\n");
+    EXPECT_THAT(namesIn(m_directory.path()), ElementsAre("page.prom", "page.prom.1"));
 }
 
 }  // namespace
