@@ -1,7 +1,7 @@
 # shellcheck shell=sh
 # What ./run, ./check and the tools share; they source it after "set -eu" and a change to the project's directory.
 
-# What is compiled under build/ALL is the same under build/ANOTHER.
+# For ccache: a source is the same in whatever directory under build/ it is compiled.
 export CCACHE_DIR="${CCACHE_DIR:-$PWD/build/ccache}" CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=true
 
 say() { printf '==> %s\n' "$*"; }
